@@ -1,0 +1,245 @@
+/*
+ * libvrno: a client-side public-key toolkit for the Korean PKI.
+ *
+ * How everything here behaves, unless a function says otherwise:
+ *
+ *  1. Every function returns VRNO_OK (0) or one of the codes below. The code is only returned, not kept: what can be
+ *     asked for later is the text of the context's last failure, with VRNO_API_GetErrInfo.
+ *  2. A context belongs to one thread at a time. Different contexts may be used by different threads at once.
+ *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code). Characters
+ *     other than ASCII and the 11,172 Hangul syllables come out as "?". Sizes count bytes.
+ *  4. Every function that takes a context clears its last failure first. Checks come before any work, in the order that
+ *     the function's codes are listed in, and a failed check changes nothing but the context's error text.
+ *  5. A VRNO_BINSTR is valid as input when the pointer to it, its pData and its nLen are all not zero. As output it must
+ *     have been prepared with VRNO_BINSTR_Create (or hold data of this library, which is then released), and the caller
+ *     gives its data back with VRNO_BINSTR_Delete.
+ *  6. A text getter with nBufLen writes its text and the NUL behind it into the caller's buffer of nBufLen bytes, or
+ *     fails with VRNO_ERR_BUFFER_TOO_SMALL and writes nothing; the needed size stands in the error text. Bytes of the
+ *     buffer behind the NUL keep their values.
+ */
+#ifndef VRNO_H
+#define VRNO_H
+
+#if defined(_WIN32)
+#if defined(VRNO_BUILDING)
+#define VRNO_API __declspec(dllexport)
+#else
+#define VRNO_API __declspec(dllimport)
+#endif
+#else
+#define VRNO_API __attribute__((visibility("default")))
+#endif
+
+/* ---- result codes ---- */
+
+enum {
+    VRNO_OK = 0,
+
+    /* frame */
+    VRNO_ERR_CTX_NOT_NULL = 1000,     /* VRNO_API_Init on a pointer that is not null */
+    VRNO_ERR_CTX_NULL = 1001,         /* no context given */
+    VRNO_ERR_MEMORY = 1002,           /* out of memory, or more than 2^31 - 2 bytes of input */
+    VRNO_ERR_PATH_EMPTY = 1003,       /* VRNO_API_Init without a path */
+    VRNO_ERR_ARGUMENT = 1004,         /* a required argument is missing */
+    VRNO_ERR_BUFFER_TOO_SMALL = 1005, /* the caller's buffer is too small */
+    VRNO_ERR_NO_TEXT = 1006,          /* VRNO_API_GetErrInfo: no text is stored */
+
+    /* certificate */
+    VRNO_ERR_CERT_FORMAT = 1500,       /* the certificate's format is wrong */
+    VRNO_ERR_CERT_NOT_LOADED = 1501,   /* no certificate is loaded */
+    VRNO_ERR_EXTENSION_ABSENT = 1502,  /* the extension asked for is absent */
+
+    /* private key */
+    VRNO_ERR_PRIKEY_FORMAT = 2000,           /* the private key's format is wrong */
+    VRNO_ERR_ENCRYPTED_PRIKEY_FORMAT = 2001, /* the encrypted private key's format is wrong */
+    VRNO_ERR_PRIKEY_ENCRYPT = 2002,          /* encrypting the private key failed */
+    VRNO_ERR_KEY_PAIR = 2003,                /* certificate and private key are no pair */
+    VRNO_ERR_PRIKEY_PASSWORD = 2004,         /* wrong private key password */
+
+    /* media */
+    VRNO_ERR_FILE_READ = 2500,        /* reading a file failed */
+    VRNO_ERR_FILE_EMPTY = 2502,       /* the file or the medium's entry is empty */
+    VRNO_ERR_CERT_READ = 2504,        /* reading a certificate failed */
+    VRNO_ERR_PRIKEY_READ = 2507,      /* reading a private key failed */
+    VRNO_ERR_LIB_LOADED = 2509,       /* a storage library is already loaded */
+    VRNO_ERR_LIB_LOAD = 2510,         /* loading the storage library failed */
+    VRNO_ERR_LIB_UNLOAD = 2511,       /* unloading the storage library failed */
+    VRNO_ERR_LIB_FUNCTION = 2512,     /* the storage library lacks the function */
+    VRNO_ERR_LIB_NOT_LOADED = 2513,   /* no storage library is loaded */
+    VRNO_ERR_CARD_ABSENT = 2514,      /* no smart card */
+    VRNO_ERR_CARD_PIN = 2515,         /* wrong PIN */
+    VRNO_ERR_RANDOM_VALUE_READ = 2519, /* reading the identity check random value failed */
+
+    /* enveloped message */
+    VRNO_ERR_NOT_SIGNING_CERT = 3000,    /* not a signing certificate */
+    VRNO_ERR_NOT_ENCRYPTION_CERT = 3001, /* not an encryption certificate */
+    VRNO_ERR_ENVELOPE = 3006,            /* building the EnvelopedData failed */
+
+    /* symmetric cipher */
+    VRNO_ERR_SYM_ALG = 5000,     /* unsupported symmetric algorithm */
+    VRNO_ERR_RANDOM = 5001,      /* generating random data failed */
+    VRNO_ERR_KEY_LENGTH = 5002,  /* wrong key length */
+    VRNO_ERR_IV_LENGTH = 5003,   /* wrong IV length */
+    VRNO_ERR_KEY_NOT_SET = 5004, /* key and IV are not set */
+    VRNO_ERR_ENCRYPT = 5005,     /* encrypting failed */
+    VRNO_ERR_DECRYPT = 5006,     /* decrypting failed */
+    VRNO_ERR_KEY_EXPAND = 5015,  /* expanding the key failed */
+
+    /* Base64 */
+    VRNO_ERR_BASE64_ENCODE = 5500,
+    VRNO_ERR_BASE64_DECODE = 5501,
+
+    /* data types */
+    VRNO_ERR_DATA_TYPE = 6009 /* unsupported data type code of the smart-card functions */
+};
+
+/* ---- records ---- */
+
+/* What the context's pointers lead to is the library's own business. */
+#ifdef __cplusplus
+namespace vrno {
+class ByteString;
+class PCertUtil2;
+class PObject;
+} // namespace vrno
+typedef vrno::ByteString VRNO_OPAQUE_BYTES;
+typedef vrno::PCertUtil2 VRNO_OPAQUE_CERT;
+typedef vrno::PObject VRNO_OPAQUE_OBJECT;
+extern "C" {
+#else
+typedef struct VRNO_OPAQUE_BYTES VRNO_OPAQUE_BYTES;
+typedef struct VRNO_OPAQUE_CERT VRNO_OPAQUE_CERT;
+typedef struct VRNO_OPAQUE_OBJECT VRNO_OPAQUE_OBJECT;
+#endif
+
+/* A context: made by VRNO_API_Init, released by VRNO_API_Finish. The caller holds the pointer and leaves the fields
+ * alone. What a pointer leads to belongs to the context. */
+typedef struct VRNO_API_CTX {
+    char* pszPath;        /* the path given to VRNO_API_Init, less one trailing separator */
+    void* pReservedBuf1;
+    char* pszErrMsg;      /* text of the last failure, null when there is none */
+    int nErrCode;         /* code of the last failure, 0 when there is none */
+    unsigned char ucFlags;
+    int nSymAlg;
+    int nSymMode;
+    VRNO_OPAQUE_CERT* pLoadedCert;
+    void* hMediaLib;      /* the loaded storage library */
+    VRNO_OPAQUE_OBJECT* pReservedObj1;
+    VRNO_OPAQUE_OBJECT* pReservedObj2;
+    VRNO_OPAQUE_OBJECT* pReservedObj3;
+    VRNO_OPAQUE_BYTES* pSessionKey;
+    VRNO_OPAQUE_BYTES* pSessionIv;
+    VRNO_OPAQUE_BYTES* pChangedKey;
+    VRNO_OPAQUE_BYTES* pChangedIv;
+    int nReserved1;
+    int nReserved2;
+    int nReserved3;
+    int nReserved4;
+    void* pReservedBuf2;
+    unsigned char ucReserved;
+    VRNO_OPAQUE_OBJECT* pReservedObj4;
+    VRNO_OPAQUE_OBJECT* pReservedObj5;
+} VRNO_API_CTX;
+
+/* Binary data. Filled by the library, the block has nLen + 1 bytes with a zero byte behind the data. */
+typedef struct VRNO_BINSTR {
+    unsigned char* pData;
+    unsigned int nLen; /* bytes */
+} VRNO_BINSTR;
+
+/* ---- context ---- */
+
+/* Makes a context in *ppCtx, which must hold null. ppCtx itself must be valid.
+ * pszPath: any text but an empty one; it is kept, less one trailing '/' or '\\', and read by nothing yet.
+ * 0; 1000 *ppCtx is not null; 1003 pszPath null or empty; 1002. None of them leaves a text. */
+VRNO_API int VRNO_API_Init(VRNO_API_CTX** ppCtx, const char* pszPath);
+
+/* Releases the context with all that it owns and sets *ppCtx to null; nothing to do when it is null already. Always 0.
+ * ppCtx itself must be valid. */
+VRNO_API int VRNO_API_Finish(VRNO_API_CTX** ppCtx);
+
+/* Copies the text of the last failure, which stays stored.
+ * nBufLen: size of the buffer pszErrInfo in bytes.
+ * 0; 1001; 1004 pszErrInfo null; 1006 no text is stored; 1005 the buffer is too small and holds, terminated, as much as
+ * fits (nothing is written for nBufLen below 1). None of these replaces the stored text. */
+VRNO_API int VRNO_API_GetErrInfo(VRNO_API_CTX* pCtx, int nBufLen, char* pszErrInfo);
+
+/* ---- binary strings: these store no text ---- */
+
+/* Sets both fields to zero: how a caller prepares a record. It releases nothing. 0; 1004 pBinStr null. */
+VRNO_API int VRNO_BINSTR_Create(VRNO_BINSTR* pBinStr);
+
+/* Releases the data and sets both fields to zero; with pData null nothing is done. 0; 1004 pBinStr null. */
+VRNO_API int VRNO_BINSTR_Delete(VRNO_BINSTR* pBinStr);
+
+/* Releases the target's data, then copies nLen bytes of pData, which must not lie in the data just released. With pData
+ * null or nLen 0 the target stays empty. 0; 1004 pBinStr null; 1002 with the target empty. */
+VRNO_API int VRNO_BINSTR_SetData(const unsigned char* pData, unsigned int nLen, VRNO_BINSTR* pBinStr);
+
+/* ---- Base64 (RFC 4648, section 4) ---- */
+
+/* The text of pData in pEncData, in one line; nLen is its length without the NUL.
+ * 0; 1001; 1004 pData not valid, pEncData null; 1002; 5500. */
+VRNO_API int VRNO_BASE64_Encode(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pData, VRNO_BINSTR* pEncData);
+
+/* The bytes of the text in pEncData. Strict: no white space, no line breaks, padded to a multiple of 4 characters.
+ * 0; 1001; 1004 pEncData not valid, pData null; 1002; 5501. */
+VRNO_API int VRNO_BASE64_Decode(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pEncData, VRNO_BINSTR* pData);
+
+/* ---- certificates (X.509, RFC 5280) ---- */
+
+/* Loads a certificate in DER (or BER) into the context, in place of the one that is there; that one is gone also when
+ * this fails. PEM and Base64 are not read.
+ * 0; 1001; 1004 pCert not valid; 1002; 1500 with the place of the fault in the text. */
+VRNO_API int VRNO_CERT_Load(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert);
+
+/* Takes the loaded certificate, if there is one, out of the context. 0; 1001. */
+VRNO_API int VRNO_CERT_Unload(VRNO_API_CTX* pCtx);
+
+/* Each getter: 0; 1001; 1501 none loaded; 1004 an output pointer is null; 1500 the field cannot be read; 1005 or 1002
+ * where it says so. Text getters follow point 6 above. */
+
+/* 1 to 3. */
+VRNO_API int VRNO_CERT_GetVersion(VRNO_API_CTX* pCtx, int* pVersion);
+
+/* Lower-case hexadecimal, two digits an octet, without the sign octet; 1005. */
+VRNO_API int VRNO_CERT_GetSerialNum(VRNO_API_CTX* pCtx, int nBufLen, char* pszSerialNum);
+
+/* The name of the algorithm, as "sha1 With RSAEncryption", or its identifier and " : Unknown AlgorithmIdentifier", as
+ * "1 2 840 113549 1 1 11 : Unknown AlgorithmIdentifier"; 1005. */
+VRNO_API int VRNO_CERT_GetSignatureAlgorithm(VRNO_API_CTX* pCtx, int nBufLen, char* pszSignAlg);
+
+/* The name as "cn=c,ou=b,o=a,c=KR", the most specific part first, without blanks or escapes; 1005. 1500 too for a name
+ * with an attribute type or string type outside those that the toolkit renders. */
+VRNO_API int VRNO_CERT_GetIssuerName(VRNO_API_CTX* pCtx, int nBufLen, char* pszIssuerName);
+VRNO_API int VRNO_CERT_GetSubjectName(VRNO_API_CTX* pCtx, int nBufLen, char* pszSubjectName);
+
+/* The subject's name in DER; 1002. */
+VRNO_API int VRNO_CERT_GetSubjectName_DERFormat(VRNO_API_CTX* pCtx, VRNO_BINSTR* pSubjectName);
+
+/* "YYYY-MM-DD hh:mm:ss" in the machine's local time; each buffer needs 20 bytes. */
+VRNO_API int VRNO_CERT_GetValidity(VRNO_API_CTX* pCtx, char* pszNotBefore, char* pszNotAfter);
+
+/* The identifier of the key's algorithm, as "1 2 840 113549 1 1 1", cut to 49 characters into the 50 bytes of
+ * pszPubKeyAlg; and the octets of the key's BIT STRING, for RSA the DER of an RSAPublicKey, in lower-case hexadecimal
+ * into the nBufLen bytes of pszPubKey; 1005, with nothing written to either. */
+VRNO_API int VRNO_CERT_GetPubKey(VRNO_API_CTX* pCtx, int nBufLen, char* pszPubKeyAlg, char* pszPubKey);
+
+/* The octets of the signature in lower-case hexadecimal; 1005. */
+VRNO_API int VRNO_CERT_GetSignature(VRNO_API_CTX* pCtx, int nBufLen, char* pszSignature);
+
+/* ---- files ---- */
+
+/* Reads a file whole. The path is passed to the system byte for byte.
+ * 0; 1001; 1004 pszFilePath null or empty, pData null; 2500; 2502 the file is empty; 1002. */
+VRNO_API int VRNO_MEDIA_DISK_ReadFile(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_BINSTR* pData);
+
+/* The same for a certificate. The content is not looked at, and an empty file gives 0 and an empty record.
+ * 0; 1001; 1004 pszFilePath null or empty, pCert null; 2504; 1002. */
+VRNO_API int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_BINSTR* pCert);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* VRNO_H */

@@ -1,0 +1,31 @@
+# What the scripts share. Sourced, from the top of the project.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# Installs the Debian packages that are not there yet.
+need() {
+    local package missing=()
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    local root=()
+    [ "$(id -u)" -eq 0 ] || root=(sudo)
+    echo "Installing ${missing[*]}"
+    "${root[@]}" apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive "${root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# Configures and builds a preset, with CXX and CC where they are set. A build folder of another compiler starts afresh.
+build() {
+    local preset=$1 fresh=() cache="build/$1/CMakeCache.txt"
+    shift
+    if [ -f "$cache" ] && [ -n "${CXX:-}" ]; then
+        grep -q "^CMAKE_CXX_COMPILER:[A-Z]*=$(command -v "$CXX")\$" "$cache" || fresh=(--fresh)
+    fi
+    cmake --preset "$preset" "${fresh[@]}" "$@" >/dev/null
+    cmake --build --preset "$preset"
+}
+
+tools=(cmake ninja-build g++)
+case "${CXX:-}" in *clang*) tools+=(clang-14) ;; esac

@@ -1,0 +1,33 @@
+#include "ASN1/ASN1OctetString.h"
+
+#include "base/ByteBuilder.h"
+
+namespace vrno {
+
+int ASN1OctetString::fromASN1Object(ByteString& data)
+{
+    if (const int code = decodeTyped(data, type)) return code;
+    if (!m_ucConstructed) return 0;
+    if (extractValue() > 0) return fail(*this, 3, "extractValue", *this);
+    m_ucConstructed = 0;
+    return 0;
+}
+
+int ASN1OctetString::extractValue()
+{
+    const Here at = Here::now().in("fromASN1Object");
+    ByteBuilder value;
+    for (Octets rest = m_bsValue.octets(); !rest.empty();) {
+        if (rest[0] != ASN1_TAG_OCTETSTRING) return fail(*this, 1, "Value", formatted(type.mismatch, rest[0]), at);
+        rest = rest.subspan(1);
+        const Length size = readLength(rest);
+        const bool fits = size.octets <= rest.size() && size.value <= rest.size() - size.octets;
+        if (size.form == LengthForm::indefinite || !fits) return fail(*this, 1, "Value", "ASN1 Format(Length) Error", at);
+        value.append(rest.subspan(size.octets, size.value));
+        rest = rest.subspan(size.octets + size.value);
+    }
+    if (value.into(m_bsValue) > 0) return fail(*this, 1, "Value", "Memory Allocation Error", at);
+    return 0;
+}
+
+} // namespace vrno

@@ -1,0 +1,135 @@
+#include "ASN1/ASN1Sequence.h"
+
+#include <cstring>
+#include <new>
+
+namespace vrno {
+
+static constexpr ASN1Type sequenceType{ASN1Sequence::className, ASN1_TAG_SEQUENCE, "TagType(%d)is not ASN1_TAG_SEQUENCE"};
+static constexpr ASN1Type setType{ASN1Set::className, ASN1_TAG_SET, "TagType(%d)is not ASN1_TAG_SET"};
+
+ASN1Sequence::ASN1Sequence(unsigned char primitiveTag) : ASN1Object(primitiveTag)
+{
+    ReallocCompontntInfo(); // what fails here is tried and told when the first component comes
+}
+
+ASN1Sequence::ASN1Sequence() : ASN1Sequence(sequenceType.tag) {}
+
+ASN1Set::ASN1Set() : ASN1Sequence(setType.tag) {}
+
+ASN1Sequence::~ASN1Sequence()
+{
+    delete[] pComponentInfo;
+}
+
+int ASN1Sequence::fromASN1Object(ByteString& data)
+{
+    return decodeComponents(data, sequenceType);
+}
+
+int ASN1Set::fromASN1Object(ByteString& data)
+{
+    return decodeComponents(data, setType);
+}
+
+int ASN1Sequence::decodeComponents(ByteString& data, const ASN1Type& type, Here at)
+{
+    if (const int code = decodeTyped(data, type, at)) return code;
+    if (ExtractComponentInfo() > 0) return failAs(type, 3, "ExtractComponentInfo", m_bsErrorTrail.getText(), at);
+    return 0;
+}
+
+int ASN1Sequence::ExtractComponentInfo()
+{
+    const Octets value = m_bsValue.octets();
+    m_nComponentCount = 0;
+    for (std::size_t offset = 0; offset < value.size();) {
+        ElementTag tag;
+        const TagRefusal refusal = readTag(value.subspan(offset), tag);
+        if (refusal == tagNoMember) return fail(*this, 1, "checkASN1Member", *this);
+        if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0) return fail(*this, 2, "ReallocCompontntInfo", *this);
+        ComponentInfo& component = pComponentInfo[m_nComponentCount];
+        component.nOffset = static_cast<unsigned int>(offset);
+        if (refusal == tagTooLong) {
+            return fail<ASN1Object>(*this, 3, "GetHighTag", *this, Here::now().in("fromASN1Object"));
+        }
+        component.nTag = tag.taggedType == notTagged ? -tag.primitiveTag : tag.number;
+        offset += tag.octets;
+
+        const Octets rest = value.subspan(offset);
+        const Length size = readLength(rest);
+        if (size.form == LengthForm::indefinite) {
+            int contents = 0;
+            if (findIndefiniteLengEnd(rest.data() + 1, static_cast<int>(rest.size() - 1), &contents) > 0) {
+                return fail(*this, tag.isExplicit ? 4 : 5, "findIndefiniteLengEnd", *this);
+            }
+            offset += size.octets + static_cast<std::size_t>(contents) + 2;
+        } else {
+            const bool fits = size.octets <= rest.size() && size.value <= rest.size() - size.octets;
+            offset = fits ? offset + size.octets + size.value : value.size();
+        }
+        ++m_nComponentCount;
+    }
+    auto end = static_cast<unsigned int>(value.size());
+    for (int i = m_nComponentCount - 1; i >= 0; --i) {
+        pComponentInfo[i].nLength = end - pComponentInfo[i].nOffset;
+        end = pComponentInfo[i].nOffset;
+    }
+    return 0;
+}
+
+// The table grows by 20 entries; a long one by half of its own size, so that a hostile value of hundreds of thousands
+// of components costs linear time.
+int ASN1Sequence::ReallocCompontntInfo()
+{
+    const int capacity = m_nComponentCapacity + (m_nComponentCapacity < 1000 ? 20 : m_nComponentCapacity / 2);
+    auto* const table = new (std::nothrow) ComponentInfo[static_cast<std::size_t>(capacity)];
+    if (!table) return fail(*this, 1, "pComponentInfo", "Memory Allocation Error");
+    if (m_nComponentCount > 0) std::memcpy(table, pComponentInfo, static_cast<std::size_t>(m_nComponentCount) * sizeof *table);
+    delete[] pComponentInfo;
+    pComponentInfo = table;
+    m_nComponentCapacity = capacity;
+    return 0;
+}
+
+ByteString& ASN1Sequence::getComponent(int index)
+{
+    m_nLastError = 0;
+    m_bsOutput.clear();
+    if (index < 0 || index >= m_nComponentCount) {
+        return failOutput(*this, 1, "index", formatted("Component No(%d) <= index(%d) Error", m_nComponentCount, index));
+    }
+    const ComponentInfo& component = pComponentInfo[index];
+    return giveOutput(m_bsValue.getBytes() + component.nOffset, component.nLength);
+}
+
+int ASN1Sequence::getComponentTagNo(int index) const
+{
+    return index >= 0 && index < m_nComponentCount ? pComponentInfo[index].nTag : -1;
+}
+
+int ASN1Sequence::getComponentUniversalTag(int index) const
+{
+    if (index < 0 || index >= m_nComponentCount) return -1;
+    const int tag = pComponentInfo[index].nTag;
+    return tag >= -31 && tag <= -1 ? -tag : -2;
+}
+
+int ASN1Sequence::addComponent(ByteString& encoded, int tag)
+{
+    if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0) return fail(*this, 1, "ReallocCompontntInfo", *this);
+    const auto offset = static_cast<unsigned int>(m_bsValue.getLength());
+    m_bsValue += encoded;
+    if (m_bsValue.getError() > 0) return fail(*this, 1, "m_bsValue", "Memory Allocation Error");
+    pComponentInfo[m_nComponentCount++] = {offset, static_cast<unsigned int>(encoded.getLength()), tag};
+    return 0;
+}
+
+void ASN1Sequence::clearComponents()
+{
+    m_bsValue.clear();
+    m_ucTaggedType = notTagged;
+    m_nComponentCount = 0;
+}
+
+} // namespace vrno

@@ -1,0 +1,142 @@
+#include "api/Call.h"
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+namespace vrno {
+
+// ---- the last failure in a context ----
+
+void setApiError(VRNO_API_CTX* pCtx, int nCode, int nForm, const char* pszFunc, const char* pszMsg, const char* pszDynFunc,
+                 int nDynErr, const char* pszDetail)
+{
+    pCtx->nErrCode = nCode;
+    if (!pszMsg) return;
+    ByteString message;
+    switch (nForm) {
+    case ERRFORM_PLAIN:
+        message.format("%s", pszMsg);
+        break;
+    case ERRFORM_TARNLIB:
+        message.format("%s <tarnlib> %s", pszMsg, pszDetail);
+        break;
+    case ERRFORM_LDAPLIB:
+        message.format("%s <ldaplib> errcode=0x%x,msg=%s", pszMsg, static_cast<unsigned int>(nDynErr), pszDetail);
+        break;
+    case ERRFORM_DYNAMICLIB:
+        message.format("%s <dynamiclib> fnc=%s,errcode=0x%x,msg=%s", pszMsg, pszDynFunc, static_cast<unsigned int>(nDynErr),
+                       pszDetail);
+        break;
+    default:
+        pszFunc = nullptr;
+    }
+    ByteString text;
+    if (pszFunc && !message.isNull()) {
+        text.format("[%s] %s", pszFunc, message.getText());
+    } else {
+        text = message;
+    }
+    std::free(pCtx->pszErrMsg);
+    const std::size_t size = static_cast<std::size_t>(text.getLength()) + 1;
+    pCtx->pszErrMsg = static_cast<char*>(std::malloc(size));
+    if (pCtx->pszErrMsg) std::memcpy(pCtx->pszErrMsg, text.getText(), size);
+}
+
+void clearApiError(VRNO_API_CTX* pCtx)
+{
+    pCtx->nErrCode = 0;
+    std::free(pCtx->pszErrMsg);
+    pCtx->pszErrMsg = nullptr;
+}
+
+// ---- one call ----
+
+Call::Call(VRNO_API_CTX* context, const char* function) : m_context(context), m_function(function)
+{
+    if (context) {
+        clearApiError(context);
+    } else {
+        m_code = VRNO_ERR_CTX_NULL; // and nowhere to store it
+    }
+}
+
+int Call::fail(int code, const char* message)
+{
+    setApiError(m_context, code, ERRFORM_PLAIN, m_function, message, nullptr, 0, nullptr);
+    return m_code = code;
+}
+
+int Call::trail(int code, const char* message, const ByteString& errorTrail)
+{
+    setApiError(m_context, code, ERRFORM_TARNLIB, m_function, message, nullptr, 0, errorTrail.getText());
+    return m_code = code;
+}
+
+int Call::noMemory(const char* slot)
+{
+    return fail(VRNO_ERR_MEMORY, formatted(u8"메모리를(%s) 할당하는데 실패하였습니다."_ksc, slot).getText());
+}
+
+int Call::wrongCertificate(PCertUtil2& cert)
+{
+    return trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, cert.getErrorTrail());
+}
+
+Call& Call::loaded()
+{
+    if (m_code == 0 && !m_context->pLoadedCert) fail(VRNO_ERR_CERT_NOT_LOADED, u8"인증서가 로드되어있지 않습니다."_ksc);
+    return *this;
+}
+
+Call& Call::input(const VRNO_BINSTR* data, const char* message)
+{
+    if (m_code == 0 && !(data && data->pData && data->nLen)) fail(VRNO_ERR_ARGUMENT, message);
+    return *this;
+}
+
+Call& Call::input(const char* text, const char* message)
+{
+    if (m_code == 0 && !(text && *text)) fail(VRNO_ERR_ARGUMENT, message);
+    return *this;
+}
+
+Call& Call::output(const void* pointer, const char* name)
+{
+    if (m_code == 0 && !pointer) fail(VRNO_ERR_ARGUMENT, formatted(u8"%s의 포인터가 NULL입니다."_ksc, name).getText());
+    return *this;
+}
+
+Call& Call::copy(const VRNO_BINSTR* data, const char* name, ByteString& to)
+{
+    if (m_code != 0) return *this;
+    const bool holds = data->nLen < INT_MAX && to.setData(data->pData, static_cast<int>(data->nLen)) == 0;
+    if (!holds) noMemory(name);
+    return *this;
+}
+
+Call& Call::fits(const ByteString& text, const TextOut& out)
+{
+    if (m_code == 0 && text.getLength() >= out.size) {
+        const int needed = text.getLength() + 1;
+        fail(VRNO_ERR_BUFFER_TOO_SMALL,
+             formatted(u8"%s에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : %d)"_ksc, out.name, needed).getText());
+    }
+    return *this;
+}
+
+int Call::deliver(const ByteString& data, const RecordOut& out)
+{
+    if (m_code != 0) return m_code;
+    const int code = VRNO_BINSTR_SetData(data.getBytes(), static_cast<unsigned int>(data.getLength()), out.record);
+    return code == 0 ? 0 : fail(code, formatted("VRNO_BINSTR_SetData : %s", out.name).getText());
+}
+
+int Call::deliver(const ByteString& text, const TextOut& out)
+{
+    if (!fits(text, out)) return m_code;
+    std::memcpy(out.buffer, text.getText(), static_cast<std::size_t>(text.getLength()) + 1);
+    return 0;
+}
+
+} // namespace vrno

@@ -1,0 +1,86 @@
+// The frame of an exported function, so that each one holds only its own steps.
+#pragma once
+
+#include "VNProcess/PCertUtil2.h"
+#include "base/ByteString.h"
+#include "text/Ksc.h"
+#include "vrno.h"
+
+namespace vrno {
+
+// ---- the last failure in a context ----
+
+enum ErrorForm {
+    ERRFORM_PLAIN = 0,      // "[function] message"
+    ERRFORM_TARNLIB = 1,    // with the error trail of an inner object
+    ERRFORM_LDAPLIB = 2,    // with a code and a message
+    ERRFORM_DYNAMICLIB = 3, // with a function of the storage library, its result and its message
+};
+
+// Stores a failure. A null message stores the code alone and leaves an earlier text. A text of 2048 bytes or more is
+// stored as an empty one.
+void setApiError(VRNO_API_CTX* pCtx, int nCode, int nForm, const char* pszFunc, const char* pszMsg, const char* pszDynFunc,
+                 int nDynErr, const char* pszDetail);
+void clearApiError(VRNO_API_CTX* pCtx);
+
+// ---- outputs ----
+
+// A caller's text buffer, with the argument's name for the messages.
+struct TextOut {
+    char* buffer;
+    int size;
+    const char* name;
+};
+
+// A caller's record, likewise.
+struct RecordOut {
+    VRNO_BINSTR* record;
+    const char* name;
+};
+
+#define OUT(buffer, size)                                                                                                              \
+    vrno::TextOut { buffer, size, #buffer }
+
+// ---- one call ----
+
+// Made first in every exported function but those that store no failure; clears the last one. The checks form a chain:
+// the first that fails stores its message, and those behind it do nothing. What dereferences an argument goes into a
+// second chain behind a test of the first.
+class Call {
+public:
+    explicit Call(VRNO_API_CTX* context, const char* function = __builtin_FUNCTION());
+
+    // 1501 unless a certificate is loaded.
+    Call& loaded();
+    // 1004 with the message unless the record has data, or the text characters.
+    Call& input(const VRNO_BINSTR* data, const char* message);
+    Call& input(const char* text, const char* message);
+    // 1004 with the argument's name when the pointer is null.
+    Call& output(const void* pointer, const char* name);
+    // Copies a valid record; 1002 when it cannot be held.
+    Call& copy(const VRNO_BINSTR* data, const char* name, ByteString& to);
+    // 1005 with the needed size when the text and its NUL do not fit.
+    Call& fits(const ByteString& text, const TextOut& out);
+
+    explicit operator bool() const { return m_code == 0; }
+    int code() const { return m_code; }
+    VRNO_API_CTX& context() const { return *m_context; }
+    PCertUtil2& cert() const { return *m_context->pLoadedCert; }
+
+    // Each stores a failure and returns its code.
+    int fail(int code, const char* message);
+    int trail(int code, const char* message, const ByteString& errorTrail);
+    int noMemory(const char* slot);
+    int wrongCertificate(PCertUtil2& cert);
+
+    // The last step of a call: hands a result to the caller and returns the call's code.
+    int deliver(const ByteString& data, const RecordOut& out);
+    int deliver(const ByteString& text, const TextOut& out);
+
+private:
+    VRNO_API_CTX* m_context;
+    const char* m_function;
+    int m_code = VRNO_OK;
+};
+
+} // namespace vrno

@@ -1,0 +1,223 @@
+#include "base/ByteString.h"
+
+#include "base/ByteBuilder.h"
+#include "base/wipe.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace vrno {
+
+// A block for `length` bytes with the zero behind them already set; null when there is no memory.
+static unsigned char* newBlock(int length)
+{
+    auto* const block = new (std::nothrow) unsigned char[static_cast<std::size_t>(length) + 1];
+    if (block) block[length] = 0;
+    return block;
+}
+
+static void copyBytes(unsigned char* to, const void* from, int length)
+{
+    if (length > 0) std::memcpy(to, from, static_cast<std::size_t>(length));
+}
+
+// The length of a text as a ByteString counts it; a longer one than it can hold counts as that.
+static int textLength(const char* text)
+{
+    const std::size_t length = std::strlen(text);
+    return length < INT_MAX ? static_cast<int>(length) : INT_MAX;
+}
+
+ByteString::ByteString(const void* data, int length)
+{
+    m_nError = setData(data, length);
+}
+
+ByteString::ByteString(const ByteString& other)
+{
+    m_nError = setData(other.m_pData, other.m_nLength);
+}
+
+ByteString::~ByteString()
+{
+    delete[] m_pData;
+}
+
+int ByteString::setData(const void* data, int length)
+{
+    // The new block comes first, for `data` may lie in the old one.
+    unsigned char* block = nullptr;
+    const bool wanted = data != nullptr && length >= 0 && length < INT_MAX;
+    if (wanted) block = newBlock(length);
+    if (block) copyBytes(block, data, length);
+    clear();
+    if (!block) return wanted || length == INT_MAX ? outOfMemory : good;
+    m_pData = block;
+    m_nLength = length;
+    return good;
+}
+
+ByteString& ByteString::operator=(const char* text)
+{
+    if (!text || *text == '\0') {
+        clear();
+    } else {
+        m_nError = setData(text, textLength(text));
+    }
+    return *this;
+}
+
+ByteString& ByteString::operator=(const ByteString& other)
+{
+    m_nError = good;
+    if (this == &other) return *this;
+    clear();
+    if (other.m_nLength > 0) m_nError = setData(other.m_pData, other.m_nLength);
+    return *this;
+}
+
+ByteString& ByteString::operator+=(const char* text)
+{
+    if (text) m_nError = append(text, textLength(text));
+    return *this;
+}
+
+ByteString& ByteString::operator+=(const ByteString& other)
+{
+    m_nError = append(other.m_pData, other.m_nLength);
+    return *this;
+}
+
+int ByteString::append(const void* data, int length)
+{
+    if (data == nullptr || length < 1) return good;
+    if (length >= INT_MAX - m_nLength) return outOfMemory;
+    unsigned char* const block = newBlock(m_nLength + length);
+    if (!block) return outOfMemory;
+    copyBytes(block, m_pData, m_nLength);
+    copyBytes(block + m_nLength, data, length);
+    delete[] m_pData;
+    m_pData = block;
+    m_nLength += length;
+    return good;
+}
+
+const unsigned char* ByteString::getBytes() const
+{
+    static constexpr unsigned char empty = 0;
+    return m_pData ? m_pData : &empty;
+}
+
+const char* ByteString::getText() const
+{
+    return reinterpret_cast<const char*>(getBytes());
+}
+
+const char* ByteString::getTextOrEmpty() const
+{
+    return m_nLength < 1 ? "" : getText();
+}
+
+int ByteString::getAt(int index, unsigned char* out) const
+{
+    if (index < 0 || index >= m_nLength) return outOfRange;
+    *out = m_pData[index];
+    return good;
+}
+
+int ByteString::setAt(int index, unsigned char value)
+{
+    if (index < 0 || index >= m_nLength) return outOfRange;
+    m_pData[index] = value;
+    return good;
+}
+
+bool ByteString::operator==(const char* text) const
+{
+    if (!text) return isNull();
+    return textLength(text) == m_nLength && std::memcmp(getBytes(), text, static_cast<std::size_t>(m_nLength)) == 0;
+}
+
+void ByteString::clear()
+{
+    delete[] m_pData;
+    m_pData = nullptr;
+    m_nLength = 0;
+    m_nError = good;
+}
+
+void ByteString::wipe()
+{
+    if (m_pData) vrno::wipe(m_pData, static_cast<std::size_t>(m_nLength));
+}
+
+ByteString ByteString::toHex()
+{
+    ByteString hex;
+    m_nError = good;
+    if (m_nLength < 1) return hex;
+    unsigned char* const block = m_nLength < INT_MAX / 2 ? newBlock(2 * m_nLength) : nullptr;
+    if (!block) {
+        m_nError = outOfMemory;
+        return hex;
+    }
+    unsigned char* at = block;
+    for (const unsigned char octet : octets()) {
+        *at++ = static_cast<unsigned char>("0123456789abcdef"[octet >> 4]);
+        *at++ = static_cast<unsigned char>("0123456789abcdef"[octet & 15]);
+    }
+    hex.m_pData = block;
+    hex.m_nLength = 2 * m_nLength;
+    return hex;
+}
+
+ByteString ByteString::toHexGrouped(int group, int line)
+{
+    ByteBuilder out;
+    int digits = 0;
+    const auto startsNew = [&digits](int size) { return size > 0 && digits != 0 && digits % size == 0; };
+    m_nError = good;
+    if (m_nLength >= INT_MAX / 2) m_nError = outOfMemory;
+    for (const unsigned char octet : m_nError == good ? octets() : Octets{}) {
+        for (const int digit : {octet >> 4, octet & 15}) {
+            if (startsNew(group)) out.add(' ');
+            if (startsNew(line)) out.append("\r\n", 2);
+            out.add(static_cast<unsigned char>("0123456789ABCDEF"[digit]));
+            ++digits;
+        }
+    }
+    ByteString text;
+    if (m_nError == good) m_nError = out.into(text);
+    return text;
+}
+
+int ByteString::format(const char* fmt, ...)
+{
+    std::va_list arguments;
+    va_start(arguments, fmt);
+    const int result = formatList(fmt, arguments);
+    va_end(arguments);
+    return result;
+}
+
+int ByteString::formatList(const char* fmt, std::va_list arguments)
+{
+    char work[2048];
+    const int length = std::vsnprintf(work, sizeof work, fmt, arguments);
+    if (length < 0 || length >= static_cast<int>(sizeof work)) return formatFailed;
+    return m_nError = setData(work, textLength(work));
+}
+
+ByteString formatted(const char* fmt, ...)
+{
+    ByteString text;
+    std::va_list arguments;
+    va_start(arguments, fmt);
+    text.formatList(fmt, arguments);
+    va_end(arguments);
+    return text;
+}
+
+} // namespace vrno

@@ -1,0 +1,72 @@
+#include "base/DateTime.h"
+
+#include "platform/platform.h"
+
+#include <atomic>
+#include <ctime>
+
+namespace vrno {
+
+// Both are read once per process. Threads that fill one at the same time write the same value.
+static constexpr int notRead = 9999;
+static constinit std::atomic<int> daylightCache = notRead;
+static constinit std::atomic<int> zoneCache = notRead;
+
+static int readDaylightFlag()
+{
+    std::tm now{};
+    return platform::localTime(platform::wallClock().seconds, now) ? now.tm_isdst : 0;
+}
+
+// Both forms of this moment go back through the local calendar; the seconds between them are the zone's.
+static int readZoneOffset()
+{
+    const auto seconds = platform::wallClock().seconds;
+    std::tm local{}, utc{};
+    if (!platform::localTime(seconds, local) || !platform::utcTime(seconds, utc)) return 0;
+    return static_cast<int>(std::mktime(&utc) - std::mktime(&local));
+}
+
+static int cached(std::atomic<int>& cache, int (*read)())
+{
+    int value = cache.load(std::memory_order_relaxed);
+    if (value == notRead) {
+        value = read();
+        cache.store(value, std::memory_order_relaxed);
+    }
+    return value;
+}
+
+DateTime::DateTime() : m_nZoneOffset(cached(zoneCache, readZoneOffset)), m_nDstFlag(cached(daylightCache, readDaylightFlag)) {}
+
+void DateTime::setTime(int value, bool local)
+{
+    std::tm fields{};
+    if (!(local ? platform::localTime(value, fields) : platform::utcTime(value, fields))) return;
+    m_nYear = fields.tm_year + 1900;
+    m_nMonth = fields.tm_mon + 1;
+    m_nDay = fields.tm_mday;
+    m_nHour = fields.tm_hour;
+    m_nMinute = fields.tm_min;
+    m_nSecond = fields.tm_sec;
+    if (local) m_nDstFlag = fields.tm_isdst;
+}
+
+ByteString& DateTime::formatTime(const char* fmt)
+{
+    m_bsText.clear();
+    std::tm fields{};
+    fields.tm_year = m_nYear - 1900;
+    fields.tm_mon = m_nMonth - 1;
+    fields.tm_mday = m_nDay;
+    fields.tm_hour = m_nHour;
+    fields.tm_min = m_nMinute;
+    fields.tm_sec = m_nSecond;
+    fields.tm_isdst = m_nDstFlag;
+    if (std::mktime(&fields) == static_cast<std::time_t>(-1)) return m_bsText;
+    char text[1024] = {};
+    if (std::strftime(text, sizeof text, fmt, &fields) > 0) m_bsText = text;
+    return m_bsText;
+}
+
+} // namespace vrno

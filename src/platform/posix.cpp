@@ -1,0 +1,134 @@
+// The system's side for POSIX.
+#include "platform/platform.h"
+
+#include <cerrno>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vrno::platform {
+
+// ---- files ----
+
+namespace {
+
+struct Descriptor {
+    int fd;
+    explicit Descriptor(int opened) : fd(opened) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor()
+    {
+        if (fd >= 0) close(fd);
+    }
+};
+
+FileError readWhole(int fd, FileBlock& out)
+{
+    for (std::size_t got = 0, all = static_cast<std::size_t>(out.length); got < all;) {
+        const ssize_t n = read(fd, out.bytes + got, all - got);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return FileError::read;
+        if (n == 0) return FileError::truncated;
+        got += static_cast<std::size_t>(n);
+    }
+    return FileError::none;
+}
+
+} // namespace
+
+FileError readFile(const char* path, FileBlock& out)
+{
+    if (path == nullptr || *path == '\0') return FileError::emptyPath;
+    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)); // a pipe without a writer must not hang us
+    if (file.fd < 0) return FileError::open;
+    struct stat status;
+    if (fstat(file.fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) return FileError::size;
+    if (!out.allocate(static_cast<std::uint64_t>(status.st_size))) return FileError::memory;
+    return readWhole(file.fd, out);
+}
+
+// ---- dynamic libraries ----
+
+// dlopen reports by text; errno is what its system calls left, and `otherwise` stands in where they left nothing.
+static int errorNumber(int otherwise)
+{
+    return errno != 0 ? errno : otherwise;
+}
+
+void* loadLibrary(const char* path, int& error)
+{
+    errno = 0;
+    void* const library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (!library) error = errorNumber(ENOEXEC);
+    return library;
+}
+
+bool unloadLibrary(void* library, int& error)
+{
+    errno = 0;
+    if (dlclose(library) == 0) return true;
+    error = errorNumber(EINVAL);
+    return false;
+}
+
+void* findSymbol(void* library, const char* name, int& error)
+{
+    errno = 0;
+    void* const symbol = dlsym(library, name);
+    if (!symbol) error = errorNumber(ENOENT);
+    return symbol;
+}
+
+// ---- the process and its clock ----
+
+void Mutex::lock()
+{
+    pthread_mutex_lock(&m_native);
+}
+
+void Mutex::unlock()
+{
+    pthread_mutex_unlock(&m_native);
+}
+
+std::uint32_t processId()
+{
+    return static_cast<std::uint32_t>(getpid());
+}
+
+WallClock wallClock()
+{
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return {now.tv_sec, static_cast<int>(now.tv_nsec / 1'000'000)};
+}
+
+bool localTime(std::int64_t seconds, std::tm& out)
+{
+    const auto value = static_cast<std::time_t>(seconds);
+    return localtime_r(&value, &out) != nullptr;
+}
+
+bool utcTime(std::int64_t seconds, std::tm& out)
+{
+    const auto value = static_cast<std::time_t>(seconds);
+    return gmtime_r(&value, &out) != nullptr;
+}
+
+bool randomBytes(void* out, std::size_t length)
+{
+    auto* at = static_cast<unsigned char*>(out);
+    while (length > 0) {
+        const ssize_t n = getrandom(at, length, 0);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        at += n;
+        length -= static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+} // namespace vrno::platform

@@ -1,0 +1,89 @@
+// Allocations that fail on demand: the linker sends malloc and calloc here, and operator new is ours.
+#include "support.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+thread_local bool watching = false;
+thread_local long counted = 0, failing = 0;
+thread_local bool failsOnward = false;
+
+bool refuses()
+{
+    if (!watching) return false;
+    ++counted;
+    return counted == failing || (failsOnward && counted > failing);
+}
+
+} // namespace
+
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
+void* __wrap_malloc(std::size_t size)
+{
+    return refuses() ? nullptr : __real_malloc(size);
+}
+void* __wrap_calloc(std::size_t count, std::size_t size)
+{
+    return refuses() ? nullptr : __real_calloc(count, size);
+}
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return std::malloc(size ? size : 1);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    return std::malloc(size ? size : 1);
+}
+void* operator new(std::size_t size)
+{
+    if (void* const block = __real_malloc(size ? size : 1)) return block;
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+void operator delete[](void* block) noexcept
+{
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept
+{
+    std::free(block);
+}
+
+namespace test {
+
+FailingAllocation::FailingAllocation(long number, bool onward)
+{
+    counted = 0;
+    failing = number;
+    failsOnward = onward;
+    watching = true;
+}
+
+FailingAllocation::~FailingAllocation()
+{
+    watching = false;
+}
+
+long FailingAllocation::count()
+{
+    return counted;
+}
+
+} // namespace test

@@ -1,0 +1,157 @@
+// Bytes that mean harm, memory that runs out, and threads. Reads outside the input, leaks and undefined behaviour show
+// under the sanitizers; here the codes must be documented ones.
+#include "ASN1/ASN1OctetString.h"
+#include "ASN1/ASN1Sequence.h"
+#include "ASN1Pkix/UDNSettings.h"
+#include "VNProcess/PCertUtil2.h"
+#include "support.h"
+
+#include <set>
+#include <thread>
+
+using namespace vrno;
+using namespace test;
+
+static const std::string hong = readFile(SAMPLES "/hong.der");
+
+static void expectDocumented(const std::vector<Result>& results)
+{
+    static const std::set<int> documented = {0, 1002, 1004, 1005, 1500, 1501, 5500, 5501};
+    for (const Result& result : results) EXPECT_TRUE(documented.count(result.code)) << result.code;
+}
+
+TEST(Hostile, EveryTruncationIsRefused)
+{
+    for (std::size_t length = 1; length < hong.size(); ++length) {
+        Context context;
+        EXPECT_EQ(context.load(hong.substr(0, length)), 1500) << length;
+    }
+}
+
+TEST(Hostile, EveryChangedByteGivesDocumentedCodes)
+{
+    for (std::size_t at = 0; at < hong.size(); ++at) {
+        for (const int flip : {0x01, 0x20, 0x80, 0xFF}) {
+            std::string changed = hong;
+            changed[at] = static_cast<char>(changed[at] ^ flip);
+            expectDocumented(useCertificate(changed));
+        }
+        std::string indefinite = hong;
+        indefinite[at] = '\x80';
+        expectDocumented(useCertificate(indefinite));
+    }
+}
+
+static std::string repeated(const std::string& piece, std::size_t times)
+{
+    std::string out;
+    out.reserve(piece.size() * times);
+    while (times-- > 0) out += piece;
+    return out;
+}
+
+TEST(Hostile, DeepNestingCostsNoStack)
+{
+    constexpr int levels = 400000;
+    const std::string open = repeated("\x30\x80", levels), close(2 * levels, '\0'), tagged = repeated("\xA0\x80", levels);
+    ASN1Object closed, cut, wrappers;
+    ByteString data = byteString(open + close), unclosed = byteString(open + close.substr(levels)), unclosedTags = byteString("\x30\x80" + tagged);
+    EXPECT_EQ(closed.fromASN1Object(data), 0);
+    EXPECT_EQ(closed.getValueLength(), 4 * (levels - 1));
+    EXPECT_EQ(cut.fromASN1Object(unclosed), 10);
+    EXPECT_EQ(innermost(bytes(cut.getErrorTrail())), "Error at finding Indefinitive Length End(0x00 0x00)");
+    EXPECT_EQ(wrappers.fromASN1Object(unclosedTags), 10);
+    Context context;
+    EXPECT_EQ(context.load(open + close.substr(levels)), 1500);
+    EXPECT_EQ(context.error(), ""); // too long to be kept
+    EXPECT_EQ(context.load(open + close), 1500);
+}
+
+TEST(Hostile, NestedFailureTellsEachLevel)
+{
+    ASN1Object object;
+    ByteString data = byteString(der("3080 A080 3080 0401"));
+    EXPECT_EQ(object.fromASN1Object(data), 10);
+    const std::string trail = bytes(object.getErrorTrail()), method = "ASN1Object::findIndefiniteLengEnd-Value Length";
+    std::string frames;
+    for (std::size_t at = 0; (at = trail.find(method, at)) != std::string::npos; at += method.size()) frames += trail.substr(at + method.size(), 3);
+    EXPECT_EQ(frames, "(3)(4)(5)");
+}
+
+TEST(Hostile, HundredsOfThousandsOfPiecesCostLinearTime)
+{
+    const std::string nulls = der("30{" + repeated("0500", 400000) + "}");
+    ByteString data = byteString(nulls);
+    ASN1Sequence sequence;
+    ASSERT_EQ(sequence.fromASN1Object(data), 0);
+    EXPECT_EQ(sequence.getComponentCount(), 400000);
+    EXPECT_EQ(hex(bytes(sequence.getComponent(399999))), "0500");
+
+    ByteString segments = byteString(der("24{" + repeated("040141", 300000) + "}"));
+    ASN1OctetString octets;
+    ASSERT_EQ(octets.fromASN1Object(segments), 0);
+    EXPECT_EQ(octets.getValueLength(), 300000);
+
+    ByteString attributes = byteString(der("30{" + repeated("31{30{06{550403} 0C{\"a\"}}}", 60000) + "}")), text;
+    RRDNSequence name(attributes);
+    ASSERT_EQ(UDNSettings::RDN2Str(name, text), 0);
+    EXPECT_EQ(text.getLength(), 60000 * 5 - 1);
+
+    const std::string extension = "30{06{551D0F} 040141}", utc = "17{\"0401011200Z\"}";
+    ByteString cert = byteString(der("30{30{020101 30{06{2A03}} 3000 30{" + utc + utc + "} 3000 30{30{06{2A03}} 030100} A3{30{" +
+                                     repeated(extension, 80000) + "}}} 30{06{2A03}} 030100}"));
+    PCertUtil2 util;
+    ASSERT_EQ(util.setCertificate(cert), 0);
+    util.getExtensionValue("2 5 29 14");
+    EXPECT_EQ(util.getLastError(), PCertUtil2::absentExtension);
+}
+
+TEST(Hostile, InputsBeyondTheSignedRangeAreRefusedBeforeUse)
+{
+    Context context;
+    unsigned char octet = 0x30;
+    VRNO_BINSTR huge{&octet, 0x80000000U};
+    BinStr out;
+    EXPECT_EQ(VRNO_CERT_Load(context, &huge), 1002);
+    EXPECT_EQ(context.error(), "[VRNO_CERT_Load] 메모리를(pCert) 할당하는데 실패하였습니다.");
+    EXPECT_EQ(VRNO_BASE64_Encode(context, &huge, out), 1002);
+    EXPECT_TRUE(out.isEmpty());
+}
+
+// Each allocation in turn fails, alone and with all behind it. A call then gives a documented code, and a result only
+// where it is the whole one.
+TEST(OutOfMemory, EveryAllocationMayFail)
+{
+    const std::vector<Result> well = useCertificate(hong);
+    long total = 0;
+    {
+        const FailingAllocation none(0);
+        useCertificate(hong);
+        total = FailingAllocation::count();
+    }
+    EXPECT_GT(total, 100);
+    for (const bool onward : {false, true}) {
+        for (long number = 1; number <= total; ++number) {
+            const FailingAllocation fails(number, onward);
+            const std::vector<Result> results = useCertificate(hong);
+            expectDocumented(results);
+            for (std::size_t i = 0; i < results.size(); ++i) {
+                if (results[i].code == 0) {
+                    EXPECT_EQ(results[i].output, well[i].output) << "call " << i << ", allocation " << number;
+                }
+            }
+        }
+    }
+}
+
+TEST(Threads, ContextsDoNotDisturbEachOther)
+{
+    const std::vector<Result> well = useCertificate(hong);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&well] {
+            for (int round = 0; round < 50; ++round) EXPECT_EQ(useCertificate(hong), well);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}

@@ -1,0 +1,111 @@
+// The records of names and certificates: every check of every record, and what each one encodes to.
+#include "ASN1Pkix/RCertificate.h"
+#include "support.h"
+
+#include <map>
+
+using namespace vrno;
+using namespace test;
+
+namespace {
+
+struct Outcome {
+    int code;
+    std::string trail, encoded;
+};
+
+template <class Record> Outcome decoded(ByteString& data)
+{
+    Record record;
+    Outcome outcome{record.fromASN1Object(data), bytes(record.getErrorTrail()), ""};
+    if constexpr (requires { record.toASN1Object(); }) outcome.encoded = bytes(record.toASN1Object());
+    return outcome;
+}
+
+} // namespace
+
+TEST(Records, DecodeAndEncodeAsTheTableSays)
+{
+    const std::map<std::string, Outcome (*)(ByteString&)> records = {
+        {"RAlgorithmIdentifier", decoded<RAlgorithmIdentifier>},
+        {"RTime", decoded<RTime>},
+        {"RValidity", decoded<RValidity>},
+        {"RSubjectPublicKeyInfo", decoded<RSubjectPublicKeyInfo>},
+        {"RExtension", decoded<RExtension>},
+        {"RExtensions", decoded<RExtensions>},
+        {"RRDNSequence", decoded<RRDNSequence>},
+        {"RRelativeDistinguishedName", decoded<RRelativeDistinguishedName>},
+        {"RGeneralNames", decoded<RGeneralNames>},
+        {"RTBSCertificate", decoded<RTBSCertificate>},
+        {"RCertificate", decoded<RCertificate>},
+        {"RAttributeTypeAndValue", decoded<RAttributeTypeAndValue>},
+        {"RGeneralName", decoded<RGeneralName>},
+        {"RAnotherName", decoded<RAnotherName>},
+        {"RVID", decoded<RVID>},
+        {"RIdentifyData", decoded<RIdentifyData>},
+    };
+    for (const Case& c : cases("records.txt", 5)) {
+        SCOPED_TRACE(c.where);
+        const std::string input = der(c[1]);
+        ByteString data = byteString(input);
+        const Outcome outcome = records.at(c[0])(data);
+        EXPECT_EQ(outcome.code, std::stoi(c[2])) << outcome.trail;
+        if (outcome.code > 0) {
+            EXPECT_EQ(outermost(outcome.trail), c[0] + "::fromASN1Object-" + c[3] + "(" + c[2] + ")");
+            EXPECT_EQ(innermost(outcome.trail), c[4]);
+        } else if (!c[4].empty()) {
+            EXPECT_EQ(hex(outcome.encoded), hex(c[4] == "=" ? input : der(c[4])));
+        }
+    }
+}
+
+TEST(Records, TBSCertificateKnowsItsOptionalParts)
+{
+    const std::string name = "30{31{30{06{550406} 13{\"KR\"}}}}", utc = "17{\"0401011200Z\"}";
+    const std::string six = "0203FFC302 30{06{2A03}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{2A03}} 030100}";
+    RTBSCertificate tbs;
+    ByteString full = byteString(der("30{A0{020102}" + six + "A3{30{30{06{2A03} 0401AA}}}}")), bare = byteString(der("30{" + six + "}"));
+    ASSERT_EQ(tbs.fromASN1Object(full), 0);
+    EXPECT_EQ(tbs.m_ucBitMask, 0x09);
+    EXPECT_EQ(tbs.getVersion(), 2);
+    EXPECT_EQ(hex(bytes(tbs.getSerialNumber(false))), "c302");
+    EXPECT_EQ(hex(bytes(tbs.getSerialNumber(true))), "ffc302");
+    EXPECT_EQ(tbs.getExtensions().getCount(), 1);
+    EXPECT_EQ(hex(bytes(tbs.getExtensions().get(0))), "300706022a030401aa");
+    EXPECT_EQ(bytes(tbs.getExtensions().get(1)), "");
+    EXPECT_EQ(tbs.getExtensions().getLastError(), 1);
+    EXPECT_EQ(outermost(bytes(tbs.getExtensions().getErrorTrail())), "RExtensions::get-m_SEQ(1)");
+    ASSERT_EQ(tbs.fromASN1Object(bare), 0); // over the first one
+    EXPECT_EQ(tbs.m_ucBitMask, 0);
+    EXPECT_EQ(tbs.getVersion(), 0);
+}
+
+TEST(Records, GettersTellWhatTheyCouldNotRead)
+{
+    RAlgorithmIdentifier algorithm;
+    EXPECT_EQ(bytes(algorithm.getAlgorithm()), "");
+    EXPECT_EQ(algorithm.getLastError(), 1);
+    EXPECT_EQ(outermost(bytes(algorithm.getErrorTrail())), "RAlgorithmIdentifier::getAlgorithm-m_algorithm(1)");
+    EXPECT_EQ(algorithm.setAlgorithm("1", true), 1);
+    EXPECT_EQ(outermost(bytes(algorithm.getErrorTrail())), "RAlgorithmIdentifier::setAlgorithm-m_algorithm(1)");
+    EXPECT_EQ(algorithm.setAlgorithm("1 2 3", true), 0);
+    ByteString null = byteString(der("0500"));
+    algorithm.setParameters(null);
+    EXPECT_EQ(hex(bytes(algorithm.toASN1Object())), "300606022a030500");
+    algorithm.setAlgorithm("1 2 4", true);
+    EXPECT_EQ(hex(bytes(algorithm.toASN1Object())), "300406022a04");
+
+    RSubjectPublicKeyInfo key;
+    EXPECT_EQ(bytes(key.toASN1Object()), std::string("\x30\x06\x30\x02\x06\x00\x03\x00", 8));
+    EXPECT_EQ(bytes(key.getSubjectPublicKey()), "");
+    EXPECT_EQ(outermost(bytes(key.getErrorTrail())), "RSubjectPublicKeyInfo::getSubjectPublicKey-m_subjectPublicKey(1)");
+
+    RTime time;
+    EXPECT_EQ(bytes(time.toASN1Object()), "");
+    EXPECT_EQ(time.getLastError(), 3);
+    RValidity validity;
+    EXPECT_EQ(bytes(validity.toASN1Object()), "");
+    EXPECT_EQ(validity.getLastError(), 1);
+    EXPECT_EQ(outermost(bytes(validity.getErrorTrail())), "RValidity::toASN1Object-m_notBefore(1)");
+    EXPECT_EQ(innermost(bytes(validity.getErrorTrail())), "Any component is not chosen.");
+}

@@ -1,0 +1,198 @@
+#include "support.h"
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace test {
+
+// ---- bytes and texts ----
+
+static std::string derBlock(const std::string& notation, std::size_t& at)
+{
+    std::string out;
+    while (at < notation.size() && notation[at] != '}') {
+        const char c = notation[at++];
+        if (c == '"') {
+            while (notation.at(at) != '"') out += notation[at++];
+            ++at;
+        } else if (c == '{') {
+            const std::string contents = derBlock(notation, at);
+            EXPECT_EQ(notation.at(at), '}') << notation;
+            ++at;
+            std::string length(1, static_cast<char>(contents.size()));
+            for (std::size_t rest = contents.size() >> 8; rest > 0; rest >>= 8) length.insert(0, 1, static_cast<char>(rest));
+            if (contents.size() >= 0x80) out += static_cast<char>(0x80 + length.size());
+            out += length + contents;
+        } else if (std::isxdigit(static_cast<unsigned char>(c))) {
+            out += static_cast<char>(std::stoi(notation.substr(at - 1, 2), nullptr, 16));
+            ++at;
+        } else {
+            EXPECT_TRUE(std::isspace(static_cast<unsigned char>(c))) << notation;
+        }
+    }
+    return out;
+}
+
+std::string der(const std::string& notation)
+{
+    std::size_t at = 0;
+    std::string out = derBlock(notation, at);
+    EXPECT_EQ(at, notation.size()) << notation;
+    return out;
+}
+
+std::string hex(const std::string& bytes)
+{
+    std::string out;
+    for (const unsigned char octet : bytes) {
+        out += "0123456789abcdef"[octet >> 4];
+        out += "0123456789abcdef"[octet & 15];
+    }
+    return out;
+}
+
+std::string fromKsc(const std::string& cp949)
+{
+    std::string in = cp949, out(2 * cp949.size() + 8, '\0');
+    char *from = in.data(), *to = out.data();
+    std::size_t fromLeft = in.size(), toLeft = out.size();
+    const iconv_t converter = iconv_open("UTF-8", "CP949");
+    const bool converted = iconv(converter, &from, &fromLeft, &to, &toLeft) != static_cast<std::size_t>(-1);
+    iconv_close(converter);
+    out.resize(out.size() - toLeft);
+    return converted ? out : "not code page 949: " + hex(cp949);
+}
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+// ---- cases ----
+
+static std::string trimmed(const std::string& text)
+{
+    const auto first = text.find_first_not_of(" \t");
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+static std::string substituted(std::string text, const std::map<std::string, std::string>& definitions)
+{
+    for (std::size_t at; (at = text.find('$')) != std::string::npos;) {
+        std::size_t end = at + 1;
+        while (end < text.size() && std::isalnum(static_cast<unsigned char>(text[end]))) ++end;
+        text.replace(at, end - at, definitions.at(text.substr(at + 1, end - at - 1)));
+    }
+    return text;
+}
+
+std::vector<Case> cases(const std::string& file, std::size_t fieldCount)
+{
+    std::ifstream in(TEST_DATA "/" + file);
+    EXPECT_TRUE(in) << file;
+    std::vector<Case> found;
+    std::map<std::string, std::string> definitions;
+    int number = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++number;
+        if (trimmed(line).empty() || line[0] == '#') continue;
+        line = substituted(line, definitions);
+        if (const auto sign = line.find(":="); sign != std::string::npos) {
+            definitions[trimmed(line.substr(0, sign))] = trimmed(line.substr(sign + 2));
+            continue;
+        }
+        Case next{file + ":" + std::to_string(number), {}};
+        std::istringstream fields(line);
+        for (std::string field; std::getline(fields, field, '|');) next.fields.push_back(trimmed(field));
+        next.fields.resize(std::max(fieldCount, next.fields.size()));
+        EXPECT_EQ(next.fields.size(), fieldCount) << next.where;
+        found.push_back(next);
+    }
+    EXPECT_FALSE(found.empty()) << file;
+    return found;
+}
+
+std::string outermost(const std::string& trail)
+{
+    const auto from = trail.find(']') + 1;
+    return trail.substr(from, std::min(trail.find("),", from), trail.size() - 1) - from + 1);
+}
+
+std::string innermost(const std::string& trail)
+{
+    const auto frame = trail.rfind("),");
+    return frame == std::string::npos ? "" : trail.substr(frame + 2);
+}
+
+// ---- the exported interface ----
+
+std::string Context::error() const
+{
+    char text[4096];
+    const int code = VRNO_API_GetErrInfo(m_context, sizeof text, text);
+    return code == VRNO_ERR_NO_TEXT ? "none" : fromKsc(text);
+}
+
+int Context::load(const std::string& certificate)
+{
+    BinStr record(certificate);
+    return VRNO_CERT_Load(m_context, record);
+}
+
+static int publicKey(VRNO_API_CTX* context, int size, char* text)
+{
+    char algorithm[50];
+    return VRNO_CERT_GetPubKey(context, size, algorithm, text);
+}
+
+const std::vector<NamedGetter> textGetters = {
+    {"VRNO_CERT_GetSerialNum", "pszSerialNum", VRNO_CERT_GetSerialNum},
+    {"VRNO_CERT_GetSignatureAlgorithm", "pszSignAlg", VRNO_CERT_GetSignatureAlgorithm},
+    {"VRNO_CERT_GetIssuerName", "pszIssuerName", VRNO_CERT_GetIssuerName},
+    {"VRNO_CERT_GetSubjectName", "pszSubjectName", VRNO_CERT_GetSubjectName},
+    {"VRNO_CERT_GetPubKey", "pszPubKey", publicKey},
+    {"VRNO_CERT_GetSignature", "pszSignature", VRNO_CERT_GetSignature},
+};
+
+std::string getText(VRNO_API_CTX* context, TextGetter get, int& code)
+{
+    std::string text(1 << 16, '\0');
+    while ((code = get(context, static_cast<int>(text.size()), text.data())) == VRNO_ERR_BUFFER_TOO_SMALL) text.resize(2 * text.size());
+    return text.c_str();
+}
+
+std::vector<Result> useCertificate(const std::string& certificate)
+{
+    std::string text(1 << 14, '\0'), other(20, '\0');
+    std::vector<Result> results;
+    VRNO_BINSTR in{reinterpret_cast<unsigned char*>(const_cast<char*>(certificate.data())), static_cast<unsigned>(certificate.size())}, out;
+    VRNO_BINSTR_Create(&out);
+    const auto gaveText = [&](int code) { results.push_back({code, code == 0 ? std::string(text.c_str()) + other.c_str() : ""}); };
+    const auto gaveData = [&](int code) { results.push_back({code, code == 0 ? std::string(reinterpret_cast<char*>(out.pData), out.nLen) : ""}); };
+    VRNO_API_CTX* context = nullptr;
+    results.push_back({VRNO_API_Init(&context, "/"), ""});
+    if (results.back().code == 0) {
+        results.push_back({VRNO_CERT_Load(context, &in), ""});
+        int version = 0;
+        results.push_back({VRNO_CERT_GetVersion(context, &version), std::to_string(version)});
+        for (const NamedGetter& getter : textGetters) gaveText(getter.get(context, static_cast<int>(text.size()), text.data()));
+        gaveText(VRNO_CERT_GetValidity(context, text.data(), other.data()));
+        gaveData(VRNO_CERT_GetSubjectName_DERFormat(context, &out));
+        gaveData(VRNO_BASE64_Encode(context, &in, &out));
+        gaveData(VRNO_BASE64_Decode(context, &out, &out)); // an output may be the input
+    }
+    VRNO_API_Finish(&context);
+    VRNO_BINSTR_Delete(&out);
+    return results;
+}
+
+} // namespace test

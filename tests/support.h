@@ -1,0 +1,117 @@
+// What the tests share: cases from files, encodings in a readable notation, texts, contexts, allocations that fail.
+#pragma once
+
+#include "base/ByteString.h"
+#include "vrno.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace test {
+
+// ---- bytes and texts ----
+
+// Octets in hexadecimal, "texts", and {contents} with their definite length in front: 30{ 02{05} 0C{"text"} }
+std::string der(const std::string& notation);
+std::string hex(const std::string& bytes);
+std::string fromKsc(const std::string& cp949); // to UTF-8, by the C library
+std::string readFile(const std::string& path);
+
+inline std::string bytes(const vrno::ByteString& from)
+{
+    return {from.getText(), static_cast<std::size_t>(from.getLength())};
+}
+inline vrno::ByteString byteString(const std::string& from)
+{
+    return {from.data(), static_cast<int>(from.size())};
+}
+
+// ---- cases from tests/data ----
+
+// One line a case, its fields between bars, "#" for a remark. "name := text" defines $name for the lines behind it.
+struct Case {
+    std::string where; // file and line
+    std::vector<std::string> fields;
+    const std::string& operator[](std::size_t i) const { return fields.at(i); }
+};
+std::vector<Case> cases(const std::string& file, std::size_t fieldCount);
+
+// The names of the trail's innermost frame and the text behind it, as in "m_issuer(12)" and "TagType(2)...".
+std::string innermost(const std::string& trail);
+// The outermost frame without its place, as in "RValidity::fromASN1Object-asnSeq(2)".
+std::string outermost(const std::string& trail);
+
+// ---- the exported interface ----
+
+class Context {
+public:
+    Context() { EXPECT_EQ(VRNO_API_Init(&m_context, "/"), 0); }
+    ~Context() { VRNO_API_Finish(&m_context); }
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+    operator VRNO_API_CTX*() const { return m_context; }
+
+    // The text of the last failure in UTF-8; "none" when there is none.
+    std::string error() const;
+    int load(const std::string& certificate);
+
+private:
+    VRNO_API_CTX* m_context = nullptr;
+};
+
+class BinStr {
+public:
+    BinStr() { VRNO_BINSTR_Create(&m_record); }
+    explicit BinStr(const std::string& data) : BinStr()
+    {
+        VRNO_BINSTR_SetData(reinterpret_cast<const unsigned char*>(data.data()), static_cast<unsigned>(data.size()), &m_record);
+    }
+    ~BinStr() { VRNO_BINSTR_Delete(&m_record); }
+    BinStr(const BinStr&) = delete;
+    BinStr& operator=(const BinStr&) = delete;
+    operator VRNO_BINSTR*() { return &m_record; }
+    std::string data() const { return {reinterpret_cast<const char*>(m_record.pData), m_record.nLen}; }
+    bool isEmpty() const { return m_record.pData == nullptr && m_record.nLen == 0; }
+
+private:
+    VRNO_BINSTR m_record;
+};
+
+// All text getters, by name.
+using TextGetter = int (*)(VRNO_API_CTX*, int, char*);
+struct NamedGetter {
+    const char* name;
+    const char* output; // the argument's name
+    TextGetter get;
+};
+extern const std::vector<NamedGetter> textGetters;
+
+// The text of a getter, whatever its length; the code in `code`.
+std::string getText(VRNO_API_CTX* context, TextGetter get, int& code);
+
+// Every call that a user makes on one certificate's bytes, from the context's birth to its end: each code, and where it
+// is 0 what the call gave.
+struct Result {
+    int code;
+    std::string output;
+    bool operator==(const Result&) const = default;
+};
+std::vector<Result> useCertificate(const std::string& certificate);
+
+// ---- memory that runs out ----
+
+// Lets the allocation of this number (from 1) in the library's own code fail, and with `onward` every one behind it.
+// Allocations are counted and fail only while an object lives, on its thread.
+class FailingAllocation {
+public:
+    explicit FailingAllocation(long number, bool onward = false);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+    static long count(); // so far
+};
+
+} // namespace test
