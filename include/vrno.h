@@ -45,9 +45,9 @@ enum {
     VRNO_ERR_NO_TEXT = 1006,          /* VRNO_API_GetErrInfo: no text is stored */
 
     /* certificate */
-    VRNO_ERR_CERT_FORMAT = 1500,       /* the certificate's format is wrong */
-    VRNO_ERR_CERT_NOT_LOADED = 1501,   /* no certificate is loaded */
-    VRNO_ERR_EXTENSION_ABSENT = 1502,  /* the extension asked for is absent */
+    VRNO_ERR_CERT_FORMAT = 1500,      /* the certificate's format is wrong */
+    VRNO_ERR_CERT_NOT_LOADED = 1501,  /* no certificate is loaded */
+    VRNO_ERR_EXTENSION_ABSENT = 1502, /* the extension asked for is absent */
 
     /* private key */
     VRNO_ERR_PRIKEY_FORMAT = 2000,           /* the private key's format is wrong */
@@ -57,17 +57,17 @@ enum {
     VRNO_ERR_PRIKEY_PASSWORD = 2004,         /* wrong private key password */
 
     /* media */
-    VRNO_ERR_FILE_READ = 2500,        /* reading a file failed */
-    VRNO_ERR_FILE_EMPTY = 2502,       /* the file or the medium's entry is empty */
-    VRNO_ERR_CERT_READ = 2504,        /* reading a certificate failed */
-    VRNO_ERR_PRIKEY_READ = 2507,      /* reading a private key failed */
-    VRNO_ERR_LIB_LOADED = 2509,       /* a storage library is already loaded */
-    VRNO_ERR_LIB_LOAD = 2510,         /* loading the storage library failed */
-    VRNO_ERR_LIB_UNLOAD = 2511,       /* unloading the storage library failed */
-    VRNO_ERR_LIB_FUNCTION = 2512,     /* the storage library lacks the function */
-    VRNO_ERR_LIB_NOT_LOADED = 2513,   /* no storage library is loaded */
-    VRNO_ERR_CARD_ABSENT = 2514,      /* no smart card */
-    VRNO_ERR_CARD_PIN = 2515,         /* wrong PIN */
+    VRNO_ERR_FILE_READ = 2500,         /* reading a file failed */
+    VRNO_ERR_FILE_EMPTY = 2502,        /* the file or the medium's entry is empty */
+    VRNO_ERR_CERT_READ = 2504,         /* reading a certificate failed */
+    VRNO_ERR_PRIKEY_READ = 2507,       /* reading a private key failed */
+    VRNO_ERR_LIB_LOADED = 2509,        /* a storage library is already loaded */
+    VRNO_ERR_LIB_LOAD = 2510,          /* loading the storage library failed */
+    VRNO_ERR_LIB_UNLOAD = 2511,        /* unloading the storage library failed */
+    VRNO_ERR_LIB_FUNCTION = 2512,      /* the storage library lacks the function */
+    VRNO_ERR_LIB_NOT_LOADED = 2513,    /* no storage library is loaded */
+    VRNO_ERR_CARD_ABSENT = 2514,       /* no smart card */
+    VRNO_ERR_CARD_PIN = 2515,          /* wrong PIN */
     VRNO_ERR_RANDOM_VALUE_READ = 2519, /* reading the identity check random value failed */
 
     /* enveloped message */
@@ -115,15 +115,15 @@ typedef struct VRNO_OPAQUE_OBJECT VRNO_OPAQUE_OBJECT;
 /* A context: made by VRNO_API_Init, released by VRNO_API_Finish. The caller holds the pointer and leaves the fields
  * alone. What a pointer leads to belongs to the context. */
 typedef struct VRNO_API_CTX {
-    char* pszPath;        /* the path given to VRNO_API_Init, less one trailing separator */
+    char* pszPath; /* the path given to VRNO_API_Init, less one trailing separator */
     void* pReservedBuf1;
-    char* pszErrMsg;      /* text of the last failure, null when there is none */
-    int nErrCode;         /* code of the last failure, 0 when there is none */
+    char* pszErrMsg; /* text of the last failure, null when there is none */
+    int nErrCode;    /* code of the last failure, 0 when there is none */
     unsigned char ucFlags;
     int nSymAlg;
     int nSymMode;
     VRNO_OPAQUE_CERT* pLoadedCert;
-    void* hMediaLib;      /* the loaded storage library */
+    void* hMediaLib; /* the loaded storage library */
     VRNO_OPAQUE_OBJECT* pReservedObj1;
     VRNO_OPAQUE_OBJECT* pReservedObj2;
     VRNO_OPAQUE_OBJECT* pReservedObj3;

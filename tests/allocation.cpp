@@ -1,4 +1,5 @@
-// Allocations that fail on demand: the linker sends malloc and calloc here, and operator new is ours.
+// Allocations that fail on demand: the linker sends malloc and calloc here, and operator new is ours. And what
+// ThreadSanitizer must know.
 #include "support.h"
 
 #include <cstdlib>
@@ -64,6 +65,13 @@ void operator delete(void* block, std::size_t) noexcept
 void operator delete[](void* block, std::size_t) noexcept
 {
     std::free(block);
+}
+
+// glibc guards its zone data by a lock of its own, which ThreadSanitizer cannot see.
+extern "C" const char* __tsan_default_suppressions();
+extern "C" const char* __tsan_default_suppressions()
+{
+    return "race:tzset_internal\n";
 }
 
 namespace test {

@@ -4,8 +4,8 @@
 
 #include <sys/stat.h>
 
-#include <fstream>
 #include <cstring>
+#include <fstream>
 #include <functional>
 
 using namespace test;
@@ -122,6 +122,7 @@ TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
     VRNO_BINSTR noData{nullptr, 4}, noLength{reinterpret_cast<unsigned char*>(const_cast<char*>("x")), 0};
     char text[64];
     int version = 0;
+    // clang-format off
     const struct {
         const char* function;
         std::function<int(VRNO_API_CTX*)> call;
@@ -156,6 +157,7 @@ TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
         {"VRNO_MEDIA_DISK_ReadCert", [&](auto* c) { return VRNO_MEDIA_DISK_ReadCert(c, "x", nullptr); }, 1004, "pCert의 포인터가 NULL입니다."},
         {"VRNO_MEDIA_DISK_ReadCert", [&](auto* c) { return VRNO_MEDIA_DISK_ReadCert(c, "/no/file", out); }, 2504, "인증서를 읽는데 실패하였습니다. (위치 : /no/file)"},
     };
+    // clang-format on
     for (const auto& row : table) {
         SCOPED_TRACE(std::string(row.function) + " " + row.message);
         Context context;
@@ -191,7 +193,8 @@ TEST(Frame, TextGettersKeepTheirContract)
         std::string buffer(text.size() + 8, 'x');
         for (const int size : {exact - 1, 0, -1}) {
             EXPECT_EQ(getter.get(context, size, buffer.data()), 1005);
-            EXPECT_EQ(context.error(), prefix + getter.output + "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : " + std::to_string(exact) + ")");
+            EXPECT_EQ(context.error(), prefix + getter.output +
+                                           "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : " + std::to_string(exact) + ")");
             EXPECT_EQ(buffer, std::string(buffer.size(), 'x'));
         }
         EXPECT_EQ(getter.get(context, exact, buffer.data()), 0);

@@ -172,7 +172,8 @@ TEST(Base64, IsThatOfOpenSSLForEveryLength)
 
 TEST(Base64, DecodesNothingButTheAlphabet)
 {
-    for (const char* text : {"====", "A===", "A", "AA", "AAA", "AA=A", "AA\nA", "AA A", "=AAA", "AAA\xC0", "AAAA\n", "AA==AAAA", "-_AA"}) {
+    for (const char* text :
+         {"====", "A===", "A", "AA", "AAA", "AA=A", "AA\nA", "AA A", "=AAA", "AAA\xC0", "AAAA\n", "AA==AAAA", "-_AA"}) {
         ByteString in = byteString(text), out("kept", 4);
         EXPECT_EQ(base64Decode(in, out), 1) << text;
         EXPECT_TRUE(out == "kept");

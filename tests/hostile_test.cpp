@@ -55,7 +55,8 @@ TEST(Hostile, DeepNestingCostsNoStack)
     constexpr int levels = 400000;
     const std::string open = repeated("\x30\x80", levels), close(2 * levels, '\0'), tagged = repeated("\xA0\x80", levels);
     ASN1Object closed, cut, wrappers;
-    ByteString data = byteString(open + close), unclosed = byteString(open + close.substr(levels)), unclosedTags = byteString("\x30\x80" + tagged);
+    ByteString data = byteString(open + close), unclosed = byteString(open + close.substr(levels)),
+               unclosedTags = byteString("\x30\x80" + tagged);
     EXPECT_EQ(closed.fromASN1Object(data), 0);
     EXPECT_EQ(closed.getValueLength(), 4 * (levels - 1));
     EXPECT_EQ(cut.fromASN1Object(unclosed), 10);
@@ -74,7 +75,8 @@ TEST(Hostile, NestedFailureTellsEachLevel)
     EXPECT_EQ(object.fromASN1Object(data), 10);
     const std::string trail = bytes(object.getErrorTrail()), method = "ASN1Object::findIndefiniteLengEnd-Value Length";
     std::string frames;
-    for (std::size_t at = 0; (at = trail.find(method, at)) != std::string::npos; at += method.size()) frames += trail.substr(at + method.size(), 3);
+    for (std::size_t at = 0; (at = trail.find(method, at)) != std::string::npos; at += method.size())
+        frames += trail.substr(at + method.size(), 3);
     EXPECT_EQ(frames, "(3)(4)(5)");
 }
 

@@ -49,8 +49,8 @@ std::string der(const std::string& notation)
 std::string hex(const std::string& bytes)
 {
     std::string out;
-    for (const unsigned char octet : bytes) {
-        out += "0123456789abcdef"[octet >> 4];
+    for (const char octet : bytes) {
+        out += "0123456789abcdef"[octet >> 4 & 15];
         out += "0123456789abcdef"[octet & 15];
     }
     return out;
@@ -166,7 +166,8 @@ const std::vector<NamedGetter> textGetters = {
 std::string getText(VRNO_API_CTX* context, TextGetter get, int& code)
 {
     std::string text(1 << 16, '\0');
-    while ((code = get(context, static_cast<int>(text.size()), text.data())) == VRNO_ERR_BUFFER_TOO_SMALL) text.resize(2 * text.size());
+    while ((code = get(context, static_cast<int>(text.size()), text.data())) == VRNO_ERR_BUFFER_TOO_SMALL)
+        text.resize(2 * text.size());
     return text.c_str();
 }
 
@@ -174,10 +175,14 @@ std::vector<Result> useCertificate(const std::string& certificate)
 {
     std::string text(1 << 14, '\0'), other(20, '\0');
     std::vector<Result> results;
-    VRNO_BINSTR in{reinterpret_cast<unsigned char*>(const_cast<char*>(certificate.data())), static_cast<unsigned>(certificate.size())}, out;
+    VRNO_BINSTR in{reinterpret_cast<unsigned char*>(const_cast<char*>(certificate.data())),
+                   static_cast<unsigned>(certificate.size())},
+        out;
     VRNO_BINSTR_Create(&out);
     const auto gaveText = [&](int code) { results.push_back({code, code == 0 ? std::string(text.c_str()) + other.c_str() : ""}); };
-    const auto gaveData = [&](int code) { results.push_back({code, code == 0 ? std::string(reinterpret_cast<char*>(out.pData), out.nLen) : ""}); };
+    const auto gaveData = [&](int code) {
+        results.push_back({code, code == 0 ? std::string(reinterpret_cast<char*>(out.pData), out.nLen) : ""});
+    };
     VRNO_API_CTX* context = nullptr;
     results.push_back({VRNO_API_Init(&context, "/"), ""});
     if (results.back().code == 0) {

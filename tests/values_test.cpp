@@ -24,14 +24,22 @@ template <class Value> static std::unique_ptr<ASN1Object> make()
 TEST(Values, DecodeAndEncodeAsTheTableSays)
 {
     const std::map<std::string, std::unique_ptr<ASN1Object> (*)()> classes = {
-        {"ASN1Object", make<ASN1Object>},           {"ASN1Boolean", make<ASN1Boolean>},
-        {"ASN1Integer", make<ASN1Integer>},         {"ASN1BitString", make<ASN1BitString>},
-        {"ASN1OctetString", make<ASN1OctetString>}, {"ASN1Null", make<ASN1Null>},
-        {"ASN1Sequence", make<ASN1Sequence>},       {"ASN1ObjectIdentifier", make<ASN1ObjectIdentifier>},
-        {"ASN1Set", make<ASN1Set>},                 {"ASN1PrintableString", make<ASN1PrintableString>},
-        {"ASN1IA5String", make<ASN1IA5String>},     {"ASN1VisibleString", make<ASN1VisibleString>},
-        {"ASN1T61String", make<ASN1T61String>},     {"ASN1UTF8String", make<ASN1UTF8String>},
-        {"ASN1BMPString", make<ASN1BMPString>},     {"ASN1UTCTime", make<ASN1UTCTime>},
+        {"ASN1Object", make<ASN1Object>},
+        {"ASN1Boolean", make<ASN1Boolean>},
+        {"ASN1Integer", make<ASN1Integer>},
+        {"ASN1BitString", make<ASN1BitString>},
+        {"ASN1OctetString", make<ASN1OctetString>},
+        {"ASN1Null", make<ASN1Null>},
+        {"ASN1Sequence", make<ASN1Sequence>},
+        {"ASN1ObjectIdentifier", make<ASN1ObjectIdentifier>},
+        {"ASN1Set", make<ASN1Set>},
+        {"ASN1PrintableString", make<ASN1PrintableString>},
+        {"ASN1IA5String", make<ASN1IA5String>},
+        {"ASN1VisibleString", make<ASN1VisibleString>},
+        {"ASN1T61String", make<ASN1T61String>},
+        {"ASN1UTF8String", make<ASN1UTF8String>},
+        {"ASN1BMPString", make<ASN1BMPString>},
+        {"ASN1UTCTime", make<ASN1UTCTime>},
     };
     for (const Case& c : cases("values.txt", 5)) {
         SCOPED_TRACE(c.where);
@@ -75,14 +83,18 @@ TEST(Values, LengthsAndHighTagsEncodeMinimally)
 {
     ASN1OctetString value;
     unsigned char out[8];
-    const auto length = [&out](unsigned int n) { return hex({reinterpret_cast<char*>(out), size_t(ASN1Object::PutLength(n, out))}); };
+    const auto length = [&out](unsigned int n) {
+        return hex({reinterpret_cast<char*>(out), size_t(ASN1Object::PutLength(n, out))});
+    };
     EXPECT_EQ(length(0), "00");
     EXPECT_EQ(length(127), "7f");
     EXPECT_EQ(length(128), "8180");
     EXPECT_EQ(length(256), "820100");
     EXPECT_EQ(length(0xFFFFFFFF), "84ffffffff");
     value.m_ucOptionTagClass = 0x80;
-    const auto tag = [&](unsigned int n, bool lead) { return hex({reinterpret_cast<char*>(out), size_t(value.PutHighTag(n, out, lead))}); };
+    const auto tag = [&](unsigned int n, bool lead) {
+        return hex({reinterpret_cast<char*>(out), size_t(value.PutHighTag(n, out, lead))});
+    };
     EXPECT_EQ(tag(0, false), "00");
     EXPECT_EQ(tag(128, true), "9f8100");
     EXPECT_EQ(tag(0xFFFFFFFF, false), "8fffffff7f");
@@ -104,8 +116,18 @@ TEST(Boolean, OnlyAllOnesIsTrue)
 
 TEST(Integer, NumbersTakeTheirMinimalForm)
 {
-    for (const auto& [number, octets] : std::map<int, const char*>{{0, "00"}, {1, "01"}, {127, "7f"}, {128, "0080"}, {255, "00ff"}, {256, "0100"},
-             {-1, "ff"}, {-128, "80"}, {-129, "ff7f"}, {-65535, "ff0001"}, {0x7FFFFFFF, "7fffffff"}, {-0x7FFFFFFF - 1, "80000000"}}) {
+    for (const auto& [number, octets] : std::map<int, const char*>{{0, "00"},
+                                                                   {1, "01"},
+                                                                   {127, "7f"},
+                                                                   {128, "0080"},
+                                                                   {255, "00ff"},
+                                                                   {256, "0100"},
+                                                                   {-1, "ff"},
+                                                                   {-128, "80"},
+                                                                   {-129, "ff7f"},
+                                                                   {-65535, "ff0001"},
+                                                                   {0x7FFFFFFF, "7fffffff"},
+                                                                   {-0x7FFFFFFF - 1, "80000000"}}) {
         ASN1Integer value;
         value.setIntValue(number);
         EXPECT_EQ(hex(bytes(value.getValue())), octets);
@@ -126,9 +148,9 @@ TEST(Integer, OctetsKeepOrLoseTheirSign)
         const char* out;
         int result;
     } table[] = {
-        {"80", 0, "0080", false, "80", 0},     {"80", 0, "0080", true, "0080", 0}, {"0001", 0, "0001", false, "01", 0},
-        {"7f", -1, "ff7f", false, "7f", -1},   {"80", -1, "80", false, "80", -1},  {"80", 1, "80", false, "80", -1},
-        {"00", 0, "00", false, "00", 0},       {"ff", 1, "ff", false, "ff", -1},   {"", 0, "", false, "", 0},
+        {"80", 0, "0080", false, "80", 0},   {"80", 0, "0080", true, "0080", 0}, {"0001", 0, "0001", false, "01", 0},
+        {"7f", -1, "ff7f", false, "7f", -1}, {"80", -1, "80", false, "80", -1},  {"80", 1, "80", false, "80", -1},
+        {"00", 0, "00", false, "00", 0},     {"ff", 1, "ff", false, "ff", -1},   {"", 0, "", false, "", 0},
     };
     for (const auto& row : table) {
         ASN1Integer value;
@@ -170,14 +192,21 @@ TEST(ObjectIdentifier, TextAndOctetsBothWays)
     EXPECT_EQ(oid.setOID("7"), 2);
     EXPECT_EQ(oid.setOID(static_cast<const char*>(nullptr)), 2);
     EXPECT_EQ(oid.setOID("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20"), 1);
-    EXPECT_EQ(innermost(bytes(oid.getErrorTrail())), "Value(1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20) is not ASN1 OID Format");
+    EXPECT_EQ(innermost(bytes(oid.getErrorTrail())),
+              "Value(1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20) is not ASN1 OID Format");
     EXPECT_EQ(bytes(oid.getOID(' ')), "1 2 840 113549"); // as it was
     EXPECT_EQ(oid.setOID("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 99999999999999"), 0);
 
-    for (const auto& [octets, text] : std::map<std::string, std::string>{
-             {"78", "3 0"}, {"8837 00", "26 39 0"}, {"2A FFFFFF7F", "1 2 268435455"}, {"2A 8100", "1 2 128"}, {"", ""}, {"2A 81", ""},
-             {"2A FFFFFFFF7F", ""}, {"2A0101010101010101010101010101010101 01", "1 2 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
-             {"2A0101010101010101010101010101010101 010101", ""}}) {
+    for (const auto& [octets, text] :
+         std::map<std::string, std::string>{{"78", "3 0"},
+                                            {"8837 00", "26 39 0"},
+                                            {"2A FFFFFF7F", "1 2 268435455"},
+                                            {"2A 8100", "1 2 128"},
+                                            {"", ""},
+                                            {"2A 81", ""},
+                                            {"2A FFFFFFFF7F", ""},
+                                            {"2A0101010101010101010101010101010101 01", "1 2 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+                                            {"2A0101010101010101010101010101010101 010101", ""}}) {
         oid.setValue(der(octets).data(), static_cast<int>(der(octets).size()));
         EXPECT_EQ(bytes(oid.getOID(' ')), text) << octets;
         EXPECT_EQ(oid.getLastError(), octets.empty() ? 2 : text.empty() ? 1 : 0);

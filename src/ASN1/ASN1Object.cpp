@@ -132,7 +132,7 @@ int ASN1Object::findIndefiniteLengEnd(const unsigned char* data, int length, int
             levels.add(tag.isExplicit ? 1 : 0);
             at += size.octets;
         } else {
-            if (size.octets > all.size() - at || size.value > all.size() - at - size.octets) break;
+            if (!size.fit(all.size() - at)) break;
             at += size.octets + size.value;
         }
     }
@@ -175,8 +175,7 @@ int ASN1Object::takeContents(Octets lengthAndRest, int firstCode, Octets& conten
         contents = rest.first(static_cast<std::size_t>(length));
         return 0;
     }
-    const bool fits = size.octets <= lengthAndRest.size() && size.value <= lengthAndRest.size() - size.octets;
-    if (!fits) {
+    if (!size.fit(lengthAndRest.size())) {
         const int code = size.form == LengthForm::longForm ? firstCode : firstCode + 3;
         return fail(*this, code, "nValueLen", "ASN1 Format(Length) Error", Here::now().in("fromASN1Object"));
     }
@@ -282,7 +281,8 @@ ByteString& ASN1Object::toASN1Object()
 
 ByteString& ASN1Object::giveOutput(const void* data, std::size_t length, Here at)
 {
-    if (m_bsOutput.setData(data, static_cast<int>(length)) > 0) return failOutput(*this, 1, "m_bsOutput", "Memory Allocation Error", at);
+    if (m_bsOutput.setData(data, static_cast<int>(length)) > 0)
+        return failOutput(*this, 1, "m_bsOutput", "Memory Allocation Error", at);
     return m_bsOutput;
 }
 

@@ -88,6 +88,9 @@ protected:
         LengthForm form;
         std::size_t octets;
         std::size_t value;
+
+        // Whether both lie within that many octets.
+        bool fit(std::size_t available) const { return octets <= available && value <= available - octets; }
     };
     static Length readLength(Octets data);
 

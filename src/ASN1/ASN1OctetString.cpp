@@ -21,8 +21,8 @@ int ASN1OctetString::extractValue()
         if (rest[0] != ASN1_TAG_OCTETSTRING) return fail(*this, 1, "Value", formatted(type.mismatch, rest[0]), at);
         rest = rest.subspan(1);
         const Length size = readLength(rest);
-        const bool fits = size.octets <= rest.size() && size.value <= rest.size() - size.octets;
-        if (size.form == LengthForm::indefinite || !fits) return fail(*this, 1, "Value", "ASN1 Format(Length) Error", at);
+        if (size.form == LengthForm::indefinite || !size.fit(rest.size()))
+            return fail(*this, 1, "Value", "ASN1 Format(Length) Error", at);
         value.append(rest.subspan(size.octets, size.value));
         rest = rest.subspan(size.octets + size.value);
     }

@@ -47,7 +47,8 @@ int ASN1Sequence::ExtractComponentInfo()
         ElementTag tag;
         const TagRefusal refusal = readTag(value.subspan(offset), tag);
         if (refusal == tagNoMember) return fail(*this, 1, "checkASN1Member", *this);
-        if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0) return fail(*this, 2, "ReallocCompontntInfo", *this);
+        if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0)
+            return fail(*this, 2, "ReallocCompontntInfo", *this);
         ComponentInfo& component = pComponentInfo[m_nComponentCount];
         component.nOffset = static_cast<unsigned int>(offset);
         if (refusal == tagTooLong) {
@@ -65,8 +66,7 @@ int ASN1Sequence::ExtractComponentInfo()
             }
             offset += size.octets + static_cast<std::size_t>(contents) + 2;
         } else {
-            const bool fits = size.octets <= rest.size() && size.value <= rest.size() - size.octets;
-            offset = fits ? offset + size.octets + size.value : value.size();
+            offset = size.fit(rest.size()) ? offset + size.octets + size.value : value.size();
         }
         ++m_nComponentCount;
     }
@@ -117,7 +117,8 @@ int ASN1Sequence::getComponentUniversalTag(int index) const
 
 int ASN1Sequence::addComponent(ByteString& encoded, int tag)
 {
-    if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0) return fail(*this, 1, "ReallocCompontntInfo", *this);
+    if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0)
+        return fail(*this, 1, "ReallocCompontntInfo", *this);
     const auto offset = static_cast<unsigned int>(m_bsValue.getLength());
     m_bsValue += encoded;
     if (m_bsValue.getError() > 0) return fail(*this, 1, "m_bsValue", "Memory Allocation Error");

@@ -58,22 +58,24 @@ bool toFields(int instant, Fields& t)
     const sys_days date{days{instant / 86400}};
     const year_month_day ymd{date};
     const int second = instant % 86400;
-    t = {int{ymd.year()}, static_cast<int>(unsigned{ymd.month()}), static_cast<int>(unsigned{ymd.day()}),
-         second / 3600,   second / 60 % 60,                        second % 60};
+    t = {int{ymd.year()},
+         static_cast<int>(unsigned{ymd.month()}),
+         static_cast<int>(unsigned{ymd.day()}),
+         second / 3600,
+         second / 60 % 60,
+         second % 60};
     return true;
 }
 
 // What the checks of the two classes share: a failure tells the text with the message.
 template <class Time> class TextCheck {
 public:
-    TextCheck(Time& time, const void* data, int length, const char* method)
-        : m_time(time), m_text(data, length), m_method(method)
-    {
-    }
+    TextCheck(Time& time, const void* data, int length, const char* method) : m_time(time), m_text(data, length), m_method(method)
+    {}
 
     int length() const { return m_text.getLength(); }
-    unsigned char at(int index) const { return m_text.getBytes()[index]; }
-    int digits(int from, int count) const { return number(m_text.octets().subspan(static_cast<std::size_t>(from), static_cast<std::size_t>(count))); }
+    unsigned char at(std::size_t index) const { return m_text.getBytes()[index]; }
+    int digits(std::size_t from, std::size_t count) const { return number(m_text.octets().subspan(from, count)); }
 
     // One frame; `message` may hold a %s for the text.
     int fails(int code, const char* name, const char* message, Here here = Here::now())
@@ -87,7 +89,8 @@ private:
     const char* m_method;
 };
 
-constexpr char outOfRange[] = "%s references a date before midnight, January 1, 1970, or if the calendar time cannot be represented.";
+constexpr char outOfRange[] =
+    "%s references a date before midnight, January 1, 1970, or if the calendar time cannot be represented.";
 constexpr char beforeEpoch[] = "%d represents a date before midnight, January 1, 1970";
 
 } // namespace
@@ -117,7 +120,7 @@ int ASN1UTCTime::checkUTCTime(const void* data, int length)
         break;
     case 15:
     case 17: {
-        const int sign = text.length() - 5;
+        const std::size_t sign = static_cast<std::size_t>(text.length()) - 5;
         if (text.at(sign) != '+' && text.at(sign) != '-') return text.fails(10, "length", "%s : UTC Time Format Error");
         const int hours = text.digits(sign + 1, 2), minutes = text.digits(sign + 3, 2);
         if (!inRange(minutes, 0, 59)) return text.fails(11, "length", "%s : UTC Time Format Error");
@@ -159,9 +162,10 @@ int ASN1GeneralizedTime::checkGMTTime(const void* data, int length, bool check)
 {
     TextCheck text(*this, data, length, "CheckGMTTime");
     if (text.length() < 15) return fail(*this, 1, "length", "Invalid GMT Format");
-    const int last = text.length() - 1;
+    const std::size_t last = static_cast<std::size_t>(text.length()) - 1;
     if (text.at(14) == '.') m_nFraction = text.digits(15, last > 15 ? last - 15 : 0);
-    const Fields t{text.digits(0, 4), text.digits(4, 2), text.digits(6, 2), text.digits(8, 2), text.digits(10, 2), text.digits(12, 2)};
+    const Fields t{text.digits(0, 4), text.digits(4, 2),  text.digits(6, 2),
+                   text.digits(8, 2), text.digits(10, 2), text.digits(12, 2)};
     if (!inRange(t.second, 0, 59)) return text.fails(2, "nSec", "%s : seconds error");
     if (!inRange(t.minute, 0, 59)) return text.fails(3, "nMin", "%s : minutes error");
     if (!inRange(t.hour, 0, 23)) return text.fails(4, "nHour", "%s : hour error");

@@ -30,7 +30,8 @@ template <class V> void RSubjectPublicKeyInfo::walk(V& v)
 {
     v.exactly(2, "The number of components is not 2.");
     v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_algorithm), 3, 1, "algorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_subjectPublicKey), 6, 2, "subjectPublicKey component is not ASN1_TAG_BITSTRING.");
+    v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_subjectPublicKey), 6, 2,
+               "subjectPublicKey component is not ASN1_TAG_BITSTRING.");
     v.end(3);
 }
 
@@ -142,7 +143,8 @@ void RCertificate::walk(Decoder& v)
 {
     v.exactly(3, "The number of components is not 3.");
     v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_tbsCertificate), 3, 0, "tbsCertificate component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_signatureAlgorithm), 6, 0, "signatureAlgorithm component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_signatureAlgorithm), 6, 0,
+               "signatureAlgorithm component is not ASN1_TAG_SEQUENCE.");
     v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_signature), 9, 0, "signature component is not ASN1_TAG_BITSTRING.");
 }
 

@@ -81,7 +81,8 @@ void Encoder::end(int code, Here at)
     if (m_record.m_nLastError > 0) return;
     m_record.putOptionTag(m_asnSeq);
     m_record.m_bsOutput = m_asnSeq.toASN1Object();
-    if (m_asnSeq.getLastError() > 0 || m_record.m_bsOutput.getError() > 0) refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    if (m_asnSeq.getLastError() > 0 || m_record.m_bsOutput.getError() > 0)
+        refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
 }
 
 } // namespace vrno

@@ -121,7 +121,8 @@ public:
     {
         if (spare() && m_asnSeq.getComponentUniversalTag(m_index) == tag.tag) optionalRow(bit, {member, name}, code, at);
     }
-    template <class M> void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
+    template <class M>
+    void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
         if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at);
     }

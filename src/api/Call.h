@@ -38,8 +38,11 @@ struct RecordOut {
     const char* name;
 };
 
-#define OUT(buffer, size)                                                                                                              \
-    vrno::TextOut { buffer, size, #buffer }
+#define OUT(buffer, size)                                                                                                          \
+    vrno::TextOut                                                                                                                  \
+    {                                                                                                                              \
+        buffer, size, #buffer                                                                                                      \
+    }
 
 // ---- one call ----
 

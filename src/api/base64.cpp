@@ -1,6 +1,6 @@
 // VRNO_BASE64_*
-#include "api/Call.h"
 #include "base/Base64.h"
+#include "api/Call.h"
 
 using namespace vrno;
 

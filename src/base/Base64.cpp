@@ -26,7 +26,7 @@ struct WorkBlock {
     std::size_t size;
     unsigned char* bytes;
 
-    explicit WorkBlock(std::size_t length) : size(length), bytes(new(std::nothrow) unsigned char[length]) {}
+    explicit WorkBlock(std::size_t length) : size(length), bytes(new (std::nothrow) unsigned char[length]) {}
     WorkBlock(const WorkBlock&) = delete;
     WorkBlock& operator=(const WorkBlock&) = delete;
     ~WorkBlock()

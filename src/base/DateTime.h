@@ -22,7 +22,7 @@ public:
     // Seconds to add to local time for UTC: -32400 where local time runs nine hours ahead.
     int getZoneOffset() const { return m_nZoneOffset; }
 
-    int m_nYear = 0; // with its century
+    int m_nYear = 0;  // with its century
     int m_nMonth = 0; // from 1
     int m_nDay = 0;
     int m_nHour = 0;

@@ -20,8 +20,8 @@ ByteString trailFrame(const char* pszFile, int nLine, const char* pszClass, cons
                      pszName, nCode);
 }
 
-void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName,
-                   int nCode, const char* pszMessage)
+void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char* pszClass, const char* pszMethod,
+                   const char* pszName, int nCode, const char* pszMessage)
 {
     const bool followed = pszMessage != nullptr && *pszMessage != '\0';
     ByteString text = trailFrame(pszFile, nLine, pszClass, pszMethod, pszName, nCode, followed);

@@ -23,8 +23,8 @@ struct Here {
 
 // Replaces `trail` by a frame "[file:line]Class::Method-Name(code)" with the file's base name, and behind it, where
 // there is one, a comma and `message`. The message may be the trail itself: that is how an object keeps its own story.
-void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName,
-                   int nCode, const char* pszMessage);
+void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char* pszClass, const char* pszMethod,
+                   const char* pszName, int nCode, const char* pszMessage);
 
 // The same with the text that is to stand before the frame's own end: used where many frames are laid at once.
 ByteString trailFrame(const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName, int nCode,
@@ -32,7 +32,10 @@ ByteString trailFrame(const char* pszFile, int nLine, const char* pszClass, cons
 
 // An object that carries a trail: a value, a record, a utility or facade object.
 template <class T>
-concept Trailed = requires(T& object) { object.getErrorTrail(); };
+concept Trailed = requires(T& object)
+{
+    object.getErrorTrail();
+};
 
 // One frame on `object`'s trail with `message` behind it; returns `code`. The frame names Object::className.
 template <Trailed Object> int fail(Object& object, int code, const char* name, const char* message, Here at = Here::now())

@@ -20,9 +20,9 @@ namespace vrno::platform {
 enum class FileError : int {
     none = 0,
     emptyPath = 1,
-    open = 2,      // missing, not permitted, held by a writer where the system can tell
-    size = 3,      // has no size: a folder, a pipe, a device
-    memory = 4,    // no block of the file's size, or a size above 2^31 - 2 bytes
+    open = 2,   // missing, not permitted, held by a writer where the system can tell
+    size = 3,   // has no size: a folder, a pipe, a device
+    memory = 4, // no block of the file's size, or a size above 2^31 - 2 bytes
     read = 5,
     truncated = 6, // fewer bytes came than the size said
 };
