@@ -3,11 +3,13 @@
  *
  * How everything here behaves, unless a function says otherwise:
  *
- *  1. Every function returns VRNO_OK (0) or one of the codes below. The code is only returned, not kept: what can be
+ *  1. Every function returns VRNO_OK (0) or one of the codes below. No function gives the code out again: what can be
  *     asked for later is the text of the context's last failure, with VRNO_API_GetErrInfo.
  *  2. A context belongs to one thread at a time. Different contexts may be used by different threads at once.
- *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code). Characters
- *     other than ASCII and the 11,172 Hangul syllables come out as "?". Sizes count bytes.
+ *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code). Sizes count
+ *     bytes. What a certificate holds as UTF-8 or UCS-2 is converted, and what is neither ASCII nor one of the
+ *     11,172 Hangul syllables becomes "?" (one for each octet in UTF-8, for each character in UCS-2); other strings come
+ *     out as they stand there, up to a zero octet.
  *  4. Every function that takes a context clears its last failure first. Checks come before any work, in the order that
  *     the function's codes are listed in, and a failed check changes nothing but the context's error text.
  *  5. A VRNO_BINSTR is valid as input when the pointer to it, its pData and its nLen are all not zero. As output it must
@@ -151,7 +153,8 @@ typedef struct VRNO_BINSTR {
 
 /* Makes a context in *ppCtx, which must hold null. ppCtx itself must be valid.
  * pszPath: any text but an empty one; it is kept, less one trailing '/' or '\\', and read by nothing yet.
- * 0; 1000 *ppCtx is not null; 1003 pszPath null or empty; 1002. None of them leaves a text. */
+ * 0; 1000 *ppCtx is not null; 1003 pszPath null or empty; 1002. None of them leaves a text. After 1002 *ppCtx may hold a
+ * context that is not made yet: VRNO_API_Finish releases it, and until then a further call gives 1000. */
 VRNO_API int VRNO_API_Init(VRNO_API_CTX** ppCtx, const char* pszPath);
 
 /* Releases the context with all that it owns and sets *ppCtx to null; nothing to do when it is null already. Always 0.
@@ -196,10 +199,10 @@ VRNO_API int VRNO_CERT_Load(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert);
 /* Takes the loaded certificate, if there is one, out of the context. 0; 1001. */
 VRNO_API int VRNO_CERT_Unload(VRNO_API_CTX* pCtx);
 
-/* Each getter: 0; 1001; 1501 none loaded; 1004 an output pointer is null; 1500 the field cannot be read; 1005 or 1002
+/* Each getter: 0; 1001; 1501 none loaded; 1004 an output pointer is null; 1500 the field cannot be read; 1002; and 1005
  * where it says so. Text getters follow point 6 above. */
 
-/* 1 to 3. */
+/* The number of the version: 3 for a certificate with extensions; the field's number plus one, whatever it is. */
 VRNO_API int VRNO_CERT_GetVersion(VRNO_API_CTX* pCtx, int* pVersion);
 
 /* Lower-case hexadecimal, two digits an octet, without the sign octet; 1005. */
@@ -214,7 +217,7 @@ VRNO_API int VRNO_CERT_GetSignatureAlgorithm(VRNO_API_CTX* pCtx, int nBufLen, ch
 VRNO_API int VRNO_CERT_GetIssuerName(VRNO_API_CTX* pCtx, int nBufLen, char* pszIssuerName);
 VRNO_API int VRNO_CERT_GetSubjectName(VRNO_API_CTX* pCtx, int nBufLen, char* pszSubjectName);
 
-/* The subject's name in DER; 1002. */
+/* The subject's name in DER. */
 VRNO_API int VRNO_CERT_GetSubjectName_DERFormat(VRNO_API_CTX* pCtx, VRNO_BINSTR* pSubjectName);
 
 /* "YYYY-MM-DD hh:mm:ss" in the machine's local time; each buffer needs 20 bytes. */

@@ -10,11 +10,13 @@ namespace {
 thread_local bool watching = false;
 thread_local long counted = 0, failing = 0;
 thread_local bool failsOnward = false;
+thread_local std::size_t countedBytes = 0;
 
-bool refuses()
+bool refuses(std::size_t size)
 {
     if (!watching) return false;
     ++counted;
+    countedBytes += size;
     return counted == failing || (failsOnward && counted > failing);
 }
 
@@ -25,11 +27,11 @@ void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_malloc(std::size_t size)
 {
-    return refuses() ? nullptr : __real_malloc(size);
+    return refuses(size) ? nullptr : __real_malloc(size);
 }
 void* __wrap_calloc(std::size_t count, std::size_t size)
 {
-    return refuses() ? nullptr : __real_calloc(count, size);
+    return refuses(count * size) ? nullptr : __real_calloc(count, size);
 }
 }
 
@@ -79,6 +81,7 @@ namespace test {
 FailingAllocation::FailingAllocation(long number, bool onward)
 {
     counted = 0;
+    countedBytes = 0;
     failing = number;
     failsOnward = onward;
     watching = true;
@@ -92,6 +95,11 @@ FailingAllocation::~FailingAllocation()
 long FailingAllocation::count()
 {
     return counted;
+}
+
+std::size_t FailingAllocation::size()
+{
+    return countedBytes;
 }
 
 } // namespace test

@@ -19,7 +19,7 @@ TEST(Context, InitKeepsThePathLessOneSeparator)
         ASSERT_EQ(VRNO_API_Init(&context, path), 0);
         EXPECT_STREQ(context->pszPath, kept);
         EXPECT_EQ(context->ucFlags, 1);
-        EXPECT_EQ(context->nReserved3, 7);
+        EXPECT_EQ(context->nReserved1 * 1000 + context->nReserved2 * 100 + context->nReserved3 * 10 + context->ucReserved, 1171);
         VRNO_API_CTX* const same = context;
         EXPECT_EQ(VRNO_API_Init(&context, path), 1000);
         EXPECT_EQ(context, same);
@@ -31,6 +31,13 @@ TEST(Context, InitKeepsThePathLessOneSeparator)
     EXPECT_EQ(VRNO_API_Init(&context, ""), 1003);
     EXPECT_EQ(VRNO_API_Init(&context, nullptr), 1003);
     EXPECT_EQ(context, nullptr);
+    {
+        const FailingAllocation second(2);
+        EXPECT_EQ(VRNO_API_Init(&context, "/"), 1002);
+    }
+    ASSERT_NE(context, nullptr);
+    EXPECT_EQ(VRNO_API_Init(&context, "/"), 1000);
+    EXPECT_EQ(VRNO_API_Finish(&context), 0);
 }
 
 TEST(Context, FinishReleasesAllThatItOwns)
@@ -118,7 +125,7 @@ TEST(BinaryString, OwnsItsBlock)
 
 TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
 {
-    BinStr good("data"), out;
+    BinStr good("data"), out("old");
     VRNO_BINSTR noData{nullptr, 4}, noLength{reinterpret_cast<unsigned char*>(const_cast<char*>("x")), 0};
     char text[64];
     int version = 0;
@@ -168,7 +175,7 @@ TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
         vrno::setApiError(context, 1, 0, nullptr, "stale", nullptr, 0, nullptr);
         EXPECT_EQ(row.call(context), row.code);
         EXPECT_EQ(context.error(), row.code == 0 ? row.message : "[" + std::string(row.function) + "] " + row.message);
-        EXPECT_TRUE(out.isEmpty());
+        EXPECT_EQ(out.data(), "old");
     }
 }
 
@@ -200,6 +207,8 @@ TEST(Frame, TextGettersKeepTheirContract)
         EXPECT_EQ(getter.get(context, exact, buffer.data()), 0);
         EXPECT_EQ(buffer, text + '\0' + std::string(7, 'x'));
         EXPECT_EQ(context.error(), "none");
+        VRNO_API_CTX& fields = *context;
+        EXPECT_EQ(fields.nErrCode, 0);
     }
 }
 
@@ -209,7 +218,9 @@ TEST(Files, AreReadWhole)
     BinStr out, empty, cert;
     EXPECT_EQ(VRNO_MEDIA_DISK_ReadFile(context, SAMPLES "/hong.der", out), 0);
     EXPECT_EQ(out.data(), hong);
-    const std::string path = testing::TempDir() + "vrno-empty";
+    char folder[] = "/tmp/vrno-XXXXXX";
+    ASSERT_TRUE(mkdtemp(folder));
+    const std::string path = std::string(folder) + "/empty";
     std::ofstream(path).close();
     EXPECT_EQ(VRNO_MEDIA_DISK_ReadFile(context, path.c_str(), empty), 2502);
     EXPECT_EQ(context.error(), "[VRNO_MEDIA_DISK_ReadFile] 비어있는 파일입니다.");
@@ -219,6 +230,11 @@ TEST(Files, AreReadWhole)
     EXPECT_EQ(VRNO_MEDIA_DISK_ReadCert(context, (path + "-pipe").c_str(), out), 2504); // and does not wait for a writer
     std::remove((path + "-pipe").c_str());
     std::remove(path.c_str());
-    const std::string longPath(3000, 'a');
-    EXPECT_EQ(VRNO_MEDIA_DISK_ReadFile(context, longPath.c_str(), out), 2500);
+    std::remove(folder);
+    for (const std::size_t length : {1990U, 2020U, 3000U}) { // no message is cut, nor one made around a part of it
+        EXPECT_EQ(VRNO_MEDIA_DISK_ReadFile(context, std::string(length, 'a').c_str(), out), 2500);
+        EXPECT_EQ(context.error(), "");
+        EXPECT_EQ(VRNO_MEDIA_DISK_ReadCert(context, std::string(length, 'a').c_str(), out), 2504);
+        EXPECT_EQ(context.error(), "");
+    }
 }

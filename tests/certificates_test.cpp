@@ -167,6 +167,7 @@ TEST(Certificates, FieldsOfEveryKind)
     } table[] = {
         {"", "2A864886F70D010105", "2A03", 1, "sha1 With RSAEncryption", "1 2 3"},
         {"A0{020102}", "2A8648CE3D0401", longOid, 3, "ECDSA with SHA1", "1 2 268435455 268435455 268435455 268435455 26843"},
+        {"A0{02047FFFFFFF}", "2A03", "2A03", -0x7FFFFFFF - 1, "1 2 3 : Unknown AlgorithmIdentifier", "1 2 3"},
         {"A0{020101}", "2A831A8C9A440117", "2A03", 2, "KCDSA1 With SHA1", "1 2 3"},
         {"", "2A8648CE3D040302", "2A03", 1, "1 2 840 10045 4 3 2 : Unknown AlgorithmIdentifier", "1 2 3"},
     };
@@ -201,10 +202,14 @@ TEST(Certificates, ABrokenFieldSpoilsOnlyItsOwnGetter)
     int code = 0;
     getText(context, VRNO_CERT_GetSignatureAlgorithm, code);
     EXPECT_EQ(code, 1500);
-    EXPECT_EQ(innermost(context.error()), "ASN1 OID Format Error");
+    EXPECT_EQ(placeless(context.error()),
+              "[VRNO_CERT_GetSignatureAlgorithm] 잘못된 인증서 형식입니다. <tarnlib> "
+              "PCertUtil2::getSignatureAlgorithm-pSignature(2),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),"
+              "ASN1ObjectIdentifier::getOID-nOID(1),ASN1 OID Format Error");
     getText(context, VRNO_CERT_GetIssuerName, code);
     EXPECT_EQ(code, 1500);
-    EXPECT_EQ(innermost(context.error()), "Wrong RDNSequence form.");
+    EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetIssuerName] 잘못된 인증서 형식입니다. <tarnlib> "
+                                          "PCertUtil2::getIssuerDN-UDNSettings::RDN2Str()(2),Wrong RDNSequence form.");
     EXPECT_EQ(field(context, VRNO_CERT_GetSubjectName), "cn=A");
     EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), "c3");
 }

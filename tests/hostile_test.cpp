@@ -85,6 +85,7 @@ TEST(Hostile, HundredsOfThousandsOfPiecesCostLinearTime)
     const std::string nulls = der("30{" + repeated("0500", 400000) + "}");
     ByteString data = byteString(nulls);
     ASN1Sequence sequence;
+    const FailingAllocation none(0); // fails nothing, and counts
     ASSERT_EQ(sequence.fromASN1Object(data), 0);
     EXPECT_EQ(sequence.getComponentCount(), 400000);
     EXPECT_EQ(hex(bytes(sequence.getComponent(399999))), "0500");
@@ -106,6 +107,7 @@ TEST(Hostile, HundredsOfThousandsOfPiecesCostLinearTime)
     ASSERT_EQ(util.setCertificate(cert), 0);
     util.getExtensionValue("2 5 29 14");
     EXPECT_EQ(util.getLastError(), PCertUtil2::absentExtension);
+    EXPECT_LT(FailingAllocation::size(), 300U << 20); // growing bit by bit would take a hundred times that
 }
 
 TEST(Hostile, InputsBeyondTheSignedRangeAreRefusedBeforeUse)
@@ -143,6 +145,18 @@ TEST(OutOfMemory, EveryAllocationMayFail)
                 }
             }
         }
+    }
+}
+
+TEST(OutOfMemory, NoExtensionSeemsAbsent)
+{
+    ByteString cert = byteString(hong);
+    PCertUtil2 util;
+    ASSERT_EQ(util.setCertificate(cert), 0);
+    for (long number = 1; number < 40; ++number) {
+        const FailingAllocation fails(number);
+        const int length = util.getExtensionValue("2 5 29 31").getLength();
+        EXPECT_TRUE(util.getLastError() == 2 || (util.getLastError() == 0 && length > 0)) << number << " " << util.getLastError();
     }
 }
 

@@ -81,6 +81,16 @@ TEST(Records, TBSCertificateKnowsItsOptionalParts)
     EXPECT_EQ(tbs.getVersion(), 0);
 }
 
+TEST(Records, ADecodedExtensionIsCriticalOnlyWhereItSaysSo)
+{
+    RExtension extension;
+    ByteString critical = byteString(der("30{06{2A03} 0101FF 0400}")), plain = byteString(der("30{06{2A03} 0400}"));
+    ASSERT_EQ(extension.fromASN1Object(critical), 0);
+    EXPECT_TRUE(extension.m_critical.getBoolValue());
+    ASSERT_EQ(extension.fromASN1Object(plain), 0); // over the first one
+    EXPECT_FALSE(extension.m_critical.getBoolValue());
+}
+
 TEST(Records, GettersTellWhatTheyCouldNotRead)
 {
     RAlgorithmIdentifier algorithm;

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <sstream>
 
 namespace test {
@@ -125,6 +126,11 @@ std::string outermost(const std::string& trail)
 {
     const auto from = trail.find(']') + 1;
     return trail.substr(from, std::min(trail.find("),", from), trail.size() - 1) - from + 1);
+}
+
+std::string placeless(const std::string& trail)
+{
+    return std::regex_replace(trail, std::regex("\\[\\w+\\.(cpp|h):\\d+\\]"), "");
 }
 
 std::string innermost(const std::string& trail)

@@ -41,6 +41,8 @@ std::vector<Case> cases(const std::string& file, std::size_t fieldCount);
 
 // The names of the trail's innermost frame and the text behind it, as in "m_issuer(12)" and "TagType(2)...".
 std::string innermost(const std::string& trail);
+// All frames and the text behind them, without their places: "A::f-x(1),B::g-y(2),text".
+std::string placeless(const std::string& trail);
 // The outermost frame without its place, as in "RValidity::fromASN1Object-asnSeq(2)".
 std::string outermost(const std::string& trail);
 
@@ -111,7 +113,8 @@ public:
     ~FailingAllocation();
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
-    static long count(); // so far
+    static long count();       // so far
+    static std::size_t size(); // their bytes
 };
 
 } // namespace test

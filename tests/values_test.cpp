@@ -56,11 +56,7 @@ TEST(Values, DecodeAndEncodeAsTheTableSays)
             EXPECT_EQ(value->getLastError(), 1);
         }
         if (code != 0 || encodingFails) {
-            const std::string trail = bytes(value->getErrorTrail());
-            EXPECT_EQ(innermost(trail), c[3]);
-            if (!encodingFails) {
-                EXPECT_EQ(outermost(trail).substr(0, c[0].size() + 16), c[0] + "::fromASN1Object");
-            }
+            EXPECT_EQ(placeless(bytes(value->getErrorTrail())), c[3]);
         } else {
             EXPECT_EQ(hex(bytes(value->getValue())), hex(der(c[3])));
             EXPECT_EQ(hex(bytes(value->toASN1Object())), hex(c[4] == "=" ? input : der(c[4])));
@@ -301,8 +297,8 @@ TEST(Times, TextsBecomeInstantsWhateverTheZone)
             if (code == 0) {
                 EXPECT_EQ(isUtc ? utc.getGMTTime() : general.getGMTTime(), std::stoi(c[3]));
             } else {
-                EXPECT_NE(trail.find("(" + c[2] + "),"), std::string::npos) << trail;
-                EXPECT_EQ(innermost(trail), c[3][0] == '%' ? c[1] + c[3].substr(1) : c[3]);
+                const auto at = c[3].find('%');
+                EXPECT_EQ(placeless(trail), at == std::string::npos ? c[3] : c[3].substr(0, at) + c[1] + c[3].substr(at + 1));
             }
         }
     }

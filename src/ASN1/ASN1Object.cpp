@@ -2,6 +2,7 @@
 
 #include "base/ByteBuilder.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -140,12 +141,14 @@ int ASN1Object::findIndefiniteLengEnd(const unsigned char* data, int length, int
     return failInLevels(levels, fail(*this, 5, "Value Length", message));
 }
 
-// Lays the frame of each open level around the failure that the trail holds, all in one go: a hostile input has as many
-// levels as half its octets. Returns the outermost level's code, or `code` when no level is open.
+// Lays the frame of each open level around the failure that the trail holds, all in one go. A hostile input has as many
+// levels as half its octets; of those the outermost hundred are told, which is more text than an error can hold anyway.
+// Returns the outermost level's code, or `code` when no level is open.
 int ASN1Object::failInLevels(const ByteBuilder& levels, int code, Here at)
 {
     constexpr int codeOther = 4, codeExplicit = 3;
-    const Octets open = levels.octets();
+    constexpr std::size_t mostTold = 100;
+    const Octets open = levels.octets().first(std::min(levels.octets().size(), mostTold));
     if (open.empty()) return code;
     const auto frame = [&at](int levelCode) {
         return trailFrame(at.file, at.line, className, at.function, "Value Length", levelCode, true);
@@ -201,9 +204,9 @@ int ASN1Object::fromASN1Object(ByteString& data)
     }
     const bool highTag = m_ucTaggedType == highTagFollows;
     if (highTag) {
+        m_ucTaggedType = element[0] == 0xBF ? explicitTag : implicitTag;
         tagOctets = static_cast<std::size_t>(GetHighTag(element.data(), data.getLength(), &m_nOptionTagNo, true));
         if (tagOctets == 0) return fail(*this, 3, "GetHighTag", *this);
-        m_ucTaggedType = element[0] == 0xBF ? explicitTag : implicitTag;
     }
 
     Octets contents;
@@ -282,7 +285,7 @@ ByteString& ASN1Object::toASN1Object()
 ByteString& ASN1Object::giveOutput(const void* data, std::size_t length, Here at)
 {
     if (m_bsOutput.setData(data, static_cast<int>(length)) > 0)
-        return failOutput(*this, 1, "m_bsOutput", "Memory Allocation Error", at);
+        return failOutput(*this, noMemoryCode, "m_bsOutput", "Memory Allocation Error", at);
     return m_bsOutput;
 }
 

@@ -52,17 +52,12 @@ ByteString& RGeneralName::toASN1Object()
     m_nLastError = 0;
     m_bsOutput.clear();
     if (m_ucBitMask == nothing) return failOutput(*this, 1, "m_ucBitMask", "Any component does not chosen.");
-    if (m_ucTaggedType == notTagged) {
-        m_bsOutput = m_bsGeneralName;
-        return m_bsOutput;
-    }
     ASN1Object asnObj;
     asnObj.setPrimitiveTag(ASN1_TAG_SEQUENCE);
     asnObj.setImplicitTag(m_nOptionTagNo, m_ucOptionTagClass);
-    asnObj.setValue(m_bsGeneralName);
-    ByteString& encoded = asnObj.toASN1Object();
-    if (asnObj.getLastError() > 0) return failOutput(*this, 2, "asnObj", asnObj);
-    m_bsOutput = encoded;
+    const bool copied = asnObj.setValue(m_bsGeneralName) == 0;
+    m_bsOutput = m_ucTaggedType == notTagged ? m_bsGeneralName : asnObj.toASN1Object();
+    if (!copied || asnObj.getLastError() > 0 || m_bsOutput.getError() > 0) return failOutput(*this, 2, "asnObj", asnObj);
     return m_bsOutput;
 }
 

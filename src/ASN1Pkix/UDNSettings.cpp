@@ -93,7 +93,8 @@ int valueText(ByteString& encoded, ByteString& text)
     }
 }
 
-// Adds "name=value", behind the separator when there is text already.
+// Adds "name=value", behind the separator when there is text already. The value ends at a zero octet, which would end
+// the whole text for whoever reads it.
 int addAttribute(ByteString& encoded, char separator, ByteBuilder& out)
 {
     RAttributeTypeAndValue attribute;
@@ -107,7 +108,7 @@ int addAttribute(ByteString& encoded, char separator, ByteBuilder& out)
     if (!out.empty()) out.add(static_cast<unsigned char>(separator));
     out.append(name, std::strlen(name));
     out.add('=');
-    out.append(value.octets());
+    out.append(value.getText(), std::strlen(value.getText()));
     return 0;
 }
 

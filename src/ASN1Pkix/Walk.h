@@ -70,8 +70,8 @@ inline constexpr MemberOps memberOps<ByteString>{
         return static_cast<ByteString*>(member)->getError();
     },
     [](void* member) -> ByteString& { return *static_cast<ByteString*>(member); },
-    [](void*) { return 0; },
-    [](void*) { return ""; },
+    [](void* member) { return static_cast<ByteString*>(member)->getError(); },
+    [](void*) { return "Memory Allocation Error"; },
 };
 
 struct Member {
@@ -217,14 +217,15 @@ template <class Record> ByteString& encode(Record& record)
 
 // ---- getters ----
 
-// Hands a member's output on as the record's own; the member's failure becomes code 1 with its trail.
+// Hands a member's output on as the record's own; the member's failure becomes code 1 with its trail, or noMemoryCode.
 template <class Record, class M>
 ByteString& relay(Record& record, ByteString& output, M& member, const char* name, Here at = Here::now())
 {
     record.m_nLastError = 0;
-    if (member.getLastError() > 0) return failOutput(record, 1, name, member, at);
+    const int error = member.getLastError();
+    if (error > 0) return failOutput(record, error == noMemoryCode ? error : 1, name, member, at);
     record.m_bsOutput = output;
-    if (record.m_bsOutput.getError() > 0) return failOutput(record, 1, name, "Memory Allocation Error", at);
+    if (record.m_bsOutput.getError() > 0) return failOutput(record, noMemoryCode, name, "Memory Allocation Error", at);
     return record.m_bsOutput;
 }
 

@@ -133,7 +133,9 @@ ByteString& PCertUtil2::findExtension(RExtensions& extensions, const char* oid, 
     for (int i = 0; i < extensions.getCount(); ++i) {
         RExtension ext;
         if (ext.fromASN1Object(extensions.get(i)) > 0) return failOutput(*this, 2, "ext", ext, at);
-        if (ext.getExtensionID() != oid) continue;
+        const bool sought = ext.getExtensionID() == oid; // an identifier that cannot be read is another one
+        if (ext.getLastError() == noMemoryCode) return failOutput(*this, 2, "ext", ext, at);
+        if (!sought) continue;
         handOut(ext.getValue(), ext, "ext", at);
         break;
     }

@@ -67,6 +67,13 @@ int Call::fail(int code, const char* message)
     return m_code = code;
 }
 
+int Call::fail(int code, const ByteString& message)
+{
+    constexpr int formOfNoText = -1;
+    setApiError(m_context, code, message.isNull() ? formOfNoText : ERRFORM_PLAIN, m_function, message.getText(), nullptr, 0, nullptr);
+    return m_code = code;
+}
+
 int Call::trail(int code, const char* message, const ByteString& errorTrail)
 {
     setApiError(m_context, code, ERRFORM_TARNLIB, m_function, message, nullptr, 0, errorTrail.getText());
@@ -75,7 +82,7 @@ int Call::trail(int code, const char* message, const ByteString& errorTrail)
 
 int Call::noMemory(const char* slot)
 {
-    return fail(VRNO_ERR_MEMORY, formatted(u8"메모리를(%s) 할당하는데 실패하였습니다."_ksc, slot).getText());
+    return fail(VRNO_ERR_MEMORY, formatted(u8"메모리를(%s) 할당하는데 실패하였습니다."_ksc, slot));
 }
 
 int Call::wrongCertificate(PCertUtil2& cert)
@@ -86,6 +93,15 @@ int Call::wrongCertificate(PCertUtil2& cert)
 Call& Call::loaded()
 {
     if (m_code == 0 && !m_context->pLoadedCert) fail(VRNO_ERR_CERT_NOT_LOADED, u8"인증서가 로드되어있지 않습니다."_ksc);
+    return *this;
+}
+
+Call& Call::keySet()
+{
+    if (m_code != 0) return *this;
+    const VRNO_API_CTX& c = *m_context;
+    const bool set = c.nSymAlg && c.nSymMode && c.pSessionKey && c.pSessionIv;
+    if (!set) fail(VRNO_ERR_KEY_NOT_SET, u8"대칭키 알고리즘의 Key와 IV가 설정되지 않았습니다."_ksc);
     return *this;
 }
 
@@ -103,7 +119,7 @@ Call& Call::input(const char* text, const char* message)
 
 Call& Call::output(const void* pointer, const char* name)
 {
-    if (m_code == 0 && !pointer) fail(VRNO_ERR_ARGUMENT, formatted(u8"%s의 포인터가 NULL입니다."_ksc, name).getText());
+    if (m_code == 0 && !pointer) fail(VRNO_ERR_ARGUMENT, formatted(u8"%s의 포인터가 NULL입니다."_ksc, name));
     return *this;
 }
 
@@ -120,7 +136,7 @@ Call& Call::fits(const ByteString& text, const TextOut& out)
     if (m_code == 0 && text.getLength() >= out.size) {
         const int needed = text.getLength() + 1;
         fail(VRNO_ERR_BUFFER_TOO_SMALL,
-             formatted(u8"%s에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : %d)"_ksc, out.name, needed).getText());
+             formatted(u8"%s에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : %d)"_ksc, out.name, needed));
     }
     return *this;
 }
@@ -129,7 +145,7 @@ int Call::deliver(const ByteString& data, const RecordOut& out)
 {
     if (m_code != 0) return m_code;
     const int code = VRNO_BINSTR_SetData(data.getBytes(), static_cast<unsigned int>(data.getLength()), out.record);
-    return code == 0 ? 0 : fail(code, formatted("VRNO_BINSTR_SetData : %s", out.name).getText());
+    return code == 0 ? 0 : fail(code, formatted("VRNO_BINSTR_SetData : %s", out.name));
 }
 
 int Call::deliver(const ByteString& text, const TextOut& out)

@@ -55,6 +55,8 @@ public:
 
     // 1501 unless a certificate is loaded.
     Call& loaded();
+    // 5004 unless a session key is set.
+    Call& keySet();
     // 1004 with the message unless the record has data, or the text characters.
     Call& input(const VRNO_BINSTR* data, const char* message);
     Call& input(const char* text, const char* message);
@@ -72,6 +74,7 @@ public:
 
     // Each stores a failure and returns its code.
     int fail(int code, const char* message);
+    int fail(int code, const ByteString& message); // empty where the message was too long to be made
     int trail(int code, const char* message, const ByteString& errorTrail);
     int noMemory(const char* slot);
     int wrongCertificate(PCertUtil2& cert);

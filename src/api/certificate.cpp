@@ -35,7 +35,7 @@ int VRNO_CERT_GetVersion(VRNO_API_CTX* pCtx, int* pVersion)
 {
     Call call(pCtx);
     if (!call.loaded().output(NAMED(pVersion))) return call.code();
-    *pVersion = call.cert().getVersion() + 1;
+    *pVersion = static_cast<int>(static_cast<unsigned int>(call.cert().getVersion()) + 1); // any number may stand there
     return 0;
 }
 

@@ -23,7 +23,7 @@ int VRNO_MEDIA_DISK_ReadFile(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_B
     call.input(pszFilePath, u8"읽어들일 파일의 파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pData));
     if (!call) return call.code();
     if (readFile(pszFilePath, file) > 0) {
-        return call.fail(VRNO_ERR_FILE_READ, formatted(u8"\"%s\" 위치의 파일을 읽는데 실패하였습니다."_ksc, pszFilePath).getText());
+        return call.fail(VRNO_ERR_FILE_READ, formatted(u8"\"%s\" 위치의 파일을 읽는데 실패하였습니다."_ksc, pszFilePath));
     }
     if (file.getLength() == 0) return call.fail(VRNO_ERR_FILE_EMPTY, u8"비어있는 파일입니다."_ksc);
     return call.deliver(file, RecordOut{NAMED(pData)});
@@ -35,8 +35,7 @@ int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_B
     ByteString file;
     if (!call.input(pszFilePath, u8"파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pCert))) return call.code();
     if (readFile(pszFilePath, file) > 0) {
-        const ByteString place = formatted(u8"위치 : %s"_ksc, pszFilePath);
-        return call.fail(VRNO_ERR_CERT_READ, formatted(u8"인증서를 읽는데 실패하였습니다. (%s)"_ksc, place.getText()).getText());
+        return call.fail(VRNO_ERR_CERT_READ, formatted(u8"인증서를 읽는데 실패하였습니다. (위치 : %s)"_ksc, pszFilePath));
     }
     return call.deliver(file, RecordOut{NAMED(pCert)});
 }

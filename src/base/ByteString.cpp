@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace vrno {
 
@@ -53,7 +54,7 @@ int ByteString::setData(const void* data, int length)
     if (wanted) block = newBlock(length);
     if (block) copyBytes(block, data, length);
     clear();
-    if (!block) return wanted || length == INT_MAX ? outOfMemory : good;
+    if (!block) return wanted || (data != nullptr && length == INT_MAX) ? outOfMemory : good;
     m_pData = block;
     m_nLength = length;
     return good;
@@ -146,6 +147,29 @@ void ByteString::clear()
     m_pData = nullptr;
     m_nLength = 0;
     m_nError = good;
+}
+
+unsigned char* ByteString::makeRoom(int length)
+{
+    clear();
+    if (length < 0 || length == INT_MAX) return nullptr;
+    m_pData = newBlock(length);
+    if (m_pData) m_nLength = length;
+    return m_pData;
+}
+
+void ByteString::shorten(int length)
+{
+    if (length < 0 || length >= m_nLength) return;
+    m_nLength = length;
+    m_pData[length] = 0;
+}
+
+void ByteString::swap(ByteString& other)
+{
+    std::swap(m_nLength, other.m_nLength);
+    std::swap(m_pData, other.m_pData);
+    std::swap(m_nError, other.m_nError);
 }
 
 void ByteString::wipe()

@@ -53,6 +53,11 @@ public:
     bool operator!=(const char* text) const { return !(*this == text); }
 
     void clear();
+    // Replaces the content by a block of `length` bytes for the caller to fill; null, with the object empty, when there
+    // is no memory. shorten() then cuts it to what was filled.
+    unsigned char* makeRoom(int length);
+    void shorten(int length);
+    void swap(ByteString& other);
     // Overwrites the data with zeros, which no compiler drops; the length stays.
     void wipe();
 

@@ -30,6 +30,9 @@ void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char
 ByteString trailFrame(const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName, int nCode,
                       bool followed);
 
+// The code of a failure for want of memory where the step's own code would read as something else.
+inline constexpr int noMemoryCode = 9999;
+
 // An object that carries a trail: a value, a record, a utility or facade object.
 template <class T>
 concept Trailed = requires(T& object)

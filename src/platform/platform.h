@@ -73,6 +73,10 @@ private:
 #endif
 };
 
+// Forks of this process wait for the mutex, and leave it free in parent and child. For one mutex of the process; a
+// further call does nothing. Nothing to do where there is no fork.
+void holdDuringFork(Mutex& mutex);
+
 std::uint32_t processId();
 
 struct WallClock {

@@ -94,6 +94,17 @@ void Mutex::unlock()
     pthread_mutex_unlock(&m_native);
 }
 
+static constinit Mutex* heldDuringFork = nullptr;
+
+void holdDuringFork(Mutex& mutex)
+{
+    if (heldDuringFork) return;
+    heldDuringFork = &mutex;
+    const auto lock = [] { heldDuringFork->lock(); };
+    const auto unlock = [] { heldDuringFork->unlock(); };
+    pthread_atfork(lock, unlock, unlock);
+}
+
 std::uint32_t processId()
 {
     return static_cast<std::uint32_t>(getpid());

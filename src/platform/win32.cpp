@@ -81,6 +81,8 @@ void Mutex::unlock()
     ReleaseSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&m_native));
 }
 
+void holdDuringFork(Mutex&) {}
+
 std::uint32_t processId()
 {
     return GetCurrentProcessId();
