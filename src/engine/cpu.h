@@ -1,0 +1,32 @@
+// What the processor can do, and the choice among the bodies of a function that has several.
+#pragma once
+
+#include <cstddef>
+
+namespace vrno {
+
+enum class CpuFeature : unsigned {
+    none,          // what every processor has
+    shaExtensions, // the SHA-1 instructions of x86, with SSSE3 and SSE4.1 for the shuffles around them
+    gfni512,       // GFNI with AVX-512 F, BW and VL, whose registers the operating system saves
+};
+
+// Asks the processor on the first call only. From any thread.
+bool cpuHas(CpuFeature feature);
+
+// One body of a function, and what it needs. A table of them stands fastest first and ends in one that needs nothing.
+template <class Function> struct Kernel {
+    const char* name;
+    CpuFeature needs;
+    Function* run;
+};
+
+template <class Function, std::size_t count> Function* pick(const Kernel<Function> (&kernels)[count])
+{
+    for (const Kernel<Function>& kernel : kernels) {
+        if (cpuHas(kernel.needs)) return kernel.run;
+    }
+    return kernels[count - 1].run;
+}
+
+} // namespace vrno

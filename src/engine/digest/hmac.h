@@ -1,0 +1,22 @@
+// HMAC with SHA-1 (RFC 2104): a code of 20 bytes.
+#pragma once
+
+#include "engine/digest/sha1.h"
+
+namespace vrno {
+
+// A plain record, and as secret as the key: its owner wipes it. A copy made behind Init stands for the key, and takes a
+// message without the key's two blocks being hashed again.
+struct HMAC_State {
+    SHA1_State sha1;        // ipad and the message so far
+    unsigned char opad[64]; // the key, zero-filled, XOR 0x5C
+    SHA1_State outer;       // where the outer digest stands behind opad
+};
+
+// A key of up to 64 bytes is taken as it stands, a longer one by its digest. `key` may be null where its length is 0.
+void HMAC_Init(HMAC_State& state, const void* key, std::size_t keyLength);
+void HMAC_Update(HMAC_State& state, const void* data, std::size_t length); // as SHA1_Update
+// Writes 20 bytes outside the state, which then takes nothing but Init.
+void HMAC_Final(HMAC_State& state, unsigned char* mac);
+
+} // namespace vrno
