@@ -231,6 +231,30 @@ VRNO_API int VRNO_CERT_GetPubKey(VRNO_API_CTX* pCtx, int nBufLen, char* pszPubKe
 /* The octets of the signature in lower-case hexadecimal; 1005. */
 VRNO_API int VRNO_CERT_GetSignature(VRNO_API_CTX* pCtx, int nBufLen, char* pszSignature);
 
+/* ---- session cipher: SEED (RFC 4269) in CBC mode ---- */
+
+/* The algorithm code of these functions: SEED with a key and an IV of 16 bytes each. */
+enum { VRNO_SYM_SEED = 48 };
+
+/* Draws a new session key and IV, in place of those that are there. nAlgorithm: VRNO_SYM_SEED.
+ * 0; 1001; 5000, 5001 with the old key kept; 1002 with no key set. */
+VRNO_API int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm);
+
+/* Sets the session key and IV. 0; 1001; 1004 pKey not valid, pIV not valid; 5000 nAlgorithm is not VRNO_SYM_SEED; 5002
+ * the key is not 16 bytes, 5003 the IV is not, all with the old key kept; 1002 with no key set. */
+VRNO_API int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR* pKey, const VRNO_BINSTR* pIV);
+
+/* The session key and IV as they were drawn or set; *pSymAlg is VRNO_SYM_SEED.
+ * 0; 1001; 1004 pSymAlg, pKey or pIV null; 5004 no key is set; 5000; 1002. */
+VRNO_API int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, VRNO_BINSTR* pIV);
+
+/* One message from the session IV on: equal messages give equal results. The padding fills up to the next multiple of 16
+ * bytes, with one whole block behind a multiple of 16. An input that is null or has no data is an empty message. The
+ * output may be the input's own record. Decryption knows a wrong key only by the padding.
+ * 0; 1001; 1004 the output is null; 5004 no key is set; 5005 or 5006; 5015; 1002. */
+VRNO_API int VRNO_CRYPT_Encrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pPlainText, VRNO_BINSTR* pCipherText);
+VRNO_API int VRNO_CRYPT_Decrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCipherText, VRNO_BINSTR* pPlainText);
+
 /* ---- files ---- */
 
 /* Reads a file whole. The path is passed to the system byte for byte.

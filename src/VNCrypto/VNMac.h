@@ -1,0 +1,16 @@
+// Message authentication codes.
+#pragma once
+
+#include "base/Objects.h"
+
+namespace vrno {
+
+class VNMac : public VNObject {
+public:
+    static constexpr const char* className = "VNMac";
+
+    // HMAC-SHA-1 of the data, 20 bytes. 1: algorithm not supported, 3: the engine failed.
+    int GenerateMAC(int nAlgID, ByteString& key, ByteString& data, ByteString& out);
+};
+
+} // namespace vrno

@@ -1,0 +1,188 @@
+// VRNO_CRYPT_*: the session key of a context, and SEED-CBC with it.
+#include "api/crypt.h"
+
+#include "VNCrypto/VNCodes.h"
+#include "VNCrypto/VNEncrypt.h"
+#include "VNCrypto/VNRandom.h"
+
+#include <climits>
+#include <new>
+
+using namespace vrno;
+
+namespace {
+
+constexpr int keyLength = 16, ivLength = 16;
+constexpr unsigned char chainedFlag = 2, otherPaddingFlag = 4; // of ucFlags
+
+// Puts a new object into a slot of the context; 1002 when there is no memory.
+int newSlot(Call& call, ByteString*& slot, const char* name)
+{
+    slot = new (std::nothrow) ByteString;
+    return slot ? 0 : call.noMemory(name);
+}
+
+int assign(Call& call, ByteString& slot, const ByteString& value, const char* name)
+{
+    slot = value;
+    return slot.getError() > 0 ? call.noMemory(name) : 0;
+}
+
+void drop(ByteString*& slot)
+{
+    delete slot;
+    slot = nullptr;
+}
+
+} // namespace
+
+int vrno::installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, const ByteString& key, const ByteString& iv)
+{
+    VRNO_API_CTX& context = call.context();
+    drop(context.pSessionKey);
+    drop(context.pSessionIv);
+    drop(context.pChangedKey);
+    drop(context.pChangedIv);
+    if (const int code = newSlot(call, context.pSessionKey, "pApiCtx->pSessionKey")) return code;
+    if (const int code = newSlot(call, context.pSessionIv, "pApiCtx->pSessionIv")) return code;
+    if (const int code = newSlot(call, context.pChangedIv, "pApiCtx->pChangedIv")) return code;
+    int code = assign(call, *context.pSessionKey, key, "pApiCtx->pSessionKey");
+    if (code == 0) code = assign(call, *context.pSessionIv, iv, "pApiCtx->pSessionIv");
+    if (code == 0) code = assign(call, *context.pChangedIv, iv, "pApiCtx->pChangedIv");
+    if (code != 0) {
+        drop(context.pSessionKey); // so that no key counts as set
+        return code;
+    }
+    context.nSymMode = nFacadeMode;
+    context.nSymAlg = nFacadeAlg;
+    return 0;
+}
+
+// ---- the key ----
+
+static Call& supports(Call& call, int nAlgorithm)
+{
+    if (call && nAlgorithm != VRNO_SYM_SEED) call.fail(VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
+    return call;
+}
+
+int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm)
+{
+    Call call(pCtx);
+    if (!supports(call, nAlgorithm)) return call.code();
+    VNRandom random;
+    ByteString drawn;
+    if (random.GenerateRandom(VNAlgorithm::random(), keyLength + ivLength, drawn) > 0) {
+        return call.trail(VRNO_ERR_RANDOM, u8"랜덤값을 생성하는데 실패하였습니다."_ksc, random.getErrorTrail());
+    }
+    ByteString key(drawn.getBytes(), keyLength), iv(drawn.getBytes() + keyLength, ivLength);
+    drawn.wipe();
+    if (key.getError() > 0 || iv.getError() > 0) return call.noMemory("pApiCtx->pSessionKey");
+    installSessionKey(call, VNAlgorithm::seed(), vnCbc, key, iv);
+    key.wipe();
+    return call.code();
+}
+
+int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR* pKey, const VRNO_BINSTR* pIV)
+{
+    Call call(pCtx);
+    ByteString key, iv;
+    call.input(pKey, u8"대칭키 암복호화에 사용될 key(pKey)를 지정하세요."_ksc);
+    call.input(pIV, u8"대칭키 암복호화에 사용될 IV(pIV)를 지정하세요."_ksc);
+    if (!supports(call, nAlgorithm)) return call.code();
+    if (pKey->nLen != keyLength) return call.fail(VRNO_ERR_KEY_LENGTH, u8"SEED 알고리즘은 16바이트의 Key가 필요합니다."_ksc);
+    if (pIV->nLen != ivLength) return call.fail(VRNO_ERR_IV_LENGTH, u8"SEED 알고리즘은 16바이트의 IV가 필요합니다."_ksc);
+    if (!call.copy(NAMED(pKey), key).copy(NAMED(pIV), iv)) return call.code();
+    installSessionKey(call, VNAlgorithm::seed(), vnCbc, key, iv);
+    key.wipe();
+    return call.code();
+}
+
+int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, VRNO_BINSTR* pIV)
+{
+    Call call(pCtx);
+    if (!call.output(NAMED(pSymAlg)).output(NAMED(pKey)).output(NAMED(pIV)).keySet()) return call.code();
+    if (pCtx->nSymAlg != VNAlgorithm::seed()) return call.fail(VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
+    *pSymAlg = VRNO_SYM_SEED;
+    call.deliver(*pCtx->pSessionKey, RecordOut{pKey, "key"});
+    return call.deliver(*pCtx->pSessionIv, RecordOut{pIV, "iv"});
+}
+
+// ---- the cipher ----
+
+namespace {
+
+using Whole = int (VNEncrypt::*)(int, int, ByteString&, ByteString&, const unsigned char*, int, ByteString&, int);
+
+// What the two directions differ in.
+struct Direction {
+    Whole whole, chained;
+    int code;
+    const char* message;
+    const char* inputName;
+    const char* outputName;
+};
+
+constexpr Direction encryption{&VNEncrypt::EncryptData,
+                               &VNEncrypt::EncryptData_NoGenKey,
+                               VRNO_ERR_ENCRYPT,
+                               u8"데이터를 암호화하는데 실패하였습니다."_ksc,
+                               "pPlainText",
+                               "cipherText"};
+constexpr Direction decryption{&VNEncrypt::DecryptData, &VNEncrypt::DecryptData_NoGenKey,
+                               VRNO_ERR_DECRYPT,        u8"데이터를 복호화하는데 실패하였습니다."_ksc,
+                               "pCipherText",           "plainText"};
+
+// The expanded key of the chained path, made when it is first needed.
+int expandKey(Call& call, VNEncrypt& cipher)
+{
+    VRNO_API_CTX& context = call.context();
+    if (context.pChangedKey) return 0;
+    if (const int code = newSlot(call, context.pChangedKey, "pApiCtx->pChangedKey")) return code;
+    if (cipher.GenerateKey(context.nSymAlg, *context.pSessionKey, *context.pChangedKey) == 0) return 0;
+    drop(context.pChangedKey);
+    return call.trail(VRNO_ERR_KEY_EXPAND, u8"키를 생성하는데 실패하였습니다."_ksc, cipher.getErrorTrail());
+}
+
+// An absent input counts as an empty one. It is not copied: the cipher reads it where it lies, and it may be the output
+// record's own, which is released only when the result stands.
+int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRNO_BINSTR* out)
+{
+    VRNO_API_CTX& context = call.context();
+    static constexpr unsigned char nothing = 0;
+    const bool empty = !in || !in->pData || !in->nLen;
+    if (!empty && in->nLen > INT_MAX) return call.noMemory(direction.inputName);
+    const unsigned char* const data = empty ? &nothing : in->pData;
+    const int length = empty ? 0 : static_cast<int>(in->nLen);
+    const int padding = (context.ucFlags & otherPaddingFlag) ? vnPadLengthMinusOne : vnPadLength;
+
+    VNEncrypt cipher;
+    ByteString result;
+    int failed = 0;
+    if (context.ucFlags & chainedFlag) {
+        if (const int code = expandKey(call, cipher)) return code;
+        failed = (cipher.*direction.chained)(context.nSymAlg, context.nSymMode, *context.pChangedKey, *context.pChangedIv, data,
+                                             length, result, padding);
+    } else {
+        failed = (cipher.*direction.whole)(context.nSymAlg, context.nSymMode, *context.pSessionKey, *context.pSessionIv, data,
+                                           length, result, padding);
+    }
+    if (failed > 0) return call.trail(direction.code, direction.message, cipher.getErrorTrail());
+    return call.deliver(result, RecordOut{out, direction.outputName});
+}
+
+} // namespace
+
+int VRNO_CRYPT_Encrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pPlainText, VRNO_BINSTR* pCipherText)
+{
+    Call call(pCtx);
+    if (!call.output(NAMED(pCipherText)).keySet()) return call.code();
+    return runCipher(call, encryption, pPlainText, pCipherText);
+}
+
+int VRNO_CRYPT_Decrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCipherText, VRNO_BINSTR* pPlainText)
+{
+    Call call(pCtx);
+    if (!call.output(NAMED(pPlainText)).keySet()) return call.code();
+    return runCipher(call, decryption, pCipherText, pPlainText);
+}

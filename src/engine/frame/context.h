@@ -1,0 +1,110 @@
+// The record of one public operation, the slots through which it reaches its algorithm, and the binders that fill them.
+#pragma once
+
+#include "engine/digest/hmac.h"
+#include "engine/digest/md5.h"
+#include "engine/digest/sha1.h"
+#include "engine/frame/zirc.h"
+
+#include <cstdint>
+
+namespace vrno {
+
+struct ZIRC_Context;
+
+enum ZIRC_Class : unsigned int { ZIRC_CLASS_SYMMETRIC = 0, ZIRC_CLASS_ASYMMETRIC = 1 };
+enum ZIRC_HashId : unsigned int { hashMd5 = 0, hashSha1 = 1 };
+
+// Slots return 0 for success and 1 for failure. One that its algorithm does not fill refuses.
+struct Slots {
+    // Output, its length, seed, its length.
+    int (*fnRandom)(ZIRC_Context&, unsigned char*, int, const unsigned char*, int) = nullptr;
+    // Schedule, user key.
+    int (*fnGenerateKey)(ZIRC_Context&, unsigned char*, const unsigned char*) = nullptr;
+    // Public blob, its in/out length, private blob, its in/out length, exponent parameter, its length.
+    int (*fnGenerateKeyPair)(ZIRC_Context&, unsigned char*, int*, unsigned char*, int*, const unsigned char*, int) = nullptr;
+    // Into keyArea, from a schedule or a blob and its length.
+    int (*fnSetKey)(ZIRC_Context&, const unsigned char*, int) = nullptr;
+    int (*fnSetPublicKey)(ZIRC_Context&, const unsigned char*, int) = nullptr;
+    int (*fnSetPrivateKey)(ZIRC_Context&, const unsigned char*, int) = nullptr;
+    // Mode, output, in/out length, input, its length.
+    int (*fnEncrypt)(ZIRC_Context&, int, unsigned char*, int*, const unsigned char*, int) = nullptr;
+    int (*fnDecrypt)(ZIRC_Context&, int, unsigned char*, int*, const unsigned char*, int) = nullptr;
+    // Signature and its in/out length, over what waits in stagingBuffer.
+    int (*fnSign)(ZIRC_Context&, unsigned char*, int*) = nullptr;
+    int (*fnVerify)(ZIRC_Context&, const unsigned char*, int) = nullptr;
+    int (*fnDigestInit)(ZIRC_Context&) = nullptr;
+    int (*fnDigestUpdate)(ZIRC_Context&, const unsigned char*, int) = nullptr;
+    int (*fnDigestFinal)(ZIRC_Context&, unsigned char*, int*) = nullptr;
+    int (*fnMacInit)(ZIRC_Context&, const unsigned char*, int) = nullptr;
+    int (*fnMacUpdate)(ZIRC_Context&, const unsigned char*, int) = nullptr;
+    int (*fnMacFinal)(ZIRC_Context&, unsigned char*, int*) = nullptr;
+};
+
+// The size fields of an algorithm.
+struct Sizes {
+    int nKeyLen = 0;          // symmetric class: bytes of the schedule
+    int nMinPublicKeyLen = 0; // lowest accepted lengths of key blobs: bounds only, the parser does the checking
+    int nMinPrivateKeyLen = 0;
+    int nUserKeyLen = 0; // bytes of user key that ZIRC_GenerateKey needs
+    int nIvLen = 0;
+    int nInputBlockLen = 0;  // block size; RSA: largest plaintext of one operation
+    int nOutputBlockLen = 0; // block size; RSA: bytes of the modulus; digest or MAC: its size
+    int nKeyBits = 0;        // bits of the modulus, or of p
+    int nPrimeCount = 0;     // RSA: for the making of keys
+};
+
+inline constexpr int stagingLength = 1000;
+
+// Zeroed when it is made and wiped before it is released.
+struct ZIRC_Context {
+    unsigned int nClass = ZIRC_CLASS_SYMMETRIC;
+    Sizes sizes;
+    unsigned int nHashId = hashMd5;
+    alignas(8) unsigned char keyArea[seedScheduleLength] = {}; // the schedule
+    union {
+        SHA1_State sha1;
+        MD5_State md5;
+    } digestState = {};
+    HMAC_State macState = {};
+    Slots slots;
+    unsigned char iv[seedBlockLength] = {};
+    unsigned char stagingBuffer[stagingLength] = {}; // input waiting for the primitive, or what is to be signed
+    int nBuffered = 0;                               // bytes in stagingBuffer
+    int nError = ZIRC_OK;                            // last base code
+};
+
+// Stores a base code; always 1, so that a failing path returns what this returns.
+int ZIRC_SetError(ZIRC_Context& context, int code);
+
+// Each fills in what its kind of operation needs of the id's row, or refuses with ZIRC_INVALID_ALGORITHM.
+int bindCipher(ZIRC_Context& context, int nAlgID, int mode); // ZIRC_INVALID_MODE for SEED in any mode but CBC
+int bindHash(ZIRC_Context& context, int nAlgID);
+int bindSignature(ZIRC_Context& context, int nAlgID);
+int bindMAC(ZIRC_Context& context, int nAlgID);
+int bindRandom(ZIRC_Context& context, int nAlgID);
+
+// ---- the stages, which a public operation runs one after the other ----
+
+int ZIRC_EncryptInit(ZIRC_Context&, const unsigned char* key, int keyLength, int nAlgID, int nEncMode, const unsigned char* iv,
+                     int ivLength);
+int ZIRC_EncryptUpdate(ZIRC_Context&, unsigned char* key, int keyLength, int nEncMode, unsigned char* output, int* outputLength,
+                       const unsigned char* input, int inputLength);
+int ZIRC_EncryptFinal(ZIRC_Context&, int nEncMode, unsigned char* output, int* outputLength, int nPaddintType);
+int ZIRC_DecryptInit(ZIRC_Context&, const unsigned char* key, int keyLength, int nAlgID, int nEncMode, const unsigned char* iv,
+                     int ivLength);
+int ZIRC_DecryptUpdate(ZIRC_Context&, unsigned char* key, int keyLength, int nEncMode, unsigned char* output, int* outputLength,
+                       const unsigned char* input, int inputLength);
+int ZIRC_DecryptFinal(ZIRC_Context&, int nEncMode, unsigned char* output, int* outputLength, int nPaddintType);
+int ZIRC_DigestInit(ZIRC_Context&, int nAlgID);
+int ZIRC_DigestUpdate(ZIRC_Context&, const unsigned char* input, int inputLength);
+int ZIRC_DigestFinal(ZIRC_Context&, unsigned char* output, int* outputLength);
+int ZIRC_MACInit(ZIRC_Context&, const unsigned char* key, int keyLength, int nAlgID);
+int ZIRC_MACUpdate(ZIRC_Context&, const unsigned char* input, int inputLength);
+int ZIRC_MACFinal(ZIRC_Context&, unsigned char* output, int* outputLength);
+int ZIRC_SignInit(ZIRC_Context&, const unsigned char* key, int keyLength, int nAlgID);
+int ZIRC_SignFinal(ZIRC_Context&, const unsigned char* key, int keyLength, unsigned char* output, int* outputLength);
+int ZIRC_VerifyInit(ZIRC_Context&, const unsigned char* key, int keyLength, int nAlgID);
+int ZIRC_VerifyFinal(ZIRC_Context&, const unsigned char* key, int keyLength, const unsigned char* signature, int signatureLength);
+
+} // namespace vrno

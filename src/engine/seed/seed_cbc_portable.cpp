@@ -1,0 +1,33 @@
+// CBC decryption in plain C++. The rounds of one block are one long chain of table lookups; several blocks side by side
+// keep the processor busy while each waits for its own.
+#include "engine/seed/seed_kernels.h"
+#include "engine/seed/seed_round.h"
+
+namespace vrno {
+
+using namespace seed;
+
+// Takes whole groups of N blocks off the front.
+template <std::size_t N>
+static void decryptGroups(const SEED_Schedule& schedule, unsigned char*& output, const unsigned char*& input, std::size_t& blocks,
+                          Block& chain)
+{
+    for (; blocks >= N; blocks -= N, input += N * SEED_BLOCK, output += N * SEED_BLOCK) {
+        Block cipher[N], plain[N];
+        for (std::size_t i = 0; i < N; ++i) plain[i] = cipher[i] = loadBlock(input + i * SEED_BLOCK);
+        rounds<false>(schedule, plain);
+        for (std::size_t i = 0; i < N; ++i) storeBlock(output + i * SEED_BLOCK, plain[i] ^ (i == 0 ? chain : cipher[i - 1]));
+        chain = cipher[N - 1];
+    }
+}
+
+void seedCbcDecryptPortable(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t blocks,
+                            unsigned char* chainingValue)
+{
+    Block chain = loadBlock(chainingValue);
+    decryptGroups<4>(schedule, output, input, blocks, chain);
+    decryptGroups<1>(schedule, output, input, blocks, chain);
+    storeBlock(chainingValue, chain);
+}
+
+} // namespace vrno
