@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+
 namespace vrno::platform {
 
 // ---- files ----
@@ -94,14 +96,13 @@ void Mutex::unlock()
     pthread_mutex_unlock(&m_native);
 }
 
-static constinit Mutex* heldDuringFork = nullptr;
+static constinit std::atomic<Mutex*> heldDuringFork = nullptr;
 
 void holdDuringFork(Mutex& mutex)
 {
-    if (heldDuringFork) return;
-    heldDuringFork = &mutex;
-    const auto lock = [] { heldDuringFork->lock(); };
-    const auto unlock = [] { heldDuringFork->unlock(); };
+    if (heldDuringFork.exchange(&mutex)) return;
+    const auto lock = [] { heldDuringFork.load()->lock(); };
+    const auto unlock = [] { heldDuringFork.load()->unlock(); };
     pthread_atfork(lock, unlock, unlock);
 }
 
