@@ -12,7 +12,7 @@ namespace vrno::seed {
 
 inline std::uint32_t G(std::uint32_t x)
 {
-    return SS0[x & 0xFF] ^ SS1[x >> 8 & 0xFF] ^ SS2[x >> 16 & 0xFF] ^ SS3[x >> 24];
+    return (SS0[x & 0xFF] ^ SS3[x >> 24]) ^ (SS1[x >> 8 & 0xFF] ^ SS2[x >> 16 & 0xFF]);
 }
 
 struct Block {
