@@ -168,9 +168,7 @@ TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
     for (const auto& row : table) {
         SCOPED_TRACE(std::string(row.function) + " " + row.message);
         Context context;
-        if (row.loaded) {
-            ASSERT_EQ(context.load(hong), 0);
-        }
+        if (row.loaded) { ASSERT_EQ(context.load(hong), 0); }
         EXPECT_EQ(row.call(nullptr), 1001);
         vrno::setApiError(context, 1, 0, nullptr, "stale", nullptr, 0, nullptr);
         EXPECT_EQ(row.call(context), row.code);
@@ -200,8 +198,7 @@ TEST(Frame, TextGettersKeepTheirContract)
         std::string buffer(text.size() + 8, 'x');
         for (const int size : {exact - 1, 0, -1}) {
             EXPECT_EQ(getter.get(context, size, buffer.data()), 1005);
-            EXPECT_EQ(context.error(), prefix + getter.output +
-                                           "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : " + std::to_string(exact) + ")");
+            EXPECT_EQ(context.error(), prefix + getter.output + "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : " + std::to_string(exact) + ")");
             EXPECT_EQ(buffer, std::string(buffer.size(), 'x'));
         }
         EXPECT_EQ(getter.get(context, exact, buffer.data()), 0);

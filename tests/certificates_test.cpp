@@ -39,8 +39,7 @@ template <class T> std::string encoded(int (*encode)(const T*, unsigned char**),
 
 std::string hexOf(const ASN1_STRING* octets)
 {
-    return hex(
-        {reinterpret_cast<const char*>(ASN1_STRING_get0_data(octets)), static_cast<std::size_t>(ASN1_STRING_length(octets))});
+    return hex({reinterpret_cast<const char*>(ASN1_STRING_get0_data(octets)), static_cast<std::size_t>(ASN1_STRING_length(octets))});
 }
 
 std::time_t instant(const ASN1_TIME* time)
@@ -128,8 +127,7 @@ TEST(Certificates, OfTheSystemReadAsOpenSSLReadsThem)
         unsigned char* out = nullptr;
         const int length = i2d_re_X509_tbs(x.get(), &out);
         const std::unique_ptr<unsigned char, Freed> owner(out);
-        EXPECT_EQ(hex(bytes(record.getTBSCertificate().toASN1Object())),
-                  hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(length)}));
+        EXPECT_EQ(hex(bytes(record.getTBSCertificate().toASN1Object())), hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(length)}));
         ++shown;
     }
     EXPECT_GT(shown, 20);
@@ -149,12 +147,11 @@ TEST(Certificates, SampleShowsHangul)
 
 // ---- certificates in notation, for what the real ones do not show ----
 
-static std::string certificate(const std::string& version, const std::string& algorithm, const std::string& keyOid,
-                               const std::string& extensions)
+static std::string certificate(const std::string& version, const std::string& algorithm, const std::string& keyOid, const std::string& extensions)
 {
     const std::string name = "30{31{30{06{550403} 13{\"A\"}}}}", utc = "17{\"0401011200Z\"}";
-    return der("30{30{" + version + "020200C3 30{06{" + algorithm + "}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{" +
-               keyOid + "}} 0302003F}" + extensions + "} 30{06{2A03}} 0303004142}");
+    return der("30{30{" + version + "020200C3 30{06{" + algorithm + "}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{" + keyOid + "}} 0302003F}" +
+               extensions + "} 30{06{2A03}} 0303004142}");
 }
 
 TEST(Certificates, FieldsOfEveryKind)
@@ -202,10 +199,9 @@ TEST(Certificates, ABrokenFieldSpoilsOnlyItsOwnGetter)
     int code = 0;
     getText(context, VRNO_CERT_GetSignatureAlgorithm, code);
     EXPECT_EQ(code, 1500);
-    EXPECT_EQ(placeless(context.error()),
-              "[VRNO_CERT_GetSignatureAlgorithm] 잘못된 인증서 형식입니다. <tarnlib> "
-              "PCertUtil2::getSignatureAlgorithm-pSignature(2),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),"
-              "ASN1ObjectIdentifier::getOID-nOID(1),ASN1 OID Format Error");
+    EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetSignatureAlgorithm] 잘못된 인증서 형식입니다. <tarnlib> "
+                                          "PCertUtil2::getSignatureAlgorithm-pSignature(2),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),"
+                                          "ASN1ObjectIdentifier::getOID-nOID(1),ASN1 OID Format Error");
     getText(context, VRNO_CERT_GetIssuerName, code);
     EXPECT_EQ(code, 1500);
     EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetIssuerName] 잘못된 인증서 형식입니다. <tarnlib> "
@@ -218,8 +214,7 @@ TEST(Certificates, AFailedLoadLeavesNoneLoaded)
 {
     Context context;
     const std::string good = readFile(SAMPLES "/hong.der");
-    for (const std::string& bad :
-         {std::string("-----BEGIN CERTIFICATE-----"), good.substr(0, good.size() - 1), std::string("\x30", 1)}) {
+    for (const std::string& bad : {std::string("-----BEGIN CERTIFICATE-----"), good.substr(0, good.size() - 1), std::string("\x30", 1)}) {
         ASSERT_EQ(context.load(good), 0);
         EXPECT_EQ(context.load(bad), 1500);
         EXPECT_EQ(context.error().find("[VRNO_CERT_Load] 잘못된 인증서 형식입니다. <tarnlib> ["), 0U);
@@ -262,9 +257,7 @@ TEST(Extensions, AreFoundAbsentOrBroken)
         EXPECT_EQ(loaded.getLastError(), row.status);
         EXPECT_EQ(hex(bytes(other.getExtensionValue(cert, row.oid))), row.value);
         EXPECT_EQ(other.getLastError(), row.status);
-        if (row.status) {
-            EXPECT_EQ(innermost(bytes(loaded.getErrorTrail())), row.message);
-        }
+        if (row.status) { EXPECT_EQ(innermost(bytes(loaded.getErrorTrail())), row.message); }
     }
     vrno::PCertUtil2 none;
     vrno::ByteString garbage = byteString("garbage");

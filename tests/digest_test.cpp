@@ -25,8 +25,7 @@ template <class State> using Update = void (*)(State&, const void*, std::size_t)
 template <class State> using Final = void (*)(State&, unsigned char*);
 
 // Goes on from a copy of the state.
-template <class State>
-std::string finish(State state, const Pieces& pieces, Update<State> update, Final<State> final, std::size_t length)
+template <class State> std::string finish(State state, const Pieces& pieces, Update<State> update, Final<State> final, std::size_t length)
 {
     std::string out(length, '\0');
     for (const std::string& piece : pieces) update(state, piece.data(), piece.size());
@@ -84,8 +83,7 @@ std::string ofOpenssl(const std::string& name, const std::string& key, const std
     std::size_t length = 0;
     const auto* const from = reinterpret_cast<const unsigned char*>(data.data());
     if (name == "HMAC") {
-        EXPECT_TRUE(
-            EVP_Q_mac(nullptr, "HMAC", nullptr, "SHA1", nullptr, key.data(), key.size(), from, data.size(), out, 20, &length));
+        EXPECT_TRUE(EVP_Q_mac(nullptr, "HMAC", nullptr, "SHA1", nullptr, key.data(), key.size(), from, data.size(), out, 20, &length));
     } else {
         EXPECT_TRUE(EVP_Q_digest(nullptr, name.c_str(), nullptr, from, data.size(), out, &length));
     }

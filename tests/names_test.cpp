@@ -51,9 +51,7 @@ TEST(Names, GeneralNameGivesEachForm)
         const std::string value = hex(bytes((name.*row.get)()));
         EXPECT_EQ(name.getLastError(), row.value ? 0 : 1);
         EXPECT_EQ(value, row.value ? row.value : "");
-        if (!row.value) {
-            EXPECT_EQ(outermost(bytes(name.getErrorTrail())), row.frame);
-        }
+        if (!row.value) { EXPECT_EQ(outermost(bytes(name.getErrorTrail())), row.frame); }
     }
 }
 

@@ -64,8 +64,7 @@ TEST(Records, TBSCertificateKnowsItsOptionalParts)
     const std::string name = "30{31{30{06{550406} 13{\"KR\"}}}}", utc = "17{\"0401011200Z\"}";
     const std::string six = "0203FFC302 30{06{2A03}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{2A03}} 030100}";
     RTBSCertificate tbs;
-    ByteString full = byteString(der("30{A0{020102}" + six + "A3{30{30{06{2A03} 0401AA}}}}")),
-               bare = byteString(der("30{" + six + "}"));
+    ByteString full = byteString(der("30{A0{020102}" + six + "A3{30{30{06{2A03} 0401AA}}}}")), bare = byteString(der("30{" + six + "}"));
     ASSERT_EQ(tbs.fromASN1Object(full), 0);
     EXPECT_EQ(tbs.m_ucBitMask, 0x09);
     EXPECT_EQ(tbs.getVersion(), 2);

@@ -181,8 +181,7 @@ const std::vector<NamedGetter> textGetters = {
 std::string getText(VRNO_API_CTX* context, TextGetter get, int& code)
 {
     std::string text(1 << 16, '\0');
-    while ((code = get(context, static_cast<int>(text.size()), text.data())) == VRNO_ERR_BUFFER_TOO_SMALL)
-        text.resize(2 * text.size());
+    while ((code = get(context, static_cast<int>(text.size()), text.data())) == VRNO_ERR_BUFFER_TOO_SMALL) text.resize(2 * text.size());
     return text.c_str();
 }
 
@@ -190,14 +189,10 @@ std::vector<Result> useCertificate(const std::string& certificate)
 {
     std::string text(1 << 14, '\0'), other(20, '\0');
     std::vector<Result> results;
-    VRNO_BINSTR in{reinterpret_cast<unsigned char*>(const_cast<char*>(certificate.data())),
-                   static_cast<unsigned>(certificate.size())},
-        out;
+    VRNO_BINSTR in{reinterpret_cast<unsigned char*>(const_cast<char*>(certificate.data())), static_cast<unsigned>(certificate.size())}, out;
     VRNO_BINSTR_Create(&out);
     const auto gaveText = [&](int code) { results.push_back({code, code == 0 ? std::string(text.c_str()) + other.c_str() : ""}); };
-    const auto gaveData = [&](int code) {
-        results.push_back({code, code == 0 ? std::string(reinterpret_cast<char*>(out.pData), out.nLen) : ""});
-    };
+    const auto gaveData = [&](int code) { results.push_back({code, code == 0 ? std::string(reinterpret_cast<char*>(out.pData), out.nLen) : ""}); };
     VRNO_API_CTX* context = nullptr;
     results.push_back({VRNO_API_Init(&context, "/"), ""});
     if (results.back().code == 0) {
@@ -209,6 +204,13 @@ std::vector<Result> useCertificate(const std::string& certificate)
         gaveData(VRNO_CERT_GetSubjectName_DERFormat(context, &out));
         gaveData(VRNO_BASE64_Encode(context, &in, &out));
         gaveData(VRNO_BASE64_Decode(context, &out, &out)); // an output may be the input
+        unsigned char sixteen[] = "sixteen bytes...";
+        const VRNO_BINSTR key{sixteen, 16};
+        results.push_back({VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED), ""});
+        results.push_back({VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, &key, &key), ""});
+        if (results.back().code == 0) gaveData(VRNO_CRYPT_Encrypt(context, &in, &out));
+        context->ucFlags |= 2; // the chained path
+        if (results.back().code == 0) gaveData(VRNO_CRYPT_Decrypt(context, &out, &out));
     }
     VRNO_API_Finish(&context);
     VRNO_BINSTR_Delete(&out);

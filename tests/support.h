@@ -94,7 +94,7 @@ extern const std::vector<NamedGetter> textGetters;
 // The text of a getter, whatever its length; the code in `code`.
 std::string getText(VRNO_API_CTX* context, TextGetter get, int& code);
 
-// Every call that a user makes on one certificate's bytes, from the context's birth to its end: each code, and where it
+// What a user does with one certificate's bytes, and with a session key, from the context's birth to its end: each code, and where it
 // is 0 what the call gave.
 struct Result {
     int code;
