@@ -1,7 +1,10 @@
-// Allocations that fail on demand: the linker sends malloc and calloc here, and operator new is ours. And what
+// What fails on demand: the linker sends malloc, calloc and getrandom here, and operator new is ours. And what
 // ThreadSanitizer must know.
 #include "support.h"
 
+#include <sys/types.h>
+
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -22,7 +25,16 @@ bool refuses(std::size_t size)
 
 } // namespace
 
+static thread_local bool givesNoRandomBytes = false;
+
 extern "C" {
+ssize_t __real_getrandom(void* out, std::size_t length, unsigned flags);
+ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
+{
+    if (!givesNoRandomBytes) return __real_getrandom(out, length, flags);
+    errno = ENOSYS;
+    return -1;
+}
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_malloc(std::size_t size)
@@ -101,6 +113,16 @@ FailingAllocation::~FailingAllocation()
 long FailingAllocation::count()
 {
     return counted;
+}
+
+NoRandomBytes::NoRandomBytes()
+{
+    givesNoRandomBytes = true;
+}
+
+NoRandomBytes::~NoRandomBytes()
+{
+    givesNoRandomBytes = false;
 }
 
 std::size_t FailingAllocation::size()

@@ -158,7 +158,7 @@ TEST(SessionCipher, KeysAreSetDrawnAndRead)
 TEST(SessionCipher, ChecksComeInTheirOrderWithTheirTexts)
 {
     BinStr k15(std::string(15, 'k')), k16(std::string(16, 'k')), k17(std::string(17, 'k')), out;
-    VRNO_BINSTR huge{reinterpret_cast<unsigned char*>(&huge), 0x80000000U};
+    VRNO_BINSTR huge{reinterpret_cast<unsigned char*>(&huge), 0x7FFFFFFFU};
     int algorithm = 0;
     const char* const keyText = "대칭키 암복호화에 사용될 key(pKey)를 지정하세요.";
     // clang-format off
@@ -244,4 +244,19 @@ TEST(SessionCipher, FlagsChooseChainAndPadding)
     ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, one), 0);
     ASSERT_EQ(VRNO_CRYPT_Decrypt(context, one, one), 0);
     EXPECT_EQ(one.data(), in.data());
+}
+
+TEST(SessionCipher, AFailedInstallationLeavesNoKey)
+{
+    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), out;
+    for (long number = 1; number < 30; ++number) {
+        Context context;
+        ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
+        int code = 0;
+        {
+            const FailingAllocation fails(number);
+            code = number % 2 ? VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv) : VRNO_CRYPT_GenKeyAndIV(context, 48);
+        }
+        EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), code == 1002 ? 5004 : 0) << number;
+    }
 }

@@ -117,4 +117,13 @@ public:
     static std::size_t size(); // their bytes
 };
 
+// While an object lives, the system gives no random bytes.
+class NoRandomBytes {
+public:
+    NoRandomBytes();
+    ~NoRandomBytes();
+    NoRandomBytes(const NoRandomBytes&) = delete;
+    NoRandomBytes& operator=(const NoRandomBytes&) = delete;
+};
+
 } // namespace test

@@ -38,23 +38,13 @@ namespace {
 
 constexpr int ivAreaLength = 32, outputSlack = 512;
 
-// A work area for a secret: zeroed when it is made, wiped when it goes.
-template <int length> struct SecretArea {
-    unsigned char bytes[length] = {};
-
-    SecretArea() = default;
-    SecretArea(const SecretArea&) = delete;
-    SecretArea& operator=(const SecretArea&) = delete;
-    ~SecretArea() { wipe(bytes, length); }
-
-    // Takes what fits; the count of bytes taken, 0 for more than that.
-    int take(const ByteString& from)
-    {
-        if (from.getLength() > length) return 0;
-        std::memcpy(bytes, from.getBytes(), static_cast<std::size_t>(from.getLength()));
-        return from.getLength();
-    }
-};
+// Takes what fits into the area; the count of bytes taken, 0 for more than that.
+template <std::size_t length> int take(SecretArea<length>& area, const ByteString& from)
+{
+    if (from.getLength() > static_cast<int>(length)) return 0;
+    std::memcpy(area.bytes, from.getBytes(), static_cast<std::size_t>(from.getLength()));
+    return from.getLength();
+}
 
 // Room for the output of that much input; null when there is none.
 unsigned char* makeOutput(ByteString& block, int length)
@@ -100,10 +90,13 @@ int VNEncrypt::symmetricRoad(const Direction& direction, const Plan& plan, ByteS
 {
     SecretArea<GENKEY_MAX_LEN> schedule;
     SecretArea<ivAreaLength> ivArea;
-    const int ivLength = ivArea.take(iv); // none that is too long, which the engine then refuses
+    const int ivLength = take(ivArea, iv); // none that is too long, which the engine then refuses
     int scheduleLength = GENKEY_MAX_LEN;
+    ByteString pKey(key);
+    if (pKey.getError() > 0) return fail(*this, direction.keyCode, "pKey", "Memory(pKey) allocation is failed.", at);
     if (!plan.isKeyPairMode()) {
-        const int result = ZIRC_GenerateKey(schedule.bytes, &scheduleLength, plan.algorithm, key.getBytes(), key.getLength());
+        const int result = ZIRC_GenerateKey(schedule.bytes, &scheduleLength, plan.algorithm, pKey.getBytes(), pKey.getLength());
+        pKey.wipe();
         if (result != 0) return engineFailure(*this, direction.scheduleCode, direction.scheduleFailure, result, at);
     }
     ByteString block;
@@ -175,14 +168,14 @@ int VNEncrypt::chained(const Direction& direction, int nAlgID, int nMode, ByteSt
     unsigned char* const output = makeOutput(block, in.length);
     if (!output) return fail(*this, 5, "Momory allocation is failed.", "", at);
     SecretArea<ivAreaLength> ivArea;
-    const int ivLength = ivArea.take(iv);
+    const int ivLength = take(ivArea, iv);
     if (schedule.getLength() > GENKEY_MAX_LEN) {
         const ByteString what =
             formatted("The key(%d) is longer than GENKEY_MAX_LEN(%d).", schedule.getLength(), static_cast<int>(GENKEY_MAX_LEN));
         return fail(*this, 9, what.getText(), "", at);
     }
     SecretArea<GENKEY_MAX_LEN> scheduleArea;
-    const int scheduleLength = scheduleArea.take(schedule);
+    const int scheduleLength = take(scheduleArea, schedule);
     int length = block.getLength();
     const int result = direction.run(scheduleArea.bytes, scheduleLength, plan.algorithm, plan.mode, output, &length, in.data,
                                      in.length, ivArea.bytes, ivLength, plan.padding);
@@ -191,7 +184,7 @@ int VNEncrypt::chained(const Direction& direction, int nAlgID, int nMode, ByteSt
     out.swap(block);
     // Both keep their lengths, so the new bytes go into the blocks that are there.
     std::memcpy(schedule.mutableBytes(), scheduleArea.bytes, static_cast<std::size_t>(scheduleLength));
-    std::memcpy(iv.mutableBytes(), ivArea.bytes, static_cast<std::size_t>(ivLength));
+    if (ivLength > 0) std::memcpy(iv.mutableBytes(), ivArea.bytes, static_cast<std::size_t>(ivLength));
     return 0;
 }
 

@@ -1,6 +1,7 @@
 #include "VNCrypto/VNHash.h"
 
 #include "VNCrypto/VNFailure.h"
+#include "base/wipe.h"
 
 namespace vrno {
 
@@ -8,12 +9,13 @@ int VNHash::DigestData(int nAlgID, ByteString& in, ByteString& out, int nIterati
 {
     int engine = 0;
     if (const int code = mapAlgorithm(*this, nAlgID, engine, Here::now())) return code;
-    unsigned char digest[256];
-    int length = sizeof digest;
+    SecretArea<256> area; // of a password, the digest may be the key
+    unsigned char* const digest = area.bytes;
+    int length = sizeof area.bytes;
     int result = ZIRC_DigestData(engine, digest, &length, in.getBytes(), in.getLength());
     if (result != 0) return engineFailure(*this, 4, "ZIRC_DigestData", result);
     for (int i = 1; i < nIterations; ++i) {
-        int room = sizeof digest;
+        int room = sizeof area.bytes;
         result = ZIRC_DigestData(engine, digest, &room, digest, length);
         if (result != 0) return engineFailure(*this, 3, "ZIRC_DigestData", result);
         length = room;

@@ -1,6 +1,7 @@
 #include "VNCrypto/VNMac.h"
 
 #include "VNCrypto/VNFailure.h"
+#include "base/wipe.h"
 
 namespace vrno {
 
@@ -8,11 +9,12 @@ int VNMac::GenerateMAC(int nAlgID, ByteString& key, ByteString& data, ByteString
 {
     int engine = 0;
     if (const int code = mapAlgorithm(*this, nAlgID, engine, Here::now())) return code;
-    unsigned char mac[128];
-    int length = sizeof mac;
-    const int result = ZIRC_GenerateMAC(key.getBytes(), key.getLength(), engine, mac, &length, data.getBytes(), data.getLength());
+    SecretArea<128> mac;
+    int length = sizeof mac.bytes;
+    const int result =
+        ZIRC_GenerateMAC(key.getBytes(), key.getLength(), engine, mac.bytes, &length, data.getBytes(), data.getLength());
     if (result != 0) return engineFailure(*this, 3, "ZIRC_GenerateMAC", result);
-    if (out.setData(mac, length) > 0) return engineFailure(*this, 3, "ZIRC_GenerateMAC", ZIRC_MEMORY_ERROR);
+    if (out.setData(mac.bytes, length) > 0) return engineFailure(*this, 3, "ZIRC_GenerateMAC", ZIRC_MEMORY_ERROR);
     return 0;
 }
 

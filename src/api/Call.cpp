@@ -70,7 +70,8 @@ int Call::fail(int code, const char* message)
 int Call::fail(int code, const ByteString& message)
 {
     constexpr int formOfNoText = -1;
-    setApiError(m_context, code, message.isNull() ? formOfNoText : ERRFORM_PLAIN, m_function, message.getText(), nullptr, 0, nullptr);
+    setApiError(m_context, code, message.isNull() ? formOfNoText : ERRFORM_PLAIN, m_function, message.getText(), nullptr, 0,
+                nullptr);
     return m_code = code;
 }
 

@@ -15,17 +15,12 @@ namespace {
 constexpr int keyLength = 16, ivLength = 16;
 constexpr unsigned char chainedFlag = 2, otherPaddingFlag = 4; // of ucFlags
 
-// Puts a new object into a slot of the context; 1002 when there is no memory.
-int newSlot(Call& call, ByteString*& slot, const char* name)
+// Puts a new object that holds the value into a slot of the context; 1002 when there is no memory.
+int newSlot(Call& call, ByteString*& slot, Octets value, const char* name)
 {
     slot = new (std::nothrow) ByteString;
-    return slot ? 0 : call.noMemory(name);
-}
-
-int assign(Call& call, ByteString& slot, const ByteString& value, const char* name)
-{
-    slot = value;
-    return slot.getError() > 0 ? call.noMemory(name) : 0;
+    const bool held = slot && slot->setData(value.data(), static_cast<int>(value.size())) == 0;
+    return held ? 0 : call.noMemory(name);
 }
 
 void drop(ByteString*& slot)
@@ -36,19 +31,16 @@ void drop(ByteString*& slot)
 
 } // namespace
 
-int vrno::installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, const ByteString& key, const ByteString& iv)
+int vrno::installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, Octets key, Octets iv)
 {
     VRNO_API_CTX& context = call.context();
     drop(context.pSessionKey);
     drop(context.pSessionIv);
     drop(context.pChangedKey);
     drop(context.pChangedIv);
-    if (const int code = newSlot(call, context.pSessionKey, "pApiCtx->pSessionKey")) return code;
-    if (const int code = newSlot(call, context.pSessionIv, "pApiCtx->pSessionIv")) return code;
-    if (const int code = newSlot(call, context.pChangedIv, "pApiCtx->pChangedIv")) return code;
-    int code = assign(call, *context.pSessionKey, key, "pApiCtx->pSessionKey");
-    if (code == 0) code = assign(call, *context.pSessionIv, iv, "pApiCtx->pSessionIv");
-    if (code == 0) code = assign(call, *context.pChangedIv, iv, "pApiCtx->pChangedIv");
+    int code = newSlot(call, context.pSessionKey, key, "pApiCtx->pSessionKey");
+    if (code == 0) code = newSlot(call, context.pSessionIv, iv, "pApiCtx->pSessionIv");
+    if (code == 0) code = newSlot(call, context.pChangedIv, iv, "pApiCtx->pChangedIv");
     if (code != 0) {
         drop(context.pSessionKey); // so that no key counts as set
         return code;
@@ -75,27 +67,20 @@ int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm)
     if (random.GenerateRandom(VNAlgorithm::random(), keyLength + ivLength, drawn) > 0) {
         return call.trail(VRNO_ERR_RANDOM, u8"랜덤값을 생성하는데 실패하였습니다."_ksc, random.getErrorTrail());
     }
-    ByteString key(drawn.getBytes(), keyLength), iv(drawn.getBytes() + keyLength, ivLength);
+    installSessionKey(call, VNAlgorithm::seed(), vnCbc, drawn.octets().first(keyLength), drawn.octets().last(ivLength));
     drawn.wipe();
-    if (key.getError() > 0 || iv.getError() > 0) return call.noMemory("pApiCtx->pSessionKey");
-    installSessionKey(call, VNAlgorithm::seed(), vnCbc, key, iv);
-    key.wipe();
     return call.code();
 }
 
 int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR* pKey, const VRNO_BINSTR* pIV)
 {
     Call call(pCtx);
-    ByteString key, iv;
     call.input(pKey, u8"대칭키 암복호화에 사용될 key(pKey)를 지정하세요."_ksc);
     call.input(pIV, u8"대칭키 암복호화에 사용될 IV(pIV)를 지정하세요."_ksc);
     if (!supports(call, nAlgorithm)) return call.code();
     if (pKey->nLen != keyLength) return call.fail(VRNO_ERR_KEY_LENGTH, u8"SEED 알고리즘은 16바이트의 Key가 필요합니다."_ksc);
     if (pIV->nLen != ivLength) return call.fail(VRNO_ERR_IV_LENGTH, u8"SEED 알고리즘은 16바이트의 IV가 필요합니다."_ksc);
-    if (!call.copy(NAMED(pKey), key).copy(NAMED(pIV), iv)) return call.code();
-    installSessionKey(call, VNAlgorithm::seed(), vnCbc, key, iv);
-    key.wipe();
-    return call.code();
+    return installSessionKey(call, VNAlgorithm::seed(), vnCbc, {pKey->pData, keyLength}, {pIV->pData, ivLength});
 }
 
 int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, VRNO_BINSTR* pIV)
@@ -138,7 +123,7 @@ int expandKey(Call& call, VNEncrypt& cipher)
 {
     VRNO_API_CTX& context = call.context();
     if (context.pChangedKey) return 0;
-    if (const int code = newSlot(call, context.pChangedKey, "pApiCtx->pChangedKey")) return code;
+    if (const int code = newSlot(call, context.pChangedKey, {}, "pApiCtx->pChangedKey")) return code;
     if (cipher.GenerateKey(context.nSymAlg, *context.pSessionKey, *context.pChangedKey) == 0) return 0;
     drop(context.pChangedKey);
     return call.trail(VRNO_ERR_KEY_EXPAND, u8"키를 생성하는데 실패하였습니다."_ksc, cipher.getErrorTrail());
@@ -151,7 +136,7 @@ int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRN
     VRNO_API_CTX& context = call.context();
     static constexpr unsigned char nothing = 0;
     const bool empty = !in || !in->pData || !in->nLen;
-    if (!empty && in->nLen > INT_MAX) return call.noMemory(direction.inputName);
+    if (!empty && in->nLen >= INT_MAX) return call.noMemory(direction.inputName);
     const unsigned char* const data = empty ? &nothing : in->pData;
     const int length = empty ? 0 : static_cast<int>(in->nLen);
     const int padding = (context.ucFlags & otherPaddingFlag) ? vnPadLengthMinusOne : vnPadLength;

@@ -6,6 +6,6 @@
 namespace vrno {
 
 // Replaces the context's session key and IV; the old ones are gone from the start. 0, or 1002 with no key set.
-int installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, const ByteString& key, const ByteString& iv);
+int installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, Octets key, Octets iv);
 
 } // namespace vrno

@@ -13,4 +13,14 @@ inline void wipe(void* data, std::size_t length)
     __asm__ __volatile__("" : : "r"(data) : "memory");
 }
 
+// A work area for a secret: zeroed when it is made, wiped when it goes.
+template <std::size_t length> struct SecretArea {
+    unsigned char bytes[length] = {};
+
+    SecretArea() = default;
+    SecretArea(const SecretArea&) = delete;
+    SecretArea& operator=(const SecretArea&) = delete;
+    ~SecretArea() { wipe(bytes, length); }
+};
+
 } // namespace vrno

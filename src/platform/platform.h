@@ -73,9 +73,10 @@ private:
 #endif
 };
 
-// Forks of this process wait for the mutex, and leave it free in parent and child. For one mutex of the process; a
-// further call does nothing. Nothing to do where there is no fork.
-void holdDuringFork(Mutex& mutex);
+// From its return on, forks of this process wait for the mutex and leave it free in parent and child, where `inChild` runs
+// first. To be called before the mutex is locked, each time; for one mutex of the process. Nothing to do where there is
+// no fork.
+void holdDuringFork(Mutex& mutex, void (*inChild)());
 
 std::uint32_t processId();
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -96,14 +97,35 @@ void Mutex::unlock()
     pthread_mutex_unlock(&m_native);
 }
 
-static constinit std::atomic<Mutex*> heldDuringFork = nullptr;
+namespace {
 
-void holdDuringFork(Mutex& mutex)
+enum Registration : int { notDone, beingDone, done };
+constinit std::atomic<int> forkHandlers = notDone;
+using Hook = void (*)();
+constinit Mutex* heldDuringFork = nullptr; // both are written before the handlers can run
+constinit Hook forkedChild = nullptr;
+
+} // namespace
+
+void holdDuringFork(Mutex& mutex, void (*inChild)())
 {
-    if (heldDuringFork.exchange(&mutex)) return;
-    const auto lock = [] { heldDuringFork.load()->lock(); };
-    const auto unlock = [] { heldDuringFork.load()->unlock(); };
-    pthread_atfork(lock, unlock, unlock);
+    for (int state; (state = forkHandlers.load(std::memory_order_acquire)) != done;) {
+        if (state == beingDone || !forkHandlers.compare_exchange_strong(state, beingDone)) {
+            sched_yield();
+            continue;
+        }
+        heldDuringFork = &mutex;
+        forkedChild = inChild;
+        const auto lock = [] { heldDuringFork->lock(); };
+        const auto unlock = [] { heldDuringFork->unlock(); };
+        const auto unlockInChild = [] {
+            forkedChild();
+            heldDuringFork->unlock();
+        };
+        const bool registered = pthread_atfork(lock, unlock, unlockInChild) == 0;
+        forkHandlers.store(registered ? done : notDone, std::memory_order_release);
+        if (!registered) return; // no memory: the next call tries again
+    }
 }
 
 std::uint32_t processId()

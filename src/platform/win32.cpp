@@ -81,7 +81,7 @@ void Mutex::unlock()
     ReleaseSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&m_native));
 }
 
-void holdDuringFork(Mutex&) {}
+void holdDuringFork(Mutex&, void (*)()) {}
 
 std::uint32_t processId()
 {

@@ -3,6 +3,7 @@
 #include "engine/seed/padding.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 
@@ -122,7 +123,7 @@ int update(ZIRC_Context& context, const Direction& direction, unsigned char* key
         return 0;
     }
     if (runChunks(context, direction, mode, output, outputLength, input, inputLength) > 0) return 1;
-    std::memcpy(key, context.keyArea, static_cast<std::size_t>(context.sizes.nKeyLen));
+    std::memcpy(key, &context.keyArea, static_cast<std::size_t>(context.sizes.nKeyLen));
     return 0;
 }
 
@@ -206,7 +207,12 @@ int wholeCipher(UpdateStage updateStage, FinalStage finalStage, unsigned char* k
     const int room = *outputLength;
     int produced = room;
     const int result = stages(
-        *context, [&](ZIRC_Context& c) { return ZIRC_EncryptInit(c, key, keyLength, nAlgID, nEncMode, iv, ivLength); },
+        *context,
+        [&](ZIRC_Context& c) {
+            if (ZIRC_EncryptInit(c, key, keyLength, nAlgID, nEncMode, iv, ivLength) > 0) return 1;
+            const bool countable = inputLength <= INT_MAX - c.sizes.nInputBlockLen; // with a block of padding behind it
+            return countable ? 0 : ZIRC_SetError(c, ZIRC_INVALID_DATA);
+        },
         [&](ZIRC_Context& c) { return updateStage(c, key, keyLength, nEncMode, output, &produced, input, inputLength); },
         [&](ZIRC_Context& c) {
             const bool symmetric = c.nClass == ZIRC_CLASS_SYMMETRIC;
@@ -217,7 +223,7 @@ int wholeCipher(UpdateStage updateStage, FinalStage finalStage, unsigned char* k
             return 0;
         });
     if (result == 0 && context->nClass == ZIRC_CLASS_SYMMETRIC) {
-        std::memcpy(key, context->keyArea, static_cast<std::size_t>(context->sizes.nKeyLen));
+        std::memcpy(key, &context->keyArea, static_cast<std::size_t>(context->sizes.nKeyLen));
         std::memcpy(iv, context->iv, static_cast<std::size_t>(context->sizes.nIvLen));
     }
     return result;

@@ -131,14 +131,16 @@ int ZIRC_VerifyInit(ZIRC_Context& context, const unsigned char* key, int keyLeng
 int ZIRC_SignFinal(ZIRC_Context& context, const unsigned char* key, int keyLength, unsigned char* output, int* outputLength)
 {
     if (signatureDigest(context, key, keyLength, output, context.slots.fnSetPrivateKey) > 0) return 1;
-    return runSlot(context, context.slots.fnSign, output, outputLength);
+    if (*outputLength < 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+    return context.slots.fnSign(context, output, outputLength);
 }
 
 int ZIRC_VerifyFinal(ZIRC_Context& context, const unsigned char* key, int keyLength, const unsigned char* signature,
                      int signatureLength)
 {
     if (signatureDigest(context, key, keyLength, signature, context.slots.fnSetPublicKey) > 0) return 1;
-    return runSlot(context, context.slots.fnVerify, signature, signatureLength);
+    if (signatureLength < 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+    return context.slots.fnVerify(context, signature, signatureLength);
 }
 
 int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,

@@ -32,7 +32,11 @@ constinit std::uint32_t seededProcess = 0;
 // Forks wait until nobody is inside, so that a child finds the pool whole and the lock free.
 class Locked {
 public:
-    Locked() { randMutex.lock(); }
+    Locked()
+    {
+        platform::holdDuringFork(randMutex, [] { seededProcess = 0; }); // a child's pool is its parent's until it is seeded
+        randMutex.lock();
+    }
     ~Locked() { randMutex.unlock(); }
     Locked(const Locked&) = delete;
     Locked& operator=(const Locked&) = delete;
@@ -69,6 +73,7 @@ void mix(Pool& pool, const unsigned char* data, std::size_t length, const unsign
         takeRound(pool, i, piece, poolLength, update);
         update(data + done, piece);
         SHA1_Final(state, pool.digest);
+        wipe(&state, sizeof state);
         for (std::size_t m = 0; m < piece; ++m) {
             if (i >= poolLength) i = 0;
             pool.bytes[i++] ^= pool.digest[m];
@@ -134,27 +139,29 @@ std::uint32_t now()
 template <std::size_t length> bool seedFromSystem(Pool& pool, bool tellsProcess)
 {
     unsigned char bytes[length];
-    if (!platform::randomBytes(bytes, length)) return false;
+    const bool given = platform::randomBytes(bytes, length);
     const auto seed = [&pool, tellsProcess](const unsigned char* data, std::size_t count) {
         unsigned char more[8];
         const std::uint32_t process = platform::processId();
         std::memcpy(more, &process, 4);
         std::memcpy(more + 4, data, 4);
         mix(pool, data, count, more, tellsProcess ? sizeof more : 0);
+        wipe(more, sizeof more);
     };
     const std::uint32_t time = now();
-    seed(bytes, length);
-    seed(reinterpret_cast<const unsigned char*>(&time), sizeof time);
+    if (given) {
+        seed(bytes, length);
+        seed(reinterpret_cast<const unsigned char*>(&time), sizeof time);
+    }
     wipe(bytes, length);
-    return true;
+    return given;
 }
 
-// With the lock held: seeds on first use, and in a child, whose pool is its parent's until then.
+// With the lock held: seeds on first use, and in a child. The number tells a child that no handler ran in.
 bool seedProcess()
 {
     const std::uint32_t process = platform::processId();
     if (seededProcess == process) return true;
-    platform::holdDuringFork(randMutex);
     if (!seedFromSystem<88>(randPool, false)) return false;
     seededProcess = process;
     return true;
