@@ -102,8 +102,8 @@ namespace {
 enum Registration : int { notDone, beingDone, done };
 constinit std::atomic<int> forkHandlers = notDone;
 using Hook = void (*)();
-constinit Mutex* heldDuringFork = nullptr; // both are written before the handlers can run
-constinit Hook forkedChild = nullptr;
+constinit std::atomic<Mutex*> heldDuringFork = nullptr; // both are written before the handlers can run, on any thread
+constinit std::atomic<Hook> forkedChild = nullptr;
 
 } // namespace
 
@@ -116,11 +116,11 @@ void holdDuringFork(Mutex& mutex, void (*inChild)())
         }
         heldDuringFork = &mutex;
         forkedChild = inChild;
-        const auto lock = [] { heldDuringFork->lock(); };
-        const auto unlock = [] { heldDuringFork->unlock(); };
+        const auto lock = [] { heldDuringFork.load()->lock(); };
+        const auto unlock = [] { heldDuringFork.load()->unlock(); };
         const auto unlockInChild = [] {
-            forkedChild();
-            heldDuringFork->unlock();
+            forkedChild.load()();
+            heldDuringFork.load()->unlock();
         };
         const bool registered = pthread_atfork(lock, unlock, unlockInChild) == 0;
         forkHandlers.store(registered ? done : notDone, std::memory_order_release);
