@@ -80,8 +80,9 @@ void bnModSqr(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m);
 void bnModExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m);
 void bnModExpReduced(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m); // reduces a first, as the above does
 
-// The same for a p that is a private key. For an odd m its branches and its memory accesses tell nothing but the lengths
-// of p and m, and what the first reduction of a tells of a and m; a below m that is as long as m tells nothing.
+// The same for a p that is a private key. For an odd m the branches and addresses of the exponentiation tell nothing but
+// the lengths of p and m. What the divisions in front of it take, that of a and the one that prepares m, may tell of a and m;
+// for an even m the time may tell all.
 void bnModExpSecret(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m);
 
 // ---- number theory ----
