@@ -1,0 +1,25 @@
+// Exponentiation modulo an odd number by Montgomery's multiplication (HAC 14.36, 14.94), in several bodies.
+#pragma once
+
+#include "engine/bignum/bignum.h"
+#include "engine/cpu.h"
+
+namespace vrno {
+
+// r = a to the power p modulo m, for an odd m above 1, an a from 0 to m - 1 and a p above 0, all of them positive. r is
+// none of the operands. With `secret`, neither branches nor addresses depend on p beyond its length.
+using ModExpFunction = void(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m, bool secret);
+
+ModExpFunction modExpPortable; // over WordsPortable
+ModExpFunction modExpNative;   // over WordsNative
+ModExpFunction modExpWide;     // over words of 64 bits, where the compiler has 128
+
+inline constexpr Kernel<ModExpFunction> modExpKernels[] = {
+#ifdef __SIZEOF_INT128__
+    {"wide", CpuFeature::none, modExpWide},
+#endif
+    {"native", CpuFeature::none, modExpNative},
+    {"portable", CpuFeature::none, modExpPortable},
+};
+
+} // namespace vrno
