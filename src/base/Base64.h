@@ -5,7 +5,8 @@
 
 namespace vrno {
 
-// Both return 0, or 1 with `out` untouched, but empty where memory ran out at the very end. Their work blocks are wiped, since a caller may pass keys.
+// Both return 0, or 1 with `out` untouched, but empty where memory ran out at the very end. Their work blocks are wiped, since a
+// caller may pass keys.
 
 // 1: no memory, or a text longer than a ByteString holds. An empty input gives an empty output.
 int base64Encode(ByteString& in, ByteString& out);

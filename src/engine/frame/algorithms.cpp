@@ -1,6 +1,8 @@
 // The table of algorithm ids, and the binders that read it.
 #include "engine/frame/context.h"
 #include "engine/frame/slots.h"
+#include "engine/kcdsa/kcdsa_slots.h"
+#include "engine/rsa/rsa_slots.h"
 #include "engine/seed/seed_slots.h"
 
 namespace vrno {
@@ -44,34 +46,34 @@ struct Algorithm {
     const DigestKind* digest; // null: none
     const Sizes* sizes;
     const Slots* slots;
+    const Slots* refinement; // what takes the place of some of them
 };
 
-// In the order of the ids. RSA and KCDSA have their rows and sizes here; until their slots stand beside them, their keys
-// are refused.
+// In the order of the ids.
 constexpr Algorithm algorithms[] = {
-    {1200, none, &md5Digest, nullptr, nullptr},
-    {1400, none, &sha1Digest, nullptr, nullptr},
-    {3420, random, nullptr, nullptr, &randomSlots},
-    {11110, cipher, nullptr, &seed, &seedSlots},
-    {12000, cipher, nullptr, &rsa512, nullptr},
-    {12001, cipher, nullptr, &rsa1024, nullptr},
-    {12002, cipher, nullptr, &rsa2048, nullptr},
-    {13101, cipher, &sha1Digest, &rsa1024Oaep, nullptr},
-    {13102, cipher, &sha1Digest, &rsa2048Oaep, nullptr},
-    {31400, mac, nullptr, &hmac, &hmacSlots},
-    {121200, signature, &md5Digest, &rsa512, nullptr},
-    {121201, signature, &md5Digest, &rsa1024, nullptr},
-    {121202, signature, &md5Digest, &rsa2048, nullptr},
-    {121400, signature, &sha1Digest, &rsa512, nullptr},
-    {121401, signature, &sha1Digest, &rsa1024, nullptr},
-    {121402, signature, &sha1Digest, &rsa2048, nullptr},
-    {131401, signature, &sha1Digest, &rsa1024Oaep, nullptr},
-    {131402, signature, &sha1Digest, &rsa2048Oaep, nullptr},
-    {141401, signature, &sha1Digest, &kcdsa1024, nullptr},
-    {141402, signature, &sha1Digest, &kcdsa2048, nullptr},
-    {171401, none, &sha1Digest, nullptr, nullptr},
-    {171402, none, &sha1Digest, nullptr, nullptr},
-    {171404, none, &sha1Digest, nullptr, nullptr},
+    {1200, none, &md5Digest, nullptr, nullptr, nullptr},
+    {1400, none, &sha1Digest, nullptr, nullptr, nullptr},
+    {3420, random, nullptr, nullptr, &randomSlots, nullptr},
+    {11110, cipher, nullptr, &seed, &seedSlots, nullptr},
+    {12000, cipher, nullptr, &rsa512, &rsaSlots, &rsaDigestInfoSlots},
+    {12001, cipher, nullptr, &rsa1024, &rsaSlots, &rsaDigestInfoSlots},
+    {12002, cipher, nullptr, &rsa2048, &rsaSlots, &rsaDigestInfoSlots},
+    {13101, cipher, &sha1Digest, &rsa1024Oaep, &rsaSlots, &rsaOaepPssSlots},
+    {13102, cipher, &sha1Digest, &rsa2048Oaep, &rsaSlots, &rsaOaepPssSlots},
+    {31400, mac, nullptr, &hmac, &hmacSlots, nullptr},
+    {121200, signature, &md5Digest, &rsa512, &rsaSlots, &rsaDigestInfoSlots},
+    {121201, signature, &md5Digest, &rsa1024, &rsaSlots, &rsaDigestInfoSlots},
+    {121202, signature, &md5Digest, &rsa2048, &rsaSlots, &rsaDigestInfoSlots},
+    {121400, signature, &sha1Digest, &rsa512, &rsaSlots, &rsaDigestInfoSlots},
+    {121401, signature, &sha1Digest, &rsa1024, &rsaSlots, &rsaDigestInfoSlots},
+    {121402, signature, &sha1Digest, &rsa2048, &rsaSlots, &rsaDigestInfoSlots},
+    {131401, signature, &sha1Digest, &rsa1024Oaep, &rsaSlots, &rsaOaepPssSlots},
+    {131402, signature, &sha1Digest, &rsa2048Oaep, &rsaSlots, &rsaOaepPssSlots},
+    {141401, signature, &sha1Digest, &kcdsa1024, &kcdsaSlots, nullptr},
+    {141402, signature, &sha1Digest, &kcdsa2048, &kcdsaSlots, nullptr},
+    {171401, none, &sha1Digest, nullptr, nullptr, nullptr},
+    {171402, none, &sha1Digest, nullptr, nullptr, nullptr},
+    {171404, none, &sha1Digest, nullptr, nullptr, nullptr},
 };
 
 const Algorithm* find(int id)
@@ -114,6 +116,7 @@ void bindRow(ZIRC_Context& context, const Algorithm& algorithm)
 {
     if (algorithm.sizes) context.sizes = *algorithm.sizes;
     if (algorithm.slots) takeSlots(context.slots, *algorithm.slots);
+    if (algorithm.refinement) takeSlots(context.slots, *algorithm.refinement);
 }
 
 void bindDigest(ZIRC_Context& context, const DigestKind& digest)

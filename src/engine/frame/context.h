@@ -4,16 +4,19 @@
 #include "engine/digest/hmac.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
+#include "engine/frame/hash_id.h"
 #include "engine/frame/zirc.h"
+#include "engine/kcdsa/kcdsa.h"
+#include "engine/rsa/rsa.h"
+#include "engine/seed/seed.h"
 
-#include <cstdint>
+#include <cstddef>
 
 namespace vrno {
 
 struct ZIRC_Context;
 
 enum ZIRC_Class : unsigned int { ZIRC_CLASS_SYMMETRIC = 0, ZIRC_CLASS_ASYMMETRIC = 1 };
-enum ZIRC_HashId : unsigned int { hashMd5 = 0, hashSha1 = 1 };
 
 // Slots return 0 for success and 1 for failure. One that its algorithm does not fill refuses.
 struct Slots {
@@ -56,12 +59,20 @@ struct Sizes {
 
 inline constexpr int stagingLength = 1000;
 
-// Zeroed when it is made and wiped before it is released.
+// The key of an algorithm, as its slots make it.
+union KeyArea {
+    SEED_Schedule seed;
+    ZIRC_RsaKey rsa;
+    ZIRC_KcdsaKey kcdsa;
+
+    KeyArea() {}
+};
+
+// Zeroed when it is made, but for the key's area, and wiped before it is released.
 struct ZIRC_Context {
     unsigned int nClass = ZIRC_CLASS_SYMMETRIC;
     Sizes sizes;
     unsigned int nHashId = hashMd5;
-    alignas(8) unsigned char keyArea[seedScheduleLength] = {}; // the schedule
     union {
         SHA1_State sha1;
         MD5_State md5;
@@ -72,6 +83,8 @@ struct ZIRC_Context {
     unsigned char stagingBuffer[stagingLength] = {}; // input waiting for the primitive, or what is to be signed
     int nBuffered = 0;                               // bytes in stagingBuffer
     int nError = ZIRC_OK;                            // last base code
+    std::size_t keyAreaUsed = 0;                     // bytes of the area that hold a key
+    KeyArea keyArea;                                 // the last, so that what is to be wiped lies in one piece
 };
 
 // Stores a base code; always 1, so that a failing path returns what this returns.

@@ -12,7 +12,7 @@ namespace vrno {
 struct WipedDelete {
     void operator()(ZIRC_Context* context) const
     {
-        wipe(context, sizeof *context); // it held a key
+        wipe(context, offsetof(ZIRC_Context, keyArea) + context->keyAreaUsed);
         delete context;
     }
 };

@@ -7,7 +7,7 @@
 
 namespace vrno {
 
-static_assert(sizeof(SEED_Schedule) == seedScheduleLength && sizeof(ZIRC_Context::keyArea) >= sizeof(SEED_Schedule));
+static_assert(sizeof(SEED_Schedule) == seedScheduleLength);
 
 static int generateKey(ZIRC_Context&, unsigned char* output, const unsigned char* userKey)
 {
@@ -21,7 +21,8 @@ static int generateKey(ZIRC_Context&, unsigned char* output, const unsigned char
 static int setKey(ZIRC_Context& context, const unsigned char* key, int length)
 {
     if (length < context.sizes.nKeyLen) return 1;
-    std::memcpy(context.keyArea, key, static_cast<std::size_t>(context.sizes.nKeyLen));
+    std::memcpy(&context.keyArea.seed, key, sizeof context.keyArea.seed);
+    context.keyAreaUsed = sizeof context.keyArea.seed;
     return 0;
 }
 
@@ -32,10 +33,7 @@ static int runCbc(ZIRC_Context& context, CbcRoutine routine, unsigned char* outp
                   int inputLength)
 {
     if (inputLength % context.sizes.nInputBlockLen != 0) return 1;
-    SEED_Schedule schedule;
-    std::memcpy(&schedule, context.keyArea, sizeof schedule);
-    routine(schedule, output, input, static_cast<std::size_t>(inputLength), context.iv);
-    wipe(&schedule, sizeof schedule);
+    routine(context.keyArea.seed, output, input, static_cast<std::size_t>(inputLength), context.iv);
     *outputLength = inputLength;
     return 0;
 }

@@ -1,0 +1,314 @@
+// The operations of RSA and their paddings.
+#include "engine/rsa/rsa.h"
+
+#include "base/wipe.h"
+#include "engine/digest/md5.h"
+#include "engine/digest/sha1.h"
+#include "engine/frame/hash_id.h"
+#include "engine/random/random.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vrno {
+
+namespace {
+
+int modulusBytes(const ZIRC_RsaKey& key)
+{
+    return (bnBits(key.n) + 7) / 8;
+}
+
+// A number on the stack that held a secret.
+struct SecretNumber {
+    ZIRC_BN bn;
+
+    ~SecretNumber() { wipe(&bn, sizeof bn); }
+};
+
+using SecretBytes = SecretArea<rsaMostBytes + 64>;
+
+void publicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    bnModExpReduced(result, x, key.e, key.n);
+}
+
+// One more prime joins a result of the Chinese remainder theorem: result += product * ((m - result) * coefficient mod prime).
+void joinPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, const ZIRC_BN& prime, const ZIRC_BN& product)
+{
+    SecretNumber h, step, sum;
+    bnModSub(h.bn, m, result, prime);
+    bnModMul(step.bn, h.bn, coefficient, prime);
+    bnMul(h.bn, step.bn, product);
+    bnAdd(sum.bn, result, h.bn);
+    bnCopy(result, sum.bn);
+}
+
+void privateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    if (bnBits(key.qInv) == 0) {
+        bnModExpSecret(result, x, key.d, key.n);
+        return;
+    }
+    SecretNumber m, product, next;
+    bnModExpSecret(result, x, key.dQ, key.q);
+    bnModExpSecret(m.bn, x, key.dP, key.p);
+    joinPrime(result, m.bn, key.qInv, key.p, key.q);
+    bnMul(product.bn, key.p, key.q);
+    for (int i = 0; i < key.nPrimes - 2; ++i) {
+        bnModExpSecret(m.bn, x, key.dR[i], key.r[i]);
+        joinPrime(result, m.bn, key.t[i], key.r[i], product.bn);
+        bnMul(next.bn, product.bn, key.r[i]);
+        bnCopy(product.bn, next.bn);
+    }
+    bnMod(next.bn, result, key.n); // in its range also where the primes are not the modulus's
+    bnCopy(result, next.bn);
+}
+
+using Operation = void (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
+
+// The operation on bytes as a number; the result in `width` bytes, or -1 where it is longer.
+int operate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, int width, const unsigned char* input, int length)
+{
+    SecretNumber x, result;
+    bnFromBytes(x.bn, input, length);
+    operation(key, result.bn, x.bn);
+    if ((bnBits(result.bn) + 7) / 8 > width) return -1;
+    bnToBytesFixed(output, result.bn, width);
+    return width;
+}
+
+// ---- PKCS#1 v1.5 ----
+
+// 0x00, the block's type, a string that `fill` makes, 0x00, the input.
+template <class Fill>
+int blockEncrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, Fill fill, unsigned char* output,
+                 const unsigned char* input, int length)
+{
+    const int k = modulusBytes(key), padding = k - length - 3;
+    if (length < 0 || length > k - 11) return -1;
+    SecretBytes em;
+    em.bytes[1] = type;
+    if (!fill(em.bytes + 2, padding)) return -1;
+    if (length > 0) std::memcpy(em.bytes + 3 + padding, input, static_cast<std::size_t>(length));
+    return operate(key, operation, output, k, em.bytes, k);
+}
+
+// What stands behind the padding, whose octets `isPadding` tells; -1 where the block is not of the type.
+template <class IsPadding>
+int blockDecrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, IsPadding isPadding, unsigned char* output,
+                 const unsigned char* input, int length)
+{
+    const int k = modulusBytes(key);
+    if (length != k) return -1;
+    SecretNumber x, result;
+    SecretBytes em; // without the leading zero, so its length says where it starts
+    bnFromBytes(x.bn, input, length);
+    operation(key, result.bn, x.bn);
+    const int emLength = bnToBytes(em.bytes, result.bn);
+    if (emLength < 1 || em.bytes[0] != type) return -1;
+    int at = 1;
+    while (at < emLength && isPadding(em.bytes[at])) ++at;
+    if (at == emLength || em.bytes[at] != 0 || at - 1 < 8) return -1;
+    const int contents = emLength - at - 1;
+    std::memcpy(output, em.bytes + at + 1, static_cast<std::size_t>(contents));
+    return contents;
+}
+
+bool fillNonZero(unsigned char* to, int length)
+{
+    if (!randBytes(to, length)) return false;
+    for (int i = 0; i < length; ++i) {
+        while (to[i] == 0) {
+            if (!randBytes(to + i, 1)) return false;
+        }
+    }
+    return true;
+}
+
+bool fillOnes(unsigned char* to, int length)
+{
+    std::memset(to, 0xFF, static_cast<std::size_t>(length));
+    return true;
+}
+
+// ---- digests by id ----
+
+int digestLength(unsigned int hashId)
+{
+    return hashId == hashSha1 ? 20 : 16;
+}
+
+void digestOf(unsigned int hashId, unsigned char* output, const unsigned char* data, int length)
+{
+    const auto count = static_cast<std::size_t>(length);
+    hashId == hashSha1 ? SHA1_Digest(output, data, count) : MD5_Digest(output, data, count);
+}
+
+void maskWith(unsigned int hashId, unsigned char* data, int length, const unsigned char* seed, int seedLength)
+{
+    SecretBytes mask;
+    rsaMgf1(hashId, mask.bytes, length, seed, seedLength);
+    for (int i = 0; i < length; ++i) data[i] ^= mask.bytes[i];
+}
+
+// The hash of eight zero bytes, the digest and the salt.
+void pssHash(unsigned int hashId, unsigned char* output, const unsigned char* digest, int length, const unsigned char* salt,
+             int saltLength)
+{
+    unsigned char block[8 + 20 + rsaMostBytes] = {};
+    std::memcpy(block + 8, digest, static_cast<std::size_t>(length));
+    if (saltLength > 0) std::memcpy(block + 8 + length, salt, static_cast<std::size_t>(saltLength));
+    digestOf(hashId, output, block, 8 + length + saltLength);
+}
+
+} // namespace
+
+int rsaPublicEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
+{
+    return blockEncrypt(key, publicOperation, 2, fillNonZero, output, input, length);
+}
+
+int rsaPrivateEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
+{
+    return blockEncrypt(key, privateOperation, 1, fillOnes, output, input, length);
+}
+
+int rsaPublicDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
+{
+    return blockDecrypt(
+        key, publicOperation, 1, [](unsigned char octet) { return octet == 0xFF; }, output, input, length);
+}
+
+int rsaPrivateDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
+{
+    return blockDecrypt(
+        key, privateOperation, 2, [](unsigned char octet) { return octet != 0; }, output, input, length);
+}
+
+int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned char* digest, int digestLength)
+{
+    static constexpr unsigned char sha1Prefix[] = {0x30, 0x21, 0x30, 0x09, 0x06, 0x05, 0x2B, 0x0E,
+                                                   0x03, 0x02, 0x1A, 0x05, 0x00, 0x04, 0x14};
+    static constexpr unsigned char md5Prefix[] = {0x30, 0x20, 0x30, 0x0C, 0x06, 0x08, 0x2A, 0x86, 0x48,
+                                                  0x86, 0xF7, 0x0D, 0x02, 0x05, 0x05, 0x00, 0x04, 0x10};
+    const bool isSha1 = hashId == hashSha1;
+    const std::size_t prefix = isSha1 ? sizeof sha1Prefix : sizeof md5Prefix;
+    std::memmove(output + prefix, digest, static_cast<std::size_t>(digestLength));
+    std::memcpy(output, isSha1 ? sha1Prefix : md5Prefix, prefix);
+    return static_cast<int>(prefix) + digestLength;
+}
+
+int rsaVerifyPkcs1(const ZIRC_RsaKey& key, const unsigned char* digestInfo, int digestInfoLength, const unsigned char* signature,
+                   int signatureLength)
+{
+    constexpr int longest = 100;
+    unsigned char content[rsaMostBytes];
+    const int length = rsaPublicDecrypt(key, content, signature, signatureLength);
+    if (length < 0 || length > longest) return -1;
+    const auto startsWith = [&](const unsigned char* expected, int count) {
+        return length >= count && std::memcmp(content, expected, static_cast<std::size_t>(count)) == 0;
+    };
+    const int prefix = 6 + digestInfo[3];
+    if (startsWith(digestInfo, digestInfoLength)) return 1;
+    return startsWith(digestInfo + prefix, digestInfoLength - prefix) ? 1 : -1;
+}
+
+// ---- OAEP ----
+
+void rsaMgf1(unsigned int hashId, unsigned char* output, int length, const unsigned char* seed, int seedLength)
+{
+    const int size = digestLength(hashId);
+    unsigned char block[rsaMostBytes + 4], digest[20];
+    std::memcpy(block, seed, static_cast<std::size_t>(seedLength));
+    for (int done = 0, counter = 0; done < length; done += size, ++counter) {
+        for (int i = 0; i < 4; ++i) block[seedLength + i] = static_cast<unsigned char>(counter >> (24 - 8 * i) & 0xFF);
+        digestOf(hashId, digest, block, seedLength + 4);
+        std::memcpy(output + done, digest, static_cast<std::size_t>(std::min(size, length - done)));
+    }
+    wipe(block, sizeof block);
+    wipe(digest, sizeof digest);
+}
+
+int rsaOaepEncrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* output, const unsigned char* input, int length,
+                   const unsigned char* label, int labelLength)
+{
+    const int k = modulusBytes(key), emLength = k - 1, h = digestLength(hashId), dbLength = emLength - h;
+    if (length < 0 || length > emLength - 2 * h - 1) return -1;
+    SecretBytes em;
+    unsigned char *const seed = em.bytes, *const db = em.bytes + h;
+    digestOf(hashId, db, label, labelLength);
+    db[dbLength - length - 1] = 0x01;
+    if (length > 0) std::memcpy(db + dbLength - length, input, static_cast<std::size_t>(length));
+    if (!randBytes(seed, h)) return -1;
+    maskWith(hashId, db, dbLength, seed, h);
+    maskWith(hashId, seed, h, db, dbLength);
+    return operate(key, publicOperation, output, k, em.bytes, emLength);
+}
+
+int rsaOaepDecrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* output, const unsigned char* input, int length,
+                   const unsigned char* label, int labelLength)
+{
+    const int k = modulusBytes(key), emLength = k - 1, h = digestLength(hashId), dbLength = emLength - h;
+    if (length < 2 * h + 1 || length > k || dbLength < h + 1) return -1;
+    SecretBytes em;
+    unsigned char *const seed = em.bytes, *const db = em.bytes + h;
+    if (operate(key, privateOperation, em.bytes, emLength, input, length) < 0) return -1;
+    maskWith(hashId, seed, h, db, dbLength);
+    maskWith(hashId, db, dbLength, seed, h);
+    unsigned char labelDigest[20];
+    digestOf(hashId, labelDigest, label, labelLength);
+    // One failure, found at the end: where it lies must not be told apart.
+    unsigned int wrong = 0;
+    for (int i = 0; i < h; ++i) wrong |= static_cast<unsigned int>(db[i] ^ labelDigest[i]);
+    int at = h;
+    while (at < dbLength && db[at] == 0) ++at;
+    if (at == dbLength || db[at] != 0x01 || wrong != 0) return -1;
+    const int contents = dbLength - at - 1;
+    std::memcpy(output, db + at + 1, static_cast<std::size_t>(contents));
+    return contents;
+}
+
+// ---- PSS ----
+
+int rsaPssSign(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* output, const unsigned char* digest, int length,
+               int saltLength)
+{
+    const int emBits = bnBits(key.n) - 1, emLength = (emBits + 7) / 8, dbLength = emLength - length - 1;
+    if (saltLength < 0 || emLength < saltLength + length + 2) return -1;
+    SecretBytes em;
+    unsigned char salt[rsaMostBytes];
+    if (!randBytes(salt, saltLength)) return -1;
+    unsigned char* const hash = em.bytes + dbLength;
+    pssHash(hashId, hash, digest, length, salt, saltLength);
+    em.bytes[dbLength - saltLength - 1] = 0x01;
+    std::memcpy(em.bytes + dbLength - saltLength, salt, static_cast<std::size_t>(saltLength));
+    maskWith(hashId, em.bytes, dbLength, hash, length);
+    em.bytes[0] &= static_cast<unsigned char>(0xFF >> (8 * emLength - emBits));
+    em.bytes[emLength - 1] = 0xBC;
+    return operate(key, privateOperation, output, (bnBits(key.n) + 7) / 8, em.bytes, emLength);
+}
+
+int rsaPssVerify(const ZIRC_RsaKey& key, unsigned int hashId, const unsigned char* digest, int length,
+                 const unsigned char* signature, int signatureLength, int saltLength)
+{
+    const int emBits = bnBits(key.n) - 1, emLength = (emBits + 7) / 8, dbLength = emLength - length - 1;
+    if (saltLength < 0 || emLength < saltLength + length + 2 || signatureLength < 0 || signatureLength > rsaMostBytes) return -1;
+    unsigned char em[rsaMostBytes + 8];
+    if (operate(key, publicOperation, em, emLength, signature, signatureLength) < 0) return -1;
+    const auto unusedBits = static_cast<unsigned char>(~(0xFF >> (8 * emLength - emBits)));
+    if (em[emLength - 1] != 0xBC || (em[0] & unusedBits) != 0) return -1;
+    const unsigned char* const hash = em + dbLength;
+    maskWith(hashId, em, dbLength, hash, length);
+    em[0] = static_cast<unsigned char>(em[0] & ~unusedBits);
+    const int zeros = dbLength - saltLength - 1;
+    for (int i = 0; i < zeros; ++i) {
+        if (em[i] != 0) return -1;
+    }
+    if (em[zeros] != 0x01) return -1;
+    unsigned char expected[20];
+    pssHash(hashId, expected, digest, length, em + zeros + 1, saltLength);
+    return std::memcmp(expected, hash, static_cast<std::size_t>(length)) == 0 ? 1 : -1;
+}
+
+} // namespace vrno

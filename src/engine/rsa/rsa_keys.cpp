@@ -1,0 +1,221 @@
+// Key blobs of RSA, and the making of keys.
+#include "engine/rsa/rsa.h"
+
+#include "base/wipe.h"
+#include "engine/der/der.h"
+
+#include <initializer_list>
+#include <utility>
+
+namespace vrno {
+
+namespace {
+
+bool isOne(const ZIRC_BN& a)
+{
+    return bnBits(a) == 1;
+}
+
+// A modulus or prime with which arithmetic makes sense, and in bounds.
+bool isOddModulus(const ZIRC_BN& a)
+{
+    return bnTestBit(a, 0) == 1 && !isOne(a) && bnBits(a) <= rsaMostBits;
+}
+
+template <class... Number> bool fit(const Number&... numbers)
+{
+    return ((bnBits(numbers) <= rsaMostBits) && ...);
+}
+
+// The numbers behind the version, without the further primes.
+bool isUsable(const ZIRC_RsaKey& key)
+{
+    return isOddModulus(key.n) && fit(key.e, key.d, key.p, key.q, key.dP, key.dQ, key.qInv);
+}
+
+// Where the primes are used, they are as long as the modulus together, give or take what a product loses.
+bool primesFit(const ZIRC_RsaKey& key)
+{
+    if (bnBits(key.qInv) == 0) return true;
+    int bits = bnBits(key.p) + bnBits(key.q);
+    bool usable = isOddModulus(key.p) && isOddModulus(key.q);
+    for (int i = 0; i < key.nPrimes - 2; ++i) {
+        usable = usable && isOddModulus(key.r[i]) && fit(key.dR[i], key.t[i]);
+        bits += bnBits(key.r[i]);
+    }
+    return usable && bits <= bnBits(key.n) + key.nPrimes;
+}
+
+void readOtherPrimes(DerReader& reader, ZIRC_RsaKey& key)
+{
+    const DerSequence list = derReadSequence(reader);
+    for (int i = 0; i < 2 && derHasMore(reader, list); ++i) {
+        const DerSequence entry = derReadSequence(reader);
+        derReadInteger(reader, key.r[i]);
+        derReadInteger(reader, key.dR[i]);
+        derReadInteger(reader, key.t[i]);
+        derFinish(reader, entry);
+        ++key.nPrimes;
+    }
+    derFinish(reader, list);
+}
+
+} // namespace
+
+bool rsaReadPublicKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
+{
+    DerReader reader(blob, length);
+    const DerSequence sequence = derReadSequence(reader);
+    derReadInteger(reader, key.n);
+    derReadInteger(reader, key.e);
+    derFinish(reader, sequence);
+    return !reader.failed && isOddModulus(key.n) && fit(key.e);
+}
+
+bool rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
+{
+    DerReader reader(blob, length);
+    const DerSequence sequence = derReadSequence(reader);
+    const bool mayHaveMore = derPeekInteger(reader) != 0;
+    ZIRC_BN version;
+    for (ZIRC_BN* number : {&version, &key.n, &key.e, &key.d, &key.p, &key.q, &key.dP, &key.dQ, &key.qInv}) {
+        derReadInteger(reader, *number);
+    }
+    key.nPrimes = 2;
+    if (mayHaveMore && derHasMore(reader, sequence)) readOtherPrimes(reader, key);
+    derFinish(reader, sequence);
+    return !reader.failed && isUsable(key) && primesFit(key);
+}
+
+int rsaWritePublicKey(const ZIRC_RsaKey& key, unsigned char* blob, int room)
+{
+    DerWriter writer{blob, room};
+    derWriteNumbers(writer, key.n, key.e);
+    return writer.failed ? -1 : writer.length;
+}
+
+int rsaWritePrivateKey(const ZIRC_RsaKey& key, unsigned char* blob, int room)
+{
+    const auto size = [](const auto&... numbers) { return (derObjectSize(derIntegerLength(numbers), 2) + ...); };
+    const auto entrySize = [&](int i) { return size(key.r[i], key.dR[i], key.t[i]); };
+    const int others = key.nPrimes - 2;
+    int listLength = 0;
+    for (int i = 0; i < others; ++i) listLength += derObjectSize(entrySize(i), 16);
+    ZIRC_BN version;
+    bnSetWord(version, others > 0 ? 1 : 0);
+    const int length = size(version, key.n, key.e, key.d, key.p, key.q, key.dP, key.dQ, key.qInv) +
+                       (others > 0 ? derObjectSize(listLength, 16) : 0);
+
+    DerWriter writer{blob, room};
+    derWriteHeader(writer, 0x30, length);
+    for (const ZIRC_BN* number : {&std::as_const(version), &key.n, &key.e, &key.d, &key.p, &key.q, &key.dP, &key.dQ, &key.qInv}) {
+        derWriteInteger(writer, *number);
+    }
+    if (others > 0) derWriteHeader(writer, 0x30, listLength);
+    for (int i = 0; i < others; ++i) derWriteNumbers(writer, key.r[i], key.dR[i], key.t[i]);
+    return writer.failed ? -1 : writer.length;
+}
+
+// ---- making keys ----
+
+namespace {
+
+void minusOne(ZIRC_BN& r, const ZIRC_BN& a)
+{
+    bnSubWord(r, a, 1);
+}
+
+// A prime whose p - 1 has nothing in common with the exponent, and which is none of the `count` in `others`.
+bool generatePrime(ZIRC_BN& prime, int bits, const ZIRC_BN& exponent, const ZIRC_BN* const* others, int count)
+{
+    for (;;) {
+        if (!bnGeneratePrime(prime, bits)) return false;
+        ZIRC_BN before, common;
+        minusOne(before, prime);
+        bnGcd(common, before, exponent);
+        bool usable = isOne(common);
+        for (int i = 0; i < count; ++i) usable = usable && !bnIsEqual(prime, *others[i]);
+        if (usable) return true;
+    }
+}
+
+void orderPrimes(ZIRC_RsaKey& key)
+{
+    if (bnCompareMagnitude(key.q, key.p) <= 0) return;
+    ZIRC_BN larger;
+    bnCopy(larger, key.q);
+    bnCopy(key.q, key.p);
+    bnCopy(key.p, larger);
+}
+
+} // namespace
+
+bool rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent)
+{
+    bnSetWord(key.e, exponent);
+    key.nPrimes = 2;
+    const ZIRC_BN* const first[] = {&key.p};
+    if (!generatePrime(key.p, bits / 2, key.e, nullptr, 0)) return false;
+    if (!generatePrime(key.q, bits - bits / 2, key.e, first, 1)) return false;
+    orderPrimes(key);
+    ZIRC_BN p1, q1, order;
+    minusOne(p1, key.p);
+    minusOne(q1, key.q);
+    bnMul(key.n, key.p, key.q);
+    bnMul(order, p1, q1);
+    bnModInverse(key.d, key.e, order);
+    bnMod(key.dP, key.d, p1);
+    bnMod(key.dQ, key.d, q1);
+    bnModInverse(key.qInv, key.q, key.p);
+    for (ZIRC_BN* secret : {&p1, &q1, &order}) wipe(secret, sizeof *secret);
+    return true;
+}
+
+bool rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent, int primeCount)
+{
+    const int count = primeCount == 3 || primeCount == 4 ? primeCount : 2;
+    const int firstBits = (bits + count - 1) / count, otherBits = bits / count;
+    bnSetWord(key.e, exponent);
+    key.nPrimes = count;
+    ZIRC_BN* const primes[] = {&key.p, &key.q, &key.r[0], &key.r[1]};
+    if (!generatePrime(key.p, firstBits, key.e, nullptr, 0)) return false;
+    if (!generatePrime(key.q, bits - firstBits - (count - 2) * otherBits, key.e, primes, 1)) return false;
+    do {
+        for (int i = 2; i < count; ++i) {
+            if (!generatePrime(*primes[i], otherBits, key.e, primes, i)) return false;
+        }
+        orderPrimes(key);
+        bnMul(key.n, key.p, key.q);
+        for (int i = 2; i < count; ++i) {
+            ZIRC_BN product;
+            bnMul(product, key.n, *primes[i]);
+            bnCopy(key.n, product);
+        }
+        // Two primes alone would come out the same for ever; their two highest bits are set, so they are long enough.
+    } while (count > 2 && bnBits(key.n) != bits);
+
+    ZIRC_BN order, before, lcm, product;
+    minusOne(order, key.p);
+    for (int i = 1; i < count; ++i) {
+        minusOne(before, *primes[i]);
+        bnLcm(lcm, order, before);
+        bnCopy(order, lcm);
+    }
+    bnModInverse(key.d, key.e, order);
+    ZIRC_BN* const exponents[] = {&key.dP, &key.dQ, &key.dR[0], &key.dR[1]};
+    for (int i = 0; i < count; ++i) {
+        minusOne(before, *primes[i]);
+        bnModInverse(*exponents[i], key.e, before);
+    }
+    bnModInverse(key.qInv, key.q, key.p);
+    bnMul(order, key.p, key.q);
+    for (int i = 0; i < count - 2; ++i) {
+        bnModInverse(key.t[i], order, key.r[i]);
+        bnMul(product, order, key.r[i]);
+        bnCopy(order, product);
+    }
+    for (ZIRC_BN* secret : {&order, &before, &lcm, &product}) wipe(secret, sizeof *secret);
+    return true;
+}
+
+} // namespace vrno
