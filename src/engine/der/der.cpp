@@ -1,5 +1,7 @@
 #include "engine/der/der.h"
 
+#include "base/wipe.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -122,7 +124,8 @@ void derReadInteger(DerReader& reader, ZIRC_BN& number)
         bnFromBytes(number, octets, static_cast<int>(length));
         return;
     }
-    unsigned char magnitude[derLongestNumber];
+    SecretArea<derLongestNumber> area;
+    unsigned char* const magnitude = area.bytes;
     unsigned int carry = 1; // the two's complement of the octets
     for (std::size_t i = length; i-- > 0;) {
         carry += static_cast<unsigned char>(~octets[i]);
@@ -130,14 +133,6 @@ void derReadInteger(DerReader& reader, ZIRC_BN& number)
         carry >>= 8;
     }
     bnFromBytes(number, magnitude, static_cast<int>(length));
-}
-
-unsigned char derPeekInteger(const DerReader& reader)
-{
-    DerReader ahead = reader;
-    const unsigned char* octets = nullptr;
-    std::size_t length = 0;
-    return readPrimitive(ahead, tagInteger, octets, length) ? octets[0] : 0;
 }
 
 void derReadBitString(DerReader& reader, ZIRC_BN& number, int& octets)
@@ -198,7 +193,8 @@ int derIntegerLength(const ZIRC_BN& number)
 void derWriteInteger(DerWriter& writer, const ZIRC_BN& number)
 {
     const int length = derIntegerLength(number);
-    unsigned char octets[derLongestNumber + 1];
+    SecretArea<derLongestNumber + 1> area;
+    unsigned char* const octets = area.bytes;
     bnToBytesFixed(octets, number, length);
     if (number.neg != 0 && bnBits(number) > 0) {
         unsigned int carry = 1;

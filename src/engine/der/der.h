@@ -43,8 +43,6 @@ void derFinish(DerReader& reader, const DerSequence& sequence);
 bool derHasMore(const DerReader& reader, const DerSequence& sequence);
 // The magnitude of an INTEGER; a negative one counts by its magnitude too.
 void derReadInteger(DerReader& reader, ZIRC_BN& number);
-// The first content octet of an INTEGER, which stays to be read; 0 where there is none.
-unsigned char derPeekInteger(const DerReader& reader);
 // The bits of a BIT STRING as a number, the unused ones cleared. The count of its octets goes to `octets`.
 void derReadBitString(DerReader& reader, ZIRC_BN& number, int& octets);
 

@@ -2,6 +2,7 @@
 #include "engine/kcdsa/kcdsa.h"
 
 #include "base/wipe.h"
+#include "engine/bignum/rows.h"
 #include "engine/der/der.h"
 #include "engine/digest/has160.h"
 #include "engine/digest/sha1.h"
@@ -49,12 +50,6 @@ void combine(ZIRC_BN& e, const ZIRC_BN& r, const unsigned char* digest, int dige
     bnMod(e, mixed, q);
 }
 
-struct SecretNumber {
-    ZIRC_BN bn;
-
-    ~SecretNumber() { wipe(&bn, sizeof bn); }
-};
-
 } // namespace
 
 // ---- keys ----
@@ -75,9 +70,9 @@ bool kcdsaReadPrivateKey(ZIRC_KcdsaKey& key, const unsigned char* blob, int leng
     for (ZIRC_BN* number : {&key.p, &key.q, &key.g, &key.x, &key.y}) derReadInteger(reader, *number);
     derFinish(reader, sequence);
     if (reader.failed || !areParameters(key)) return false;
-    SecretNumber x;
-    bnMod(x.bn, key.x, key.q);
-    return bnBits(x.bn) > 0;
+    Temporary x;
+    bnMod(x, key.x, key.q);
+    return bnBits(x) > 0;
 }
 
 int kcdsaWritePublicKey(const ZIRC_KcdsaKey& key, unsigned char* blob, int room)
@@ -106,23 +101,23 @@ void kcdsaZ(const ZIRC_KcdsaKey& key, unsigned char* z)
 
 bool kcdsaSign(const ZIRC_KcdsaKey& key, unsigned int hashId, ZIRC_BN& r, ZIRC_BN& s, const unsigned char* digest, int digestLength)
 {
-    constexpr int mostDraws = 200; // of a well-formed key, one in 256 may fail
+    constexpr int mostDraws = 20; // with a p of whole octets, fewer than one in 128 gives a W that is too short
     const int pLength = bytesOf(key.p), orderBits = (bnBits(key.q) + 31) / 32 * 32;
     for (int draw = 0; draw < mostDraws; ++draw) {
-        SecretNumber drawn, k, difference;
+        Temporary drawn, k, difference;
         ZIRC_BN W, e;
-        if (!bnRandom(drawn.bn, orderBits, 1, 0)) return false;
-        bnMod(k.bn, drawn.bn, key.q);
-        if (bnBits(k.bn) == 0) continue;
-        bnModExpSecret(W, key.g, k.bn, key.p);
+        if (!bnRandom(drawn, orderBits, 1, 0)) return false;
+        bnMod(k, drawn, key.q);
+        if (bnBits(k) == 0) continue;
+        bnModExpSecret(W, key.g, k, key.p);
         if (bytesOf(W) != pLength) continue;
         unsigned char bytes[mostBytes], hash[kcdsaDigestLength];
         bnToBytesFixed(bytes, W, pLength);
         hashOf(hashId, hash, bytes, pLength);
         bnFromBytes(r, hash, digestLength);
         combine(e, r, digest, digestLength, key.q);
-        bnModSub(difference.bn, k.bn, e, key.q);
-        bnModMul(s, key.x, difference.bn, key.q);
+        bnModSub(difference, k, e, key.q);
+        bnModMul(s, key.x, difference, key.q);
         if (bnBits(s) > 0) return true;
     }
     return false;

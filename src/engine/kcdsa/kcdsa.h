@@ -6,7 +6,7 @@
 namespace vrno {
 
 inline constexpr int kcdsaMostBits = 2048;     // of p
-inline constexpr int kcdsaMostOrderBits = 512; // of q, which has 160 or 256 in the sizes of the standard
+inline constexpr int kcdsaMostOrderBits = 256; // of q
 inline constexpr int kcdsaDigestLength = 20, kcdsaZLength = 64;
 
 struct ZIRC_KcdsaKey {

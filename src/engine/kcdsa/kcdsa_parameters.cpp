@@ -1,7 +1,7 @@
 // Domain parameters and keys of KCDSA.
 #include "engine/kcdsa/kcdsa.h"
 
-#include "base/wipe.h"
+#include "engine/bignum/rows.h"
 #include "engine/digest/has160.h"
 
 #include <algorithm>
@@ -11,7 +11,7 @@ namespace vrno {
 
 void has160Expand(unsigned char* output, int bits, const unsigned char* seed, int seedLength)
 {
-    constexpr int digestLength = 20, longestSeed = 36;
+    constexpr int digestLength = 20, longestSeed = kcdsaMostOrderBits / 8 + 4;
     unsigned char block[longestSeed + 1], digest[digestLength];
     std::memcpy(block, seed, static_cast<std::size_t>(seedLength));
     int left = (bits + 7) / 8;
@@ -95,7 +95,7 @@ bool kcdsaGenerateParameters(unsigned char* seed, ZIRC_BN& p, ZIRC_BN& q, ZIRC_B
 bool kcdsaGenerateKeyPair(ZIRC_KcdsaKey& key, int pBits, int qBits)
 {
     unsigned char seed[mostSeedBytes];
-    ZIRC_BN J, drawn, inverse;
+    Temporary J, drawn, inverse;
     int count = 0;
     if (!kcdsaGenerateParameters(seed, key.p, key.q, J, count, key.g, pBits, qBits)) return false;
     do {
@@ -104,8 +104,6 @@ bool kcdsaGenerateKeyPair(ZIRC_KcdsaKey& key, int pBits, int qBits)
         bnModInverse(inverse, key.x, key.q);
     } while (bnBits(inverse) == 0);
     bnModExpSecret(key.y, key.g, inverse, key.p);
-    wipe(&drawn, sizeof drawn);
-    wipe(&inverse, sizeof inverse);
     return true;
 }
 

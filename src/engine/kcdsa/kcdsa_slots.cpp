@@ -1,5 +1,6 @@
 #include "engine/kcdsa/kcdsa_slots.h"
 
+#include "base/wipe.h"
 #include "engine/kcdsa/kcdsa.h"
 
 #include <new>
@@ -72,7 +73,10 @@ static int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int
     }
     const int written = kcdsaWritePublicKey(key, publicBlob, *publicLength);
     const int secret = kcdsaWritePrivateKey(key, privateBlob, *privateLength);
-    if (written < 0 || secret < 0) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    if (written < 0 || secret < 0) {
+        wipe(privateBlob, static_cast<std::size_t>(*privateLength));
+        return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    }
     *publicLength = written;
     *privateLength = secret;
     return 0;

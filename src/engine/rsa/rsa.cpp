@@ -2,6 +2,7 @@
 #include "engine/rsa/rsa.h"
 
 #include "base/wipe.h"
+#include "engine/bignum/rows.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
 #include "engine/frame/hash_id.h"
@@ -19,13 +20,6 @@ int modulusBytes(const ZIRC_RsaKey& key)
     return (bnBits(key.n) + 7) / 8;
 }
 
-// A number on the stack that held a secret.
-struct SecretNumber {
-    ZIRC_BN bn;
-
-    ~SecretNumber() { wipe(&bn, sizeof bn); }
-};
-
 using SecretBytes = SecretArea<rsaMostBytes + 64>;
 
 void publicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
@@ -36,12 +30,12 @@ void publicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
 // One more prime joins a result of the Chinese remainder theorem: result += product * ((m - result) * coefficient mod prime).
 void joinPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, const ZIRC_BN& prime, const ZIRC_BN& product)
 {
-    SecretNumber h, step, sum;
-    bnModSub(h.bn, m, result, prime);
-    bnModMul(step.bn, h.bn, coefficient, prime);
-    bnMul(h.bn, step.bn, product);
-    bnAdd(sum.bn, result, h.bn);
-    bnCopy(result, sum.bn);
+    Temporary h, step, sum;
+    bnModSub(h, m, result, prime);
+    bnModMul(step, h, coefficient, prime);
+    bnMul(h, step, product);
+    bnAdd(sum, result, h);
+    bnCopy(result, sum);
 }
 
 void privateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
@@ -50,19 +44,19 @@ void privateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
         bnModExpSecret(result, x, key.d, key.n);
         return;
     }
-    SecretNumber m, product, next;
+    Temporary m, product, next;
     bnModExpSecret(result, x, key.dQ, key.q);
-    bnModExpSecret(m.bn, x, key.dP, key.p);
-    joinPrime(result, m.bn, key.qInv, key.p, key.q);
-    bnMul(product.bn, key.p, key.q);
+    bnModExpSecret(m, x, key.dP, key.p);
+    joinPrime(result, m, key.qInv, key.p, key.q);
+    bnMul(product, key.p, key.q);
     for (int i = 0; i < key.nPrimes - 2; ++i) {
-        bnModExpSecret(m.bn, x, key.dR[i], key.r[i]);
-        joinPrime(result, m.bn, key.t[i], key.r[i], product.bn);
-        bnMul(next.bn, product.bn, key.r[i]);
-        bnCopy(product.bn, next.bn);
+        bnModExpSecret(m, x, key.dR[i], key.r[i]);
+        joinPrime(result, m, key.t[i], key.r[i], product);
+        bnMul(next, product, key.r[i]);
+        bnCopy(product, next);
     }
-    bnMod(next.bn, result, key.n); // in its range also where the primes are not the modulus's
-    bnCopy(result, next.bn);
+    bnMod(next, result, key.n); // in its range also where the primes are not the modulus's
+    bnCopy(result, next);
 }
 
 using Operation = void (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
@@ -70,11 +64,11 @@ using Operation = void (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
 // The operation on bytes as a number; the result in `width` bytes, or -1 where it is longer.
 int operate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, int width, const unsigned char* input, int length)
 {
-    SecretNumber x, result;
-    bnFromBytes(x.bn, input, length);
-    operation(key, result.bn, x.bn);
-    if ((bnBits(result.bn) + 7) / 8 > width) return -1;
-    bnToBytesFixed(output, result.bn, width);
+    Temporary x, result;
+    bnFromBytes(x, input, length);
+    operation(key, result, x);
+    if ((bnBits(result) + 7) / 8 > width) return -1;
+    bnToBytesFixed(output, result, width);
     return width;
 }
 
@@ -101,11 +95,11 @@ int blockDecrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type
 {
     const int k = modulusBytes(key);
     if (length != k) return -1;
-    SecretNumber x, result;
+    Temporary x, result;
     SecretBytes em; // without the leading zero, so its length says where it starts
-    bnFromBytes(x.bn, input, length);
-    operation(key, result.bn, x.bn);
-    const int emLength = bnToBytes(em.bytes, result.bn);
+    bnFromBytes(x, input, length);
+    operation(key, result, x);
+    const int emLength = bnToBytes(em.bytes, result);
     if (emLength < 1 || em.bytes[0] != type) return -1;
     int at = 1;
     while (at < emLength && isPadding(em.bytes[at])) ++at;
@@ -278,7 +272,7 @@ int rsaPssSign(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* outpu
     if (saltLength < 0 || emLength < saltLength + length + 2) return -1;
     SecretBytes em;
     unsigned char salt[rsaMostBytes];
-    if (!randBytes(salt, saltLength)) return -1;
+    if (saltLength > 0 && !randBytes(salt, saltLength)) return -1;
     unsigned char* const hash = em.bytes + dbLength;
     pssHash(hashId, hash, digest, length, salt, saltLength);
     em.bytes[dbLength - saltLength - 1] = 0x01;
@@ -293,7 +287,7 @@ int rsaPssVerify(const ZIRC_RsaKey& key, unsigned int hashId, const unsigned cha
                  const unsigned char* signature, int signatureLength, int saltLength)
 {
     const int emBits = bnBits(key.n) - 1, emLength = (emBits + 7) / 8, dbLength = emLength - length - 1;
-    if (saltLength < 0 || emLength < saltLength + length + 2 || signatureLength < 0 || signatureLength > rsaMostBytes) return -1;
+    if (saltLength < 0 || emLength < saltLength + length + 2 || signatureLength != modulusBytes(key)) return -1;
     unsigned char em[rsaMostBytes + 8];
     if (operate(key, publicOperation, em, emLength, signature, signatureLength) < 0) return -1;
     const auto unusedBits = static_cast<unsigned char>(~(0xFF >> (8 * emLength - emBits)));

@@ -1,7 +1,7 @@
 // Key blobs of RSA, and the making of keys.
 #include "engine/rsa/rsa.h"
 
-#include "base/wipe.h"
+#include "engine/bignum/rows.h"
 #include "engine/der/der.h"
 
 #include <initializer_list>
@@ -76,13 +76,12 @@ bool rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
 {
     DerReader reader(blob, length);
     const DerSequence sequence = derReadSequence(reader);
-    const bool mayHaveMore = derPeekInteger(reader) != 0;
     ZIRC_BN version;
     for (ZIRC_BN* number : {&version, &key.n, &key.e, &key.d, &key.p, &key.q, &key.dP, &key.dQ, &key.qInv}) {
         derReadInteger(reader, *number);
     }
     key.nPrimes = 2;
-    if (mayHaveMore && derHasMore(reader, sequence)) readOtherPrimes(reader, key);
+    if (!bnIsZero(version) && derHasMore(reader, sequence)) readOtherPrimes(reader, key);
     derFinish(reader, sequence);
     return !reader.failed && isUsable(key) && primesFit(key);
 }
@@ -130,7 +129,7 @@ bool generatePrime(ZIRC_BN& prime, int bits, const ZIRC_BN& exponent, const ZIRC
 {
     for (;;) {
         if (!bnGeneratePrime(prime, bits)) return false;
-        ZIRC_BN before, common;
+        Temporary before, common;
         minusOne(before, prime);
         bnGcd(common, before, exponent);
         bool usable = isOne(common);
@@ -142,7 +141,7 @@ bool generatePrime(ZIRC_BN& prime, int bits, const ZIRC_BN& exponent, const ZIRC
 void orderPrimes(ZIRC_RsaKey& key)
 {
     if (bnCompareMagnitude(key.q, key.p) <= 0) return;
-    ZIRC_BN larger;
+    Temporary larger;
     bnCopy(larger, key.q);
     bnCopy(key.q, key.p);
     bnCopy(key.p, larger);
@@ -158,7 +157,7 @@ bool rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent)
     if (!generatePrime(key.p, bits / 2, key.e, nullptr, 0)) return false;
     if (!generatePrime(key.q, bits - bits / 2, key.e, first, 1)) return false;
     orderPrimes(key);
-    ZIRC_BN p1, q1, order;
+    Temporary p1, q1, order;
     minusOne(p1, key.p);
     minusOne(q1, key.q);
     bnMul(key.n, key.p, key.q);
@@ -167,7 +166,6 @@ bool rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent)
     bnMod(key.dP, key.d, p1);
     bnMod(key.dQ, key.d, q1);
     bnModInverse(key.qInv, key.q, key.p);
-    for (ZIRC_BN* secret : {&p1, &q1, &order}) wipe(secret, sizeof *secret);
     return true;
 }
 
@@ -187,14 +185,14 @@ bool rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int expon
         orderPrimes(key);
         bnMul(key.n, key.p, key.q);
         for (int i = 2; i < count; ++i) {
-            ZIRC_BN product;
+            Temporary product;
             bnMul(product, key.n, *primes[i]);
             bnCopy(key.n, product);
         }
         // Two primes alone would come out the same for ever; their two highest bits are set, so they are long enough.
     } while (count > 2 && bnBits(key.n) != bits);
 
-    ZIRC_BN order, before, lcm, product;
+    Temporary order, before, lcm, product;
     minusOne(order, key.p);
     for (int i = 1; i < count; ++i) {
         minusOne(before, *primes[i]);
@@ -214,7 +212,6 @@ bool rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int expon
         bnMul(product, order, key.r[i]);
         bnCopy(order, product);
     }
-    for (ZIRC_BN* secret : {&order, &before, &lcm, &product}) wipe(secret, sizeof *secret);
     return true;
 }
 

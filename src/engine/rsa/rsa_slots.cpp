@@ -1,6 +1,6 @@
 #include "engine/rsa/rsa_slots.h"
 
-#include "engine/der/der.h"
+#include "base/wipe.h"
 #include "engine/frame/slots.h"
 #include "engine/rsa/rsa.h"
 
@@ -38,6 +38,12 @@ static int produced(ZIRC_Context& context, int length, int* outputLength)
     return 0;
 }
 
+// Whether the output has room for the modulus, whose size the key brings: it may be more than the id's row says.
+static bool hasRoom(const ZIRC_Context& context, const int* outputLength)
+{
+    return *outputLength >= (bnBits(context.keyArea.rsa.n) + 7) / 8;
+}
+
 static int verified(ZIRC_Context& context, int result)
 {
     return result < 0 ? ZIRC_SetError(context, ZIRC_VERIFY_FAIL) : 0;
@@ -48,6 +54,7 @@ static int verified(ZIRC_Context& context, int result)
 static int encrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
                    int length)
 {
+    if (!hasRoom(context, outputLength)) return 1;
     const auto run = mode == ZIRC_MODE_PUBLIC_KEY ? rsaPublicEncrypt : rsaPrivateEncrypt;
     return produced(context, run(context.keyArea.rsa, output, input, length), outputLength);
 }
@@ -55,6 +62,7 @@ static int encrypt(ZIRC_Context& context, int mode, unsigned char* output, int* 
 static int decrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
                    int length)
 {
+    if (!hasRoom(context, outputLength)) return 1;
     const auto run = mode == ZIRC_MODE_PUBLIC_KEY ? rsaPublicDecrypt : rsaPrivateDecrypt;
     return produced(context, run(context.keyArea.rsa, output, input, length), outputLength);
 }
@@ -85,14 +93,14 @@ static int digestInfoFinal(ZIRC_Context& context, unsigned char* output, int* le
 static int oaepEncrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
                        int length)
 {
-    if (mode != ZIRC_MODE_PUBLIC_KEY) return 1;
+    if (mode != ZIRC_MODE_PUBLIC_KEY || !hasRoom(context, outputLength)) return 1;
     return produced(context, rsaOaepEncrypt(context.keyArea.rsa, context.nHashId, output, input, length, nullptr, 0), outputLength);
 }
 
 static int oaepDecrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
                        int length)
 {
-    if (mode != ZIRC_MODE_PRIVATE_KEY) return 1;
+    if (mode != ZIRC_MODE_PRIVATE_KEY || !hasRoom(context, outputLength)) return 1;
     return produced(context, rsaOaepDecrypt(context.keyArea.rsa, context.nHashId, output, input, length, nullptr, 0), outputLength);
 }
 
@@ -127,14 +135,17 @@ static int generate(ZIRC_Context& context, Generator generator, unsigned char* p
 {
     ZIRC_RsaKey& key = newKey(context);
     const unsigned int exponent = exponentOf(parameter, parameterLength);
-    // An even exponent, or 1, fits no prime or hides nothing.
-    if (exponent < 3 || exponent % 2 == 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+    // No prime less one is without a factor in common with an even exponent.
+    if (exponent % 2 == 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
     if (!generator(key, context.sizes.nKeyBits, exponent, context.sizes.nPrimeCount)) {
         return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
     }
     const int written = rsaWritePublicKey(key, publicBlob, *publicLength);
     const int secret = rsaWritePrivateKey(key, privateBlob, *privateLength);
-    if (written < 0 || secret < 0) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    if (written < 0 || secret < 0) {
+        wipe(privateBlob, static_cast<std::size_t>(*privateLength));
+        return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    }
     *publicLength = written;
     *privateLength = secret;
     return 0;
