@@ -12,6 +12,7 @@
 
 namespace bench {
 
+void registerBignumPairs();
 void registerCipherPairs();
 
 static std::vector<std::string> names; // of the pairs, as they were registered
@@ -91,6 +92,7 @@ int main(int argc, char** argv)
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
     bench::registerCipherPairs();
+    bench::registerBignumPairs();
     bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
