@@ -12,6 +12,7 @@
 
 namespace bench {
 
+void registerBignumPairs();
 void registerCipherPairs();
 void registerRsaPairs();
 
@@ -92,6 +93,7 @@ int main(int argc, char** argv)
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
     bench::registerCipherPairs();
+    bench::registerBignumPairs();
     bench::registerRsaPairs();
     bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

@@ -14,7 +14,12 @@ ModExpFunction modExpPortable; // over WordsPortable
 ModExpFunction modExpNative;   // over WordsNative
 ModExpFunction modExpWide;     // over words of 64 bits, where the compiler has 128
 
+ModExpFunction modExpIfma512; // over limbs of 52 bits, on x86-64
+
 inline constexpr Kernel<ModExpFunction> modExpKernels[] = {
+#if defined(__x86_64__) && defined(__SIZEOF_INT128__)
+    {"ifma512", CpuFeature::ifma512, modExpIfma512},
+#endif
 #ifdef __SIZEOF_INT128__
     {"wide", CpuFeature::none, modExpWide},
 #endif
