@@ -2,11 +2,11 @@
 #include "engine/bignum/montgomery.h"
 #include "engine/bignum/primes.h"
 #include "engine/bignum/rows.h"
-#include "engine/digest/sha1.h"
 #include "support.h"
 
 #include <openssl/bn.h>
 
+#include <cstring>
 #include <memory>
 #include <random>
 

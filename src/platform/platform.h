@@ -3,15 +3,12 @@
 // Texts are passed to the system byte for byte. Nothing here throws, and nothing but `Mutex` holds state.
 #pragma once
 
+#include <atomic>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
-
-#ifndef _WIN32
-#include <pthread.h>
-#endif
 
 namespace vrno::platform {
 
@@ -59,26 +56,37 @@ void* findSymbol(void* library, const char* name, int& error);
 
 // ---- the process and its clock ----
 
-// Not recursive. A static one is constant-initialised and never destroyed.
+std::uint32_t processId();
+
+// Not recursive. A static one is constant-initialised and never destroyed. It is held in the name of the process, so that
+// a forked child is not kept out by a thread that it does not have: what such a thread left half done is the child's to
+// throw away.
 class Mutex {
 public:
-    void lock();
-    void unlock();
+    void lock()
+    {
+        const std::uint32_t process = processId();
+        for (std::uint32_t holder = nobody; !m_holder.compare_exchange_weak(holder, process, std::memory_order_acquire);) {
+            const bool isForeign = holder != nobody && holder != process;
+            if (isForeign && m_holder.compare_exchange_strong(holder, process, std::memory_order_acquire)) return;
+            holder = nobody;
+            giveWay();
+        }
+    }
+    void unlock() { m_holder.store(nobody, std::memory_order_release); }
 
 private:
-#ifdef _WIN32
-    void* m_native = nullptr; // an SRWLOCK, which starts as all zeros
-#else
-    pthread_mutex_t m_native = PTHREAD_MUTEX_INITIALIZER;
-#endif
+    static constexpr std::uint32_t nobody = 0;
+
+    static void giveWay(); // to another thread
+
+    std::atomic<std::uint32_t> m_holder = nobody;
 };
 
 // From its return on, forks of this process wait for the mutex and leave it free in parent and child, where `inChild` runs
 // first. To be called before the mutex is locked, each time; for one mutex of the process. Nothing to do where there is
 // no fork.
 void holdDuringFork(Mutex& mutex, void (*inChild)());
-
-std::uint32_t processId();
 
 struct WallClock {
     std::int64_t seconds; // since 1970-01-01 00:00:00 UTC

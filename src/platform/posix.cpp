@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sched.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -87,14 +88,9 @@ void* findSymbol(void* library, const char* name, int& error)
 
 // ---- the process and its clock ----
 
-void Mutex::lock()
+void Mutex::giveWay()
 {
-    pthread_mutex_lock(&m_native);
-}
-
-void Mutex::unlock()
-{
-    pthread_mutex_unlock(&m_native);
+    sched_yield();
 }
 
 namespace {

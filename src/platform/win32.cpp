@@ -69,16 +69,9 @@ void* findSymbol(void* library, const char* name, int& error)
 
 // ---- the process and its clock ----
 
-static_assert(sizeof(SRWLOCK) == sizeof(void*));
-
-void Mutex::lock()
+void Mutex::giveWay()
 {
-    AcquireSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&m_native));
-}
-
-void Mutex::unlock()
-{
-    ReleaseSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&m_native));
+    SwitchToThread();
 }
 
 void holdDuringFork(Mutex&, void (*)()) {}

@@ -18,7 +18,7 @@ void setSum(ZIRC_BN& r, std::uint32_t neg, const ZIRC_BN& a, const std::uint32_t
 {
     const std::size_t an = significant(a);
     std::uint32_t carry = addRow(r.d, a.d, b, bn);
-    std::copy(a.d + bn, a.d + an, r.d + bn);
+    if (&r != &a) std::copy(a.d + bn, a.d + an, r.d + bn);
     carry = addToRow(r.d + bn, an - bn, carry);
     if (an < capacity) r.d[an] = carry;
     r.neg = neg;

@@ -41,7 +41,7 @@ inline bool isOdd(const ZIRC_BN& a)
 inline constexpr std::size_t maxDividend = 2 * bnWords + 16;
 
 // a = q x d + rem: an words, at most maxDividend, by dn words, the top one of which is not zero. q, which may be null, has
-// an - dn + 1 words where an is at least dn, else none; rem has dn words. The results may lie where the operands do.
+// an - dn + 1 words where an is at least dn, else none; rem has dn words. The results lie apart from the operands.
 void divideRows(std::uint32_t* q, std::uint32_t* rem, const std::uint32_t* a, std::size_t an, const std::uint32_t* d,
                 std::size_t dn);
 

@@ -157,11 +157,13 @@ template <std::size_t length> bool seedFromSystem(Pool& pool, bool tellsProcess)
     return given;
 }
 
-// With the lock held: seeds on first use, and in a child. The number tells a child that no handler ran in.
+// With the lock held: seeds on first use, and in a child, which throws its parent's pool away, whole or half done. The
+// number tells a child that no handler ran in.
 bool seedProcess()
 {
     const std::uint32_t process = platform::processId();
     if (seededProcess == process) return true;
+    randPool = Pool{};
     if (!seedFromSystem<88>(randPool, false)) return false;
     seededProcess = process;
     return true;
