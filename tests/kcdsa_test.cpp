@@ -2,8 +2,7 @@
 #include "engine/der/der.h"
 #include "engine/digest/has160.h"
 #include "engine/digest/sha1.h"
-#include "engine/frame/hash_id.h"
-#include "engine/frame/zirc.h"
+#include "engine/frame/context.h"
 #include "engine/kcdsa/kcdsa.h"
 #include "support.h"
 
@@ -269,4 +268,41 @@ TEST(Kcdsa, UselessKeysAreRefused)
     unsigned char out[512];
     int length = 512;
     EXPECT_EQ(ZIRC_SignData(at(never), static_cast<int>(never.size()), 141401, out, &length, at(p), 1), 3110);
+}
+
+TEST(Kcdsa, TheLargerSizeSignsToo)
+{
+    std::string numbers, shared;
+    for (const Case& c : cases("kcdsa2048.txt", 2)) {
+        const std::string number = "02{00" + c[1] + "}";
+        if (c[0] != "x") shared += number;
+        numbers += number;
+    }
+    const std::string privateBlob = der("30{" + numbers + "}"), publicBlob = der("30{" + shared + "}"), message = "m";
+    unsigned char signature[512];
+    int length = 512;
+    ASSERT_EQ(ZIRC_SignData(at(privateBlob), static_cast<int>(privateBlob.size()), 141402, signature, &length, at(message), 1), 0);
+    const auto verify = [&](const std::string& blob, const std::string& text) {
+        return ZIRC_VerifyData(at(blob), static_cast<int>(blob.size()), 141402, signature, length, at(text), 1);
+    };
+    EXPECT_EQ(verify(publicBlob, message), 0);
+    EXPECT_EQ(verify(publicBlob, "n"), 3116);
+    EXPECT_EQ(verify(publicBlob.substr(0, 820), message), 1107);
+    EXPECT_EQ(verify(der("02{" + std::string(1700, '7') + "}"), message), 1107); // y alone is no key
+}
+
+TEST(Kcdsa, TheSlotMakesBothBlobs)
+{
+    ZIRC_Context context;
+    ASSERT_EQ(bindSignature(context, 141401), 0);
+    context.sizes.nKeyBits = 512; // whose order has 128
+    unsigned char pub[512], priv[512];
+    int publicLength = 512, privateLength = 512;
+    ASSERT_EQ(context.slots.fnGenerateKeyPair(context, pub, &publicLength, priv, &privateLength, nullptr, 0), 0);
+    ZIRC_KcdsaKey one, other;
+    ASSERT_TRUE(kcdsaReadPublicKey(one, pub, publicLength));
+    ASSERT_TRUE(kcdsaReadPrivateKey(other, priv, privateLength));
+    EXPECT_EQ(bnBits(one.p), 512);
+    EXPECT_EQ(bnBits(one.q), 128);
+    EXPECT_EQ(bnIsEqual(one.y, other.y), 1);
 }
