@@ -23,7 +23,7 @@ bool seedWithTime()
 
 bool bnRandom(ZIRC_BN& number, int bits, int top, int bottom)
 {
-    unsigned char bytes[bnBytes];
+    unsigned char bytes[bnBytes] = {}; // what a draw starts from goes into it
     bnSetWord(number, 1);
     if (bits < 1 || bits > 8 * bnBytes) return false;
     const int length = (bits + 7) / 8, bit = (bits - 1) % 8;

@@ -271,7 +271,7 @@ int rsaPssSign(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* outpu
     const int emBits = bnBits(key.n) - 1, emLength = (emBits + 7) / 8, dbLength = emLength - length - 1;
     if (saltLength < 0 || emLength < saltLength + length + 2) return -1;
     SecretBytes em;
-    unsigned char salt[rsaMostBytes];
+    unsigned char salt[rsaMostBytes] = {};
     if (saltLength > 0 && !randBytes(salt, saltLength)) return -1;
     unsigned char* const hash = em.bytes + dbLength;
     pssHash(hashId, hash, digest, length, salt, saltLength);
