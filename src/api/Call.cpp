@@ -149,6 +149,16 @@ int Call::deliver(const ByteString& data, const RecordOut& out)
     return code == 0 ? 0 : fail(code, formatted("VRNO_BINSTR_SetData : %s", out.name));
 }
 
+int Call::handOver(ByteString& data, VRNO_BINSTR* out)
+{
+    if (m_code != 0) return m_code;
+    VRNO_BINSTR_Delete(out);
+    if (data.getLength() == 0) return 0;
+    out->nLen = static_cast<unsigned int>(data.getLength());
+    out->pData = data.release();
+    return 0;
+}
+
 int Call::deliver(const ByteString& text, const TextOut& out)
 {
     if (!fits(text, out)) return m_code;

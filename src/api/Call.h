@@ -81,6 +81,7 @@ public:
 
     // The last step of a call: hands a result to the caller and returns the call's code.
     int deliver(const ByteString& data, const RecordOut& out);
+    int handOver(ByteString& data, VRNO_BINSTR* out); // the block itself, for results that are not to be held twice
     int deliver(const ByteString& text, const TextOut& out);
 
 private:

@@ -105,18 +105,12 @@ struct Direction {
     int code;
     const char* message;
     const char* inputName;
-    const char* outputName;
 };
 
-constexpr Direction encryption{&VNEncrypt::EncryptData,
-                               &VNEncrypt::EncryptData_NoGenKey,
-                               VRNO_ERR_ENCRYPT,
-                               u8"데이터를 암호화하는데 실패하였습니다."_ksc,
-                               "pPlainText",
-                               "cipherText"};
-constexpr Direction decryption{&VNEncrypt::DecryptData, &VNEncrypt::DecryptData_NoGenKey,
-                               VRNO_ERR_DECRYPT,        u8"데이터를 복호화하는데 실패하였습니다."_ksc,
-                               "pCipherText",           "plainText"};
+constexpr Direction encryption{&VNEncrypt::EncryptData, &VNEncrypt::EncryptData_NoGenKey, VRNO_ERR_ENCRYPT,
+                               u8"데이터를 암호화하는데 실패하였습니다."_ksc, "pPlainText"};
+constexpr Direction decryption{&VNEncrypt::DecryptData, &VNEncrypt::DecryptData_NoGenKey, VRNO_ERR_DECRYPT,
+                               u8"데이터를 복호화하는데 실패하였습니다."_ksc, "pCipherText"};
 
 // The expanded key of the chained path, made when it is first needed.
 int expandKey(Call& call, VNEncrypt& cipher)
@@ -153,7 +147,7 @@ int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRN
                                            length, result, padding);
     }
     if (failed > 0) return call.trail(direction.code, direction.message, cipher.getErrorTrail());
-    return call.deliver(result, RecordOut{out, direction.outputName});
+    return call.handOver(result, out);
 }
 
 } // namespace

@@ -5,8 +5,8 @@
 
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <new>
 #include <utility>
 
 namespace vrno {
@@ -14,7 +14,7 @@ namespace vrno {
 // A block for `length` bytes with the zero behind them already set; null when there is no memory.
 static unsigned char* newBlock(int length)
 {
-    auto* const block = new (std::nothrow) unsigned char[static_cast<std::size_t>(length) + 1];
+    auto* const block = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(length) + 1));
     if (block) block[length] = 0;
     return block;
 }
@@ -43,7 +43,7 @@ ByteString::ByteString(const ByteString& other)
 
 ByteString::~ByteString()
 {
-    delete[] m_pData;
+    std::free(m_pData);
 }
 
 int ByteString::setData(const void* data, int length)
@@ -99,7 +99,7 @@ int ByteString::append(const void* data, int length)
     if (!block) return outOfMemory;
     copyBytes(block, m_pData, m_nLength);
     copyBytes(block + m_nLength, data, length);
-    delete[] m_pData;
+    std::free(m_pData);
     m_pData = block;
     m_nLength += length;
     return good;
@@ -143,7 +143,7 @@ bool ByteString::operator==(const char* text) const
 
 void ByteString::clear()
 {
-    delete[] m_pData;
+    std::free(m_pData);
     m_pData = nullptr;
     m_nLength = 0;
     m_nError = good;
@@ -163,6 +163,14 @@ void ByteString::shorten(int length)
     if (length < 0 || length >= m_nLength) return;
     m_nLength = length;
     m_pData[length] = 0;
+}
+
+unsigned char* ByteString::release()
+{
+    unsigned char* const block = m_pData;
+    m_pData = nullptr;
+    m_nLength = 0;
+    return block;
 }
 
 void ByteString::swap(ByteString& other)

@@ -8,8 +8,8 @@
 namespace vrno {
 
 // Binary safe. Behind the data stands a zero byte that the length does not count, so that the content can be read as a
-// text. Every block is of exactly the size it needs and belongs to one object; copies duplicate it. Nothing throws: a
-// failed allocation is the status 2, with the content empty or, where told, unchanged.
+// text. Every block is of exactly the size it needs, comes from the plain heap and belongs to one object; copies duplicate
+// it. Nothing throws: a failed allocation is the status 2, with the content empty or, where told, unchanged.
 //
 // Empty comes in two forms, told apart by isNull(): no block at all, and a block of only the zero byte, which
 // setData() with a pointer and the length 0 gives.
@@ -57,6 +57,8 @@ public:
     // is no memory. shorten() then cuts it to what was filled.
     unsigned char* makeRoom(int length);
     void shorten(int length);
+    // Gives the block away, which is the caller's to free() from then on, and leaves the object empty; null without one.
+    unsigned char* release();
     void swap(ByteString& other);
     // Overwrites the data with zeros, which no compiler drops; the length stays.
     void wipe();
