@@ -29,11 +29,6 @@ Buffer buffer(const std::string& from)
     return {from.begin(), from.end()};
 }
 
-std::string text(const unsigned char* from, int length)
-{
-    return {reinterpret_cast<const char*>(from), static_cast<std::size_t>(length)};
-}
-
 std::string noise(std::size_t length, unsigned seed)
 {
     std::mt19937 numbers(seed);
@@ -56,7 +51,7 @@ std::string openssl(const std::string& key, const std::string& iv, const std::st
     EXPECT_EQ(EVP_CipherFinal_ex(context, out.data() + first, &last), 1);
     EVP_CIPHER_CTX_free(context);
     EVP_CIPHER_free(cipher);
-    return text(out.data(), first + last);
+    return text(out.data(), static_cast<std::size_t>(first + last));
 }
 
 // One whole operation of the engine with SEED; the result, with the output in `out` and the chaining value in `iv`.
@@ -69,7 +64,7 @@ int seedData(bool encrypts, const std::string& key, std::string& iv, const std::
                                                                         reinterpret_cast<const unsigned char*>(in.data()), static_cast<int>(in.size()),
                                                                         chain.data(), 16, padding);
     iv = text(chain.data(), 16);
-    if (result == 0) out = text(output.data(), room);
+    if (result == 0) out = text(output.data(), static_cast<std::size_t>(room));
     return result;
 }
 
@@ -158,7 +153,7 @@ TEST(Seed, PiecesOfEverySizeGiveTheWholeMessage)
             }
             int room = static_cast<int>(out.size()) - produced;
             ASSERT_EQ((encrypts ? ZIRC_EncryptFinal : ZIRC_DecryptFinal)(context, 3, &out[static_cast<unsigned>(produced)], &room, ZIRC_PAD_LENGTH), 0);
-            EXPECT_EQ(text(out.data(), produced + room), encrypts ? whole : in) << piece;
+            EXPECT_EQ(text(out.data(), static_cast<std::size_t>(produced + room)), encrypts ? whole : in) << piece;
         }
     }
 }
@@ -330,7 +325,7 @@ static std::string drawn(bool global, int length = 16)
 {
     Buffer out(static_cast<std::size_t>(length));
     EXPECT_TRUE(global ? randBytes(out.data(), length) : randBytesLocal(out.data(), length));
-    return text(out.data(), length);
+    return text(out.data(), static_cast<std::size_t>(length));
 }
 
 TEST(Random, DrawsAreNeverTheSame)

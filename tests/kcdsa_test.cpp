@@ -62,11 +62,6 @@ std::string fixed(const BIGNUM* number, int length)
     return out;
 }
 
-const unsigned char* at(const std::string& bytes)
-{
-    return reinterpret_cast<const unsigned char*>(bytes.data());
-}
-
 // A key of 1024 bits, with its blobs; made once, since that takes a second.
 struct Key {
     ZIRC_KcdsaKey key;

@@ -17,16 +17,6 @@ namespace {
 
 using Buffer = std::vector<unsigned char>;
 
-std::string text(const Buffer& from, std::size_t length)
-{
-    return {reinterpret_cast<const char*>(from.data()), length};
-}
-
-const unsigned char* at(const std::string& bytes)
-{
-    return reinterpret_cast<const unsigned char*>(bytes.data());
-}
-
 struct FreeKey {
     void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
     void operator()(EVP_PKEY_CTX* context) const { EVP_PKEY_CTX_free(context); }
@@ -60,7 +50,7 @@ int cipher(bool encrypts, int id, int mode, const std::string& blob, const std::
     int length = 2048;
     const int code = (encrypts ? ZIRC_EncryptData : ZIRC_DecryptData)(key.data(), static_cast<int>(key.size()), id, mode, result.data(), &length, at(in),
                                                                       static_cast<int>(in.size()), nullptr, 0, 0);
-    out = code == 0 ? text(result, static_cast<std::size_t>(length)) : "";
+    out = code == 0 ? text(result.data(), static_cast<std::size_t>(length)) : "";
     return code;
 }
 
@@ -69,7 +59,7 @@ int sign(int id, const std::string& blob, const std::string& in, std::string& ou
     Buffer result(2048);
     int length = 2048;
     const int code = ZIRC_SignData(at(blob), static_cast<int>(blob.size()), id, result.data(), &length, at(in), static_cast<int>(in.size()));
-    out = code == 0 ? text(result, static_cast<std::size_t>(length)) : "";
+    out = code == 0 ? text(result.data(), static_cast<std::size_t>(length)) : "";
     return code;
 }
 
@@ -91,7 +81,7 @@ std::string openssl(const Key& key, Start start, Run run, int padding, const std
     EVP_PKEY_CTX_set_rsa_padding(context.get(), padding);
     if (digest) EVP_PKEY_CTX_set_signature_md(context.get(), digest);
     if (padding == RSA_PKCS1_PSS_PADDING) EVP_PKEY_CTX_set_rsa_pss_saltlen(context.get(), 0);
-    return run(context.get(), out.data(), &length, at(in), in.size()) > 0 ? text(out, length) : "";
+    return run(context.get(), out.data(), &length, at(in), in.size()) > 0 ? text(out.data(), length) : "";
 }
 
 std::string digestOf(const EVP_MD* algorithm, const std::string& in)
@@ -99,7 +89,7 @@ std::string digestOf(const EVP_MD* algorithm, const std::string& in)
     Buffer out(64);
     unsigned length = 0;
     EVP_Digest(in.data(), in.size(), out.data(), &length, algorithm, nullptr);
-    return text(out, length);
+    return text(out.data(), length);
 }
 
 } // namespace
@@ -295,8 +285,8 @@ TEST(Rsa, KeysThatWeMakeAreKeysToOpenSSL)
         const std::unique_ptr<EVP_PKEY_CTX, FreeKey> context(EVP_PKEY_CTX_new(read.get(), nullptr));
         if (primes < 3) { EXPECT_EQ(EVP_PKEY_pairwise_check(context.get()), 1); }
         std::string signature;
-        ASSERT_EQ(sign(121400, text(priv, static_cast<std::size_t>(privateLength)), "m", signature), 0);
-        EXPECT_EQ(verify(121400, text(pub, static_cast<std::size_t>(publicLength)), "m", signature), 0);
+        ASSERT_EQ(sign(121400, text(priv.data(), static_cast<std::size_t>(privateLength)), "m", signature), 0);
+        EXPECT_EQ(verify(121400, text(pub.data(), static_cast<std::size_t>(publicLength)), "m", signature), 0);
     }
 }
 
@@ -321,7 +311,7 @@ TEST(Rsa, TheSlotTakesAnExponentInDer)
         if (row.code) {
             EXPECT_EQ(context.nError, row.code);
         } else {
-            const std::string blob = hex(text(pub, static_cast<std::size_t>(publicLength)));
+            const std::string blob = hex(text(pub.data(), static_cast<std::size_t>(publicLength)));
             EXPECT_EQ(blob.substr(blob.size() - std::string(row.tail).size()), row.tail);
             publicLength = 20;
             EXPECT_EQ(context.slots.fnGenerateKeyPair(context, pub.data(), &publicLength, priv.data(), &privateLength, nullptr, 0), 1);

@@ -1,53 +1,47 @@
 #include "engine/frame/slots.h"
 
+#include "engine/digest/kinds.h"
 #include "engine/random/random.h"
 
-#include <cstring>
+#include <type_traits>
 
 namespace vrno {
 
 // ---- digests ----
 
-static int md5Init(ZIRC_Context& context)
+template <class Digest> static typename Digest::State& stateOf(ZIRC_Context& context)
 {
-    MD5_Init(context.digestState.md5);
-    return 0;
+    if constexpr (std::is_same_v<Digest, Md5Kind>) {
+        return context.digestState.md5;
+    } else {
+        return context.digestState.sha1;
+    }
 }
 
-static int md5Update(ZIRC_Context& context, const unsigned char* input, int length)
+template <class Digest> static constexpr DigestKind digestKind(ZIRC_HashId id)
 {
-    MD5_Update(context.digestState.md5, input, static_cast<std::size_t>(length));
-    return 0;
+    return {id,
+            Digest::size,
+            {.fnDigestInit =
+                 [](ZIRC_Context& context) {
+                     Digest::init(stateOf<Digest>(context));
+                     return 0;
+                 },
+             .fnDigestUpdate =
+                 [](ZIRC_Context& context, const unsigned char* input, int length) {
+                     Digest::update(stateOf<Digest>(context), input, static_cast<std::size_t>(length));
+                     return 0;
+                 },
+             .fnDigestFinal =
+                 [](ZIRC_Context& context, unsigned char* output, int* length) {
+                     Digest::final(stateOf<Digest>(context), output);
+                     *length = Digest::size;
+                     return 0;
+                 }}};
 }
 
-static int md5Final(ZIRC_Context& context, unsigned char* output, int* length)
-{
-    MD5_Final(context.digestState.md5, output);
-    *length = 16;
-    return 0;
-}
-
-static int sha1Init(ZIRC_Context& context)
-{
-    SHA1_Init(context.digestState.sha1);
-    return 0;
-}
-
-static int sha1Update(ZIRC_Context& context, const unsigned char* input, int length)
-{
-    SHA1_Update(context.digestState.sha1, input, static_cast<std::size_t>(length));
-    return 0;
-}
-
-static int sha1Final(ZIRC_Context& context, unsigned char* output, int* length)
-{
-    SHA1_Final(context.digestState.sha1, output);
-    *length = 20;
-    return 0;
-}
-
-const DigestKind md5Digest{hashMd5, 16, {.fnDigestInit = md5Init, .fnDigestUpdate = md5Update, .fnDigestFinal = md5Final}};
-const DigestKind sha1Digest{hashSha1, 20, {.fnDigestInit = sha1Init, .fnDigestUpdate = sha1Update, .fnDigestFinal = sha1Final}};
+constinit const DigestKind md5Digest = digestKind<Md5Kind>(hashMd5);
+constinit const DigestKind sha1Digest = digestKind<Sha1Kind>(hashSha1);
 
 // ---- the MAC ----
 

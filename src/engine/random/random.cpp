@@ -1,8 +1,7 @@
 #include "engine/random/random.h"
 
 #include "base/wipe.h"
-#include "engine/digest/md5.h"
-#include "engine/digest/sha1.h"
+#include "engine/digest/kinds.h"
 #include "platform/platform.h"
 
 #include <algorithm>
@@ -81,22 +80,6 @@ void mix(Pool& pool, const unsigned char* data, std::size_t length, const unsign
         done += piece;
     }
 }
-
-struct Sha1 {
-    using State = SHA1_State;
-    static void init(State& state) { SHA1_Init(state); }
-    static void update(State& state, const unsigned char* data, std::size_t length) { SHA1_Update(state, data, length); }
-    static void final(State& state, unsigned char* digest) { SHA1_Final(state, digest); }
-    static constexpr std::size_t size = 20;
-};
-
-struct Md5 {
-    using State = MD5_State;
-    static void init(State& state) { MD5_Init(state); }
-    static void update(State& state, const unsigned char* data, std::size_t length) { MD5_Update(state, data, length); }
-    static void final(State& state, unsigned char* digest) { MD5_Final(state, digest); }
-    static constexpr std::size_t size = 16;
-};
 
 // Fills the output, eight bytes a digest: half of the digest comes out, and `feedback` goes back into the pool.
 template <class Digest>
@@ -183,7 +166,7 @@ bool randBytes(unsigned char* output, int length)
 {
     const Locked lock;
     if (!seedProcess()) return false;
-    if (length > 0) draw<Md5>(randPool, randPool.digest, randPool.digest, output, static_cast<std::size_t>(length));
+    if (length > 0) draw<Md5Kind>(randPool, randPool.digest, randPool.digest, output, static_cast<std::size_t>(length));
     return true;
 }
 
@@ -197,7 +180,7 @@ bool randBytesLocal(unsigned char* output, int length)
         const Locked lock;
         std::memcpy(running, randPool.digest, digestLength);
     }
-    draw<Sha1>(pool, running, pool.digest, output, static_cast<std::size_t>(length));
+    draw<Sha1Kind>(pool, running, pool.digest, output, static_cast<std::size_t>(length));
     {
         const Locked lock;
         std::memcpy(randPool.digest, running, digestLength);
