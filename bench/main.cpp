@@ -28,7 +28,9 @@ void pair(const std::string& name, std::size_t bytes, Operation ours, Operation 
                                              (void)turn;
                                              operation();
                                          }
-                                         if (bytes > 0) state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
+                                         if (bytes > 0)
+                                             state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
+                                                                     static_cast<int64_t>(bytes));
                                      })
             ->MinTime(0.1)
             ->Repetitions(5);
