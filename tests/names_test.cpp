@@ -34,10 +34,7 @@ TEST(Names, GeneralNameGivesEachForm)
         {"A4{3000}", 5, &RGeneralName::getDNformDirectoryName, "", ""},
         {"86{\"h:\"}", 7, &RGeneralName::getUniformResourceIdentifier, "683a", ""},
         {"87{7F000001}", 8, &RGeneralName::getIPAddress, "7f000001", ""},
-        {"88{2A03}", 9, &RGeneralName::getRegisteredID,
-         "312032203"
-         "3",
-         ""},
+        {"88{2A03}", 9, &RGeneralName::getRegisteredID, "3120322033", ""},
         {"A2{0400}", 3, &RGeneralName::getDNSName, nullptr, "RGeneralName::getDNSName-asnDNSName(1)"},
         {"A4{0400}", 5, &RGeneralName::getDNformDirectoryName, nullptr, "RGeneralName::getDNformDirectoryName-rdnSequence(1)"},
         {"8800", 9, &RGeneralName::getRegisteredID, nullptr, "RGeneralName::getRegisteredID-asnRegisteredID(1)"},
