@@ -61,11 +61,13 @@ void privateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
 
 using Operation = void (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
 
-// The operation on bytes as a number; the result in `width` bytes, or -1 where it is longer.
+// The operation on bytes as a number; the result in `width` bytes, or -1 where it is longer or the number is not below the
+// modulus (RFC 8017, 5.1 and 5.2).
 int operate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, int width, const unsigned char* input, int length)
 {
     Temporary x, result;
     bnFromBytes(x, input, length);
+    if (bnCompare(x, key.n) >= 0) return -1;
     operation(key, result, x);
     if ((bnBits(result) + 7) / 8 > width) return -1;
     bnToBytesFixed(output, result, width);
@@ -93,14 +95,9 @@ template <class IsPadding>
 int blockDecrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, IsPadding isPadding, unsigned char* output,
                  const unsigned char* input, int length)
 {
-    const int k = modulusBytes(key);
-    if (length != k) return -1;
-    Temporary x, result;
-    SecretBytes em; // without the leading zero, so its length says where it starts
-    bnFromBytes(x, input, length);
-    operation(key, result, x);
-    const int emLength = bnToBytes(em.bytes, result);
-    if (emLength < 1 || em.bytes[0] != type) return -1;
+    const int k = modulusBytes(key), emLength = k - 1; // without the leading zero
+    SecretBytes em;
+    if (length != k || operate(key, operation, em.bytes, emLength, input, length) < 0 || em.bytes[0] != type) return -1;
     int at = 1;
     while (at < emLength && isPadding(em.bytes[at])) ++at;
     if (at == emLength || em.bytes[at] != 0 || at - 1 < 8) return -1;
