@@ -1,5 +1,8 @@
-// The records of names and certificates: every check of every record, and what each one encodes to.
+// The records: every check of every record, and what each one encodes to.
 #include "ASN1Pkix/RCertificate.h"
+#include "ASN1Pkix/RKeys.h"
+#include "ASN1Pkix/RPbe.h"
+#include "ASN1Pkix/RPrivateKeyInfo.h"
 #include "support.h"
 
 #include <map>
@@ -43,6 +46,14 @@ TEST(Records, DecodeAndEncodeAsTheTableSays)
         {"RAnotherName", decoded<RAnotherName>},
         {"RVID", decoded<RVID>},
         {"RIdentifyData", decoded<RIdentifyData>},
+        {"RPrivateKeyInfo", decoded<RPrivateKeyInfo>},
+        {"REncryptedPrivateKeyInfo", decoded<REncryptedPrivateKeyInfo>},
+        {"RPBEParameter", decoded<RPBEParameter>},
+        {"RPBES2_params", decoded<RPBES2_params>},
+        {"RPBKDF2_params", decoded<RPBKDF2_params>},
+        {"RRSAPrivateKey", decoded<RRSAPrivateKey>},
+        {"RRSAPublicKey", decoded<RRSAPublicKey>},
+        {"RKCDSAParameters", decoded<RKCDSAParameters>},
     };
     for (const Case& c : cases("records.txt", 5)) {
         SCOPED_TRACE(c.where);
@@ -118,4 +129,44 @@ TEST(Records, GettersTellWhatTheyCouldNotRead)
     EXPECT_EQ(validity.getLastError(), 1);
     EXPECT_EQ(outermost(bytes(validity.getErrorTrail())), "RValidity::toASN1Object-m_notBefore(1)");
     EXPECT_EQ(innermost(bytes(validity.getErrorTrail())), "Any component is not chosen.");
+}
+
+TEST(Records, ChoicesAndDefaultsOfAKeyDerivation)
+{
+    RPBKDF2_params params;
+    EXPECT_EQ(bytes(params.toASN1Object()), "");
+    EXPECT_EQ(placeless(bytes(params.getErrorTrail())), "RPBKDF2_params::toASN1Object-m_ucBitMask(3),Any component does not chosen.");
+    ByteString other = byteString(der("30{30{06{2A03}} 020105}")), salt = byteString("salt");
+    ASSERT_EQ(params.fromASN1Object(other), 0);
+    EXPECT_EQ(params.getBitMask(), RPBKDF2_params::otherSource);
+    EXPECT_EQ(bytes(params.getPrf().getAlgorithm()), "1 2 840 113549 2 7");
+    EXPECT_EQ(hex(bytes(params.getPrf().getParameters())), "0500");
+    params.setSpecified(salt);
+    params.setKeyLength(16);
+    EXPECT_EQ(hex(bytes(params.toASN1Object())), hex(der("30{04{\"salt\"} 020105 020110}")));
+}
+
+TEST(Records, FlatKeysOfKcdsa)
+{
+    ByteString domain = byteString(der("30{020103 020105 020107}")), four = byteString(der("30{020103 020105 020107 020109}")), x = byteString(der("020111")),
+               y = byteString(der("020113")), bad = byteString(der("0401AA"));
+    RDSAPublicKey key;
+    EXPECT_EQ(key.setParam(four), 2);
+    EXPECT_EQ(placeless(bytes(key.getErrorTrail())), "RDSAPublicKey::setParam-asnSeq(2),The number of components is not 3.");
+    EXPECT_EQ(key.setParam(domain), 0);
+    EXPECT_EQ(key.setKey(bad), 1);
+    EXPECT_EQ(key.setKey(y), 0);
+    EXPECT_EQ(hex(bytes(key.toASN1Object())), hex(der("30{020103 020105 020107 020113}")));
+    RDSAPrivateKey secret;
+    EXPECT_EQ(secret.setKey(x, bad), 2);
+    EXPECT_EQ(secret.setParam(four), 0);
+    EXPECT_EQ(secret.m_ucBitMask, 0);
+    EXPECT_EQ(secret.setKey(x, y), 0);
+    EXPECT_EQ(secret.setParam(four), 0);
+    EXPECT_EQ(hex(bytes(secret.toASN1Object())), hex(der("30{020103 020105 020107 020111 020113}")));
+    RKCDSAParameters parameters;
+    ByteString negative = byteString(der("30{0281018F 020105 020107}"));
+    ASSERT_EQ(parameters.fromASN1Object(negative), 0);
+    EXPECT_EQ(bytes(parameters.getP()), "");
+    EXPECT_EQ(placeless(bytes(parameters.getErrorTrail())), "RKCDSAParameters::getOddPrime-m_p(1),OddPrime(P) is negative.");
 }

@@ -4,8 +4,8 @@ namespace vrno {
 
 // ---- decoding ----
 
-Decoder::Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at)
-    : m_record(record), m_class(recordClass), m_mask(mask)
+Decoder::Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at, const char* method)
+    : m_record(record), m_class(recordClass), m_method(method), m_mask(mask)
 {
     if (m_mask) *m_mask = 0;
     if (m_asnSeq.fromASN1Object(data) > 0) refuse(1, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
@@ -17,7 +17,7 @@ void Decoder::refuse(int code, const char* name, const char* message, Here at)
 {
     m_code = code;
     m_spare = 0;
-    m_record.addTrailFrame(at.file, at.line, m_class, "fromASN1Object", name, code, message);
+    m_record.addTrailFrame(at.file, at.line, m_class, m_method, name, code, message);
 }
 
 void Decoder::counted(int least, int most, const char* name, const char* message, Here at)
@@ -34,19 +34,20 @@ void Decoder::taggedRow(bool tagFits, const char* tagFrame, Member member, int c
     row(member, code, at);
 }
 
-void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at)
+void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at, int firstOctet)
 {
-    row(member, code, at);
+    row(member, code, at, firstOctet);
     if (m_code > 0) return;
     *m_mask |= bit;
     --m_spare;
 }
 
-void Decoder::row(Member member, int code, Here at)
+void Decoder::row(Member member, int code, Here at, int firstOctet)
 {
     if (m_code > 0) return;
     ByteString& component = m_asnSeq.getComponent(m_index);
     if (m_asnSeq.getLastError() > 0) return refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    if (firstOctet != asItIs) component.setAt(0, static_cast<unsigned char>(firstOctet));
     if (member.ops->decode(member.object, component) > 0) {
         return refuse(code + 1, member.name, member.ops->trail(member.object), at);
     }

@@ -44,6 +44,12 @@ struct Option {
 struct AnyTag {};
 inline constexpr AnyTag anyTag;
 
+// The first octet that the member is to see in place of the component's own: it then reads an IMPLICIT tag as the
+// universal one behind it.
+struct Rewrite {
+    unsigned char octet;
+};
+
 // ---- members, whatever their type ----
 
 // What a visitor does with a member; one table a type of member, so that a row costs little code.
@@ -88,8 +94,9 @@ class Decoder {
 public:
     static constexpr bool decoding = true;
 
-    // Decodes the outer SEQUENCE. `mask` is the record's m_ucBitMask, or null where it has none.
-    Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at);
+    // Decodes the outer SEQUENCE. `mask` is the record's m_ucBitMask, or null where it has none; `method` is for the frames.
+    Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at,
+            const char* method = "fromASN1Object");
 
     // The count of components, code 2. The least count is that of the required rows: what is there beyond it is spare,
     // and goes to the optional rows in their order. What no row takes is ignored.
@@ -126,9 +133,38 @@ public:
     {
         if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at);
     }
+    template <class M>
+    void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Rewrite first, Here at = Here::now())
+    {
+        if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at, first.octet);
+    }
     template <class M> void optional(AnyTag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
         if (spare()) optionalRow(bit, {member, name}, code, at);
+    }
+    // The same with a message: a spare component without the tag is refused.
+    template <class M>
+    void optional(Universal tag, unsigned char bit, M& member, const char* name, int code, int, const char* message,
+                  Here at = Here::now())
+    {
+        if (!spare()) return;
+        if (m_asnSeq.getComponentUniversalTag(m_index) != tag.tag) return refuse(code + 2, tag.frame, message, at);
+        optionalRow(bit, {member, name}, code, at);
+    }
+    // One alternative of a required component that is a CHOICE: the first whose tag fits takes it. chosen() stands behind
+    // the last one, with the codes and messages for the case that none did.
+    template <class M>
+    void alternative(Universal tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
+    {
+        if (m_code > 0 || m_chosen || m_asnSeq.getComponentUniversalTag(m_index) != tag.tag) return;
+        m_chosen = true;
+        ++m_spare; // which the row takes off, as if the component were optional
+        optionalRow(bit, {member, name}, code, at);
+    }
+    void chosen(unsigned char, int code, const char* message, int, const char*, Here at = Here::now())
+    {
+        if (m_code == 0 && !m_chosen) refuse(code, "asnSeq", message, at);
+        m_chosen = false;
     }
     void end(int) {}
 
@@ -139,16 +175,20 @@ private:
 
     void counted(int least, int most, const char* name, const char* message, Here at);
     void taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at);
-    void optionalRow(unsigned char bit, Member member, int code, Here at);
-    void row(Member member, int code, Here at);
+    void optionalRow(unsigned char bit, Member member, int code, Here at, int firstOctet = asItIs);
+    void row(Member member, int code, Here at, int firstOctet = asItIs);
     void refuse(int code, const char* name, const char* message, Here at);
+
+    static constexpr int asItIs = -1;
 
     RObject& m_record;
     const char* m_class;
+    const char* m_method;
     unsigned char* m_mask;
     ASN1Sequence m_asnSeq;
     int m_index = 0;
     int m_spare;
+    bool m_chosen = false;
     int m_code = 0;
 };
 
@@ -174,6 +214,20 @@ public:
     void optional(Tag, unsigned char bit, M& member, const char* name, int, int code, Here at = Here::now())
     {
         if (*m_mask & bit) row({member, name}, code, at);
+    }
+    template <class Tag, class M, class Detail>
+    void optional(Tag tag, unsigned char bit, M& member, const char* name, int, int code, Detail, Here at = Here::now())
+    {
+        optional(tag, bit, member, name, 0, code, at);
+    }
+    template <class M>
+    void alternative(Universal tag, unsigned char bit, M& member, const char* name, int, int code, Here at = Here::now())
+    {
+        optional(tag, bit, member, name, 0, code, at);
+    }
+    void chosen(unsigned char bits, int, const char*, int code, const char* message, Here at = Here::now())
+    {
+        if (m_record.m_nLastError == 0 && (*m_mask & bits) == 0) refuse(code, "m_ucBitMask", message, at);
     }
     // The whole SEQUENCE, with the record's option tag, into the record's output.
     void end(int code, Here at = Here::now());
@@ -215,6 +269,17 @@ template <class Record> ByteString& encode(Record& record)
     return record.m_bsOutput;
 }
 
+// ---- setters ----
+
+// Copies a record into a member through its encoding: 1 ("data") where it does not encode, 2 (the member's name) where
+// that does not decode.
+template <class Record, class M> int copyThrough(Record& record, M& data, M& member, const char* name, Here at = Here::now())
+{
+    ByteString& encoded = data.toASN1Object();
+    if (data.getLastError() > 0) return fail(record, 1, "data", data, at);
+    return member.fromASN1Object(encoded) > 0 ? fail(record, 2, name, member, at) : 0;
+}
+
 // ---- getters ----
 
 // Hands a member's output on as the record's own; the member's failure becomes code 1 with its trail, or noMemoryCode.
@@ -233,6 +298,16 @@ ByteString& relay(Record& record, ByteString& output, M& member, const char* nam
 template <class Record, class Oid> ByteString& oidText(Record& record, Oid& oid, const char* name, Here at = Here::now())
 {
     return relay(record, oid.getOID(' '), oid, name, at);
+}
+
+// The octets of an INTEGER without a sign octet; a negative one fails with `message`.
+template <class Record, class Integer>
+ByteString& magnitude(Record& record, Integer& integer, const char* name, const char* message, Here at = Here::now())
+{
+    record.m_nLastError = 0;
+    if (integer.getBytes(record.m_bsOutput, false) < 0) return failOutput(record, 1, name, message, at);
+    const bool lost = record.m_bsOutput.isNull() && integer.getValueLength() > 0;
+    return lost ? failOutput(record, noMemoryCode, name, "Memory Allocation Error", at) : record.m_bsOutput;
 }
 
 // The octets of a BIT STRING behind the octet of unused bits.
