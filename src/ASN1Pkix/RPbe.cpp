@@ -97,7 +97,7 @@ int RPBKDF2_params::setDefaultPrf()
     ASN1Null null;
     m_prf.setParameters(null.toASN1Object());
     return m_prf.setAlgorithm("1 2 840 113549 2 7", false) > 0 ? fail(*this, 14, "m_prf", m_prf, Here::now().in("fromASN1Object"))
-                                                                : 0;
+                                                               : 0;
 }
 
 ByteString& RPBKDF2_params::toASN1Object()

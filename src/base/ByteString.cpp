@@ -185,6 +185,20 @@ void ByteString::wipe()
     if (m_pData) vrno::wipe(m_pData, static_cast<std::size_t>(m_nLength));
 }
 
+int SecretString::join(const ByteString& first, const ByteString& second)
+{
+    wipe();
+    const bool fits = first.getLength() < INT_MAX - second.getLength();
+    unsigned char* const block = fits ? makeRoom(first.getLength() + second.getLength()) : nullptr;
+    if (!block) {
+        clear();
+        return outOfMemory;
+    }
+    std::memcpy(block, first.getBytes(), static_cast<std::size_t>(first.getLength()));
+    std::memcpy(block + first.getLength(), second.getBytes(), static_cast<std::size_t>(second.getLength()));
+    return good;
+}
+
 ByteString ByteString::toHex()
 {
     ByteString hex;

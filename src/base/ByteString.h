@@ -82,6 +82,20 @@ private:
     int m_nError = good;
 };
 
+// One that holds a secret, and overwrites it before it gives its block back. The block is filled once: growing it would
+// leave a copy behind.
+class SecretString : public ByteString {
+public:
+    SecretString() = default;
+    SecretString(const void* data, int length) : ByteString(data, length) {}
+    SecretString(const SecretString&) = delete;
+    SecretString& operator=(const SecretString&) = delete;
+    ~SecretString() override { wipe(); }
+
+    // Two values behind each other: 0, or 2 with the object empty.
+    int join(const ByteString& first, const ByteString& second);
+};
+
 // A text made as by ByteString::format; empty when that fails.
 ByteString formatted(const char* fmt, ...);
 

@@ -1,6 +1,7 @@
 #include "engine/digest/hmac.h"
 
 #include "base/wipe.h"
+#include "engine/digest/sha1_kernels.h"
 
 #include <cstring>
 
@@ -45,6 +46,27 @@ void HMAC_Final(HMAC_State& state, unsigned char* mac)
     SHA1_Update(state.sha1, inner, sizeof inner);
     SHA1_Final(state.sha1, mac);
     wipe(inner, sizeof inner);
+}
+
+// Inside and outside, a message of 20 bytes stands behind a pad of 64: one block each, whose end never changes.
+void HMAC_Chain(const HMAC_State& keyed, const unsigned char* first, unsigned char* sum, int count)
+{
+    constexpr unsigned int bits = 8 * (64 + sha1DigestLength);
+    BlockFunction* const blocks = pick(sha1Kernels);
+    SecretArea<64> block;
+    std::memcpy(block.bytes, first, sha1DigestLength);
+    block.bytes[sha1DigestLength] = 0x80;
+    store32<std::endian::big>(block.bytes + 60, bits);
+    std::uint32_t h[5];
+    for (; count > 0; --count) {
+        for (const SHA1_State* const pad : {&keyed.sha1, &keyed.outer}) {
+            std::memcpy(h, pad->h, sizeof h);
+            blocks(h, block.bytes, 1);
+            for (std::size_t i = 0; i < 5; ++i) store32<std::endian::big>(block.bytes + 4 * i, h[i]);
+        }
+        for (std::size_t i = 0; i < sha1DigestLength; ++i) sum[i] ^= block.bytes[i];
+    }
+    wipe(h, sizeof h);
 }
 
 } // namespace vrno
