@@ -1,4 +1,6 @@
 // The records: every check of every record, and what each one encodes to.
+// The records of names and certificates: every check of every record, and what each one encodes to.
+#include "ASN1Pkix/RAttribute.h"
 #include "ASN1Pkix/RCertificate.h"
 #include "ASN1Pkix/RKeys.h"
 #include "ASN1Pkix/RPbe.h"
@@ -54,6 +56,8 @@ TEST(Records, DecodeAndEncodeAsTheTableSays)
         {"RRSAPrivateKey", decoded<RRSAPrivateKey>},
         {"RRSAPublicKey", decoded<RRSAPublicKey>},
         {"RKCDSAParameters", decoded<RKCDSAParameters>},
+        {"RAttribute", decoded<RAttribute>},
+        {"RAttributes", decoded<RAttributes>},
     };
     for (const Case& c : cases("records.txt", 5)) {
         SCOPED_TRACE(c.where);
