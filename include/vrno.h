@@ -255,6 +255,30 @@ VRNO_API int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINST
 VRNO_API int VRNO_CRYPT_Encrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pPlainText, VRNO_BINSTR* pCipherText);
 VRNO_API int VRNO_CRYPT_Decrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCipherText, VRNO_BINSTR* pPlainText);
 
+/* ---- private keys (PKCS #8, RFC 5208) ---- */
+
+/* A plain key is a PrivateKeyInfo in DER, a protected one an EncryptedPrivateKeyInfo. A password counts by its bytes, up
+ * to the NUL, in no code page. */
+
+/* Protects a private key of any algorithm with a password: PBES2 (RFC 8018) with PBKDF2 over HMAC-SHA-1, 1024 iterations,
+ * and SEED-CBC. Equal input gives equal output. nAlg: 16, 32 or VRNO_SYM_SEED, which all give the same.
+ * 0; 1001; 1004 pszPassword null or empty, pPriKey not valid, pEncPriKey null; 5000; 1002; 2000 no PrivateKeyInfo; 2002. */
+VRNO_API int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPassword, const VRNO_BINSTR* pPriKey,
+                                 VRNO_BINSTR* pEncPriKey);
+
+/* Opens a protected key: what VRNO_PRIKEY_Encrypt writes, PBES2 and the classic PKCS #5 schemes with SEED, PKCS #12 with
+ * SEED. An iteration count, whatever it is, is gone through to its end; one below 1 is 2001.
+ * 0; 1001; 1004 pszPassword null or empty, pEncPriKey not valid, pPriKey null; 1002; 2004 wrong password, or data that
+ * deciphers to no private key; 2001 malformed, or of a scheme that is not supported, with the reason in the text. */
+VRNO_API int VRNO_PRIKEY_Decrypt(VRNO_API_CTX* pCtx, const char* pszPassword, const VRNO_BINSTR* pEncPriKey,
+                                 VRNO_BINSTR* pPriKey);
+
+/* Whether a plain private key belongs to a certificate: signs a text with the one and verifies with the other, with SHA-1.
+ * RSA of 1024 and 2048 bits, KCDSA of 1024 bits.
+ * 0 they are a pair; 1001; 1004 pCert not valid, pPriKey not valid; 1002; 2003 they are none, or one of them cannot be
+ * read or is of another kind; the text tells. */
+VRNO_API int VRNO_PRIKEY_CheckKeyPair(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert, const VRNO_BINSTR* pPriKey);
+
 /* ---- files ---- */
 
 /* Reads a file whole. The path is passed to the system byte for byte.
@@ -264,6 +288,44 @@ VRNO_API int VRNO_MEDIA_DISK_ReadFile(VRNO_API_CTX* pCtx, const char* pszFilePat
 /* The same for a certificate. The content is not looked at, and an empty file gives 0 and an empty record.
  * 0; 1001; 1004 pszFilePath null or empty, pCert null; 2504; 1002. */
 VRNO_API int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_BINSTR* pCert);
+
+/* The same for a private key. With a password the file is taken for a protected key and opened as by VRNO_PRIKEY_Decrypt;
+ * with a null or empty one its bytes are the result, whatever they are, and an empty file gives an empty record.
+ * 0; 1001; 1004 pszFilePath null or empty, pPriKey null; 2507; 2004; 2001; 1002. */
+VRNO_API int VRNO_MEDIA_DISK_ReadPriKey(VRNO_API_CTX* pCtx, const char* pszFilePath, const char* pszPassword,
+                                        VRNO_BINSTR* pPriKey);
+
+/* ---- smart cards, through a storage library ---- */
+
+/* A storage library is a dynamic library that reads items from a card for the toolkit. It exports one C function:
+ *
+ *     int PKI_STORAGE_Read(int nItemCode, const char* pszPIN, unsigned char* pBuffer, int* pLength, char* pszMessage);
+ *
+ * pBuffer has *pLength bytes, where the function puts the item and its length. pszMessage has 512 bytes, for a terminated
+ * text about a failure. The function returns 0; 256 or 0x80100069 when there is no card; 257 or 0x6300 to 0x63FF when the
+ * PIN is wrong; any other value for any other failure.
+ *
+ * nDataType is a device, 0 or 0x1000 to 0xB000 in steps of 0x1000 (any other counts as 0), plus a role: 1, 2, 16 or 32.
+ * The item's code is the device or-ed with 0x10, 0x40, 0x01, 0x04 for the certificate of that role and 0x20, 0x50, 0x02,
+ * 0x05 for its private key. An item has up to 2048 bytes. */
+
+/* Loads a storage library, one a context. What it exports is not looked at yet.
+ * 0; 1001; 1004 pszLibPath null or empty; 2509; 2510. */
+VRNO_API int VRNO_MEDIA_Load(VRNO_API_CTX* pCtx, const char* pszLibPath);
+
+/* Releases it; nothing to do when none is loaded. VRNO_API_Finish does so, too. 0; 1001; 2511, with the library kept. */
+VRNO_API int VRNO_MEDIA_Unload(VRNO_API_CTX* pCtx);
+
+/* Reads a certificate from the card.
+ * 0; 1001; 1004 pszPIN null or empty, pCert null; 2513; 2512; 6009; 2514; 2515; 2504; 2502 the item is empty or starts with
+ * a zero byte; 1002. The text of 2514, 2515 and 2504 ends in the storage library's result and message. */
+VRNO_API int VRNO_MEDIA_CARD_ReadCert(VRNO_API_CTX* pCtx, int nDataType, const char* pszPIN, VRNO_BINSTR* pCert);
+
+/* Reads a private key. With a password it is opened as by VRNO_PRIKEY_Decrypt; and one of code 0x20 then gets the identity
+ * check random value, item 0x30 of up to 128 bytes, as its attribute 1.2.410.200004.10.1.1.3, unless that item is empty.
+ * Codes as above with pPriKey for pCert and 2507 for 2504; 2519 the random value could not be read; 2004; 2001; 2000. */
+VRNO_API int VRNO_MEDIA_CARD_ReadPriKey(VRNO_API_CTX* pCtx, int nDataType, const char* pszPIN, const char* pszPassword,
+                                        VRNO_BINSTR* pPriKey);
 
 #ifdef __cplusplus
 } /* extern "C" */

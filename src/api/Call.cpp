@@ -91,10 +91,28 @@ int Call::wrongCertificate(PCertUtil2& cert)
     return trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, cert.getErrorTrail());
 }
 
+int Call::dynamic(int code, const char* message, const char* function, int result, const char* detail)
+{
+    setApiError(m_context, code, ERRFORM_DYNAMICLIB, m_function, message, function, result, detail);
+    return m_code = code;
+}
+
+Call& Call::check(bool good, int code, const char* message)
+{
+    if (m_code == 0 && !good) fail(code, message);
+    return *this;
+}
+
 Call& Call::loaded()
 {
-    if (m_code == 0 && !m_context->pLoadedCert) fail(VRNO_ERR_CERT_NOT_LOADED, u8"인증서가 로드되어있지 않습니다."_ksc);
-    return *this;
+    const bool isLoaded = m_code == 0 && m_context->pLoadedCert;
+    return check(isLoaded, VRNO_ERR_CERT_NOT_LOADED, u8"인증서가 로드되어있지 않습니다."_ksc);
+}
+
+Call& Call::libraryLoaded()
+{
+    const bool isLoaded = m_code == 0 && m_context->hMediaLib;
+    return check(isLoaded, VRNO_ERR_LIB_NOT_LOADED, u8"우선 동적 라이브러리를 로드하세요."_ksc);
 }
 
 Call& Call::keySet()
@@ -108,14 +126,12 @@ Call& Call::keySet()
 
 Call& Call::input(const VRNO_BINSTR* data, const char* message)
 {
-    if (m_code == 0 && !(data && data->pData && data->nLen)) fail(VRNO_ERR_ARGUMENT, message);
-    return *this;
+    return check(data && data->pData && data->nLen, VRNO_ERR_ARGUMENT, message);
 }
 
 Call& Call::input(const char* text, const char* message)
 {
-    if (m_code == 0 && !(text && *text)) fail(VRNO_ERR_ARGUMENT, message);
-    return *this;
+    return check(text && *text, VRNO_ERR_ARGUMENT, message);
 }
 
 Call& Call::output(const void* pointer, const char* name)

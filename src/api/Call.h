@@ -53,8 +53,12 @@ class Call {
 public:
     explicit Call(VRNO_API_CTX* context, const char* function = __builtin_FUNCTION());
 
+    // The code with the message unless it is good.
+    Call& check(bool good, int code, const char* message);
     // 1501 unless a certificate is loaded.
     Call& loaded();
+    // 2513 unless a storage library is loaded.
+    Call& libraryLoaded();
     // 5004 unless a session key is set.
     Call& keySet();
     // 1004 with the message unless the record has data, or the text characters.
@@ -76,6 +80,7 @@ public:
     int fail(int code, const char* message);
     int fail(int code, const ByteString& message); // empty where the message was too long to be made
     int trail(int code, const char* message, const ByteString& errorTrail);
+    int dynamic(int code, const char* message, const char* function, int result, const char* detail); // of the storage library
     int noMemory(const char* slot);
     int wrongCertificate(PCertUtil2& cert);
 

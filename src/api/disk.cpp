@@ -1,5 +1,5 @@
 // VRNO_MEDIA_DISK_*: files, read whole.
-#include "api/Call.h"
+#include "api/prikey.h"
 #include "platform/platform.h"
 
 using namespace vrno;
@@ -38,4 +38,18 @@ int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_B
         return call.fail(VRNO_ERR_CERT_READ, formatted(u8"인증서를 읽는데 실패하였습니다. (위치 : %s)"_ksc, pszFilePath));
     }
     return call.deliver(file, RecordOut{NAMED(pCert)});
+}
+
+int VRNO_MEDIA_DISK_ReadPriKey(VRNO_API_CTX* pCtx, const char* pszFilePath, const char* pszPassword, VRNO_BINSTR* pPriKey)
+{
+    Call call(pCtx);
+    ByteString file;
+    SecretString key;
+    if (!call.input(pszFilePath, u8"파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pPriKey))) return call.code();
+    if (readFile(pszFilePath, file) > 0) {
+        return call.fail(VRNO_ERR_PRIKEY_READ, formatted(u8"개인키를 읽는데 실패하였습니다. (위치 : %s)"_ksc, pszFilePath));
+    }
+    const bool opens = pszPassword && *pszPassword;
+    if (opens && openPrivateKey(call, pszPassword, file, key) > 0) return call.code();
+    return call.deliver(opens ? key : file, RecordOut{NAMED(pPriKey)});
 }

@@ -1,0 +1,93 @@
+/*
+ * A storage library for libvrno, in place of a smart card: it serves items from a folder of files. It is an example of how
+ * to write one; vrno.h has the contract.
+ *
+ * The folder is named by the environment variable VRNO_STORAGE. It holds
+ *
+ *     pin           the PIN, one line; where this file is missing, no card is in the reader
+ *     0010.item     the item of code 0x0010, and so on
+ *     0010.result   for tests: "6983 a message" makes reading this item end with 0x6983 and the message
+ *
+ * Messages are in code page 949, of which ASCII is a part.
+ */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#if defined(_WIN32)
+#define EXPORTED __declspec(dllexport)
+#else
+#define EXPORTED __attribute__((visibility("default")))
+#endif
+
+enum { MESSAGE_SIZE = 512 };
+
+/* Without a card, and what cards themselves answer (ISO 7816-4). */
+enum {
+    NO_CARD = 0x100,
+    WRONG_PIN = 0x63C0, /* and in the last digit the tries that are left */
+    WRONG_LENGTH = 0x6700,
+    NOT_FOUND = 0x6A82
+};
+
+EXPORTED int PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length, char* message);
+
+static FILE* open_file(const char* name)
+{
+    char path[4096];
+    const char* folder = getenv("VRNO_STORAGE");
+    const int size = folder ? snprintf(path, sizeof path, "%s/%s", folder, name) : -1;
+    return size > 0 && size < (int)sizeof path ? fopen(path, "rb") : NULL;
+}
+
+static int answer(char* message, int result, const char* text)
+{
+    snprintf(message, MESSAGE_SIZE, "%s", text);
+    return result;
+}
+
+/* Whether the card's PIN is this one; -1 when there is no card. */
+static int pin_fits(const char* pin)
+{
+    char line[128] = "";
+    FILE* const file = open_file("pin");
+    if (!file) return -1;
+    if (!fgets(line, sizeof line, file)) line[0] = '\0';
+    fclose(file);
+    line[strcspn(line, "\r\n")] = '\0';
+    return strcmp(line, pin) == 0;
+}
+
+/* The result that a test asks for, 0 when it asks for none. */
+static int wanted_result(int item_code, char* message)
+{
+    char name[32];
+    unsigned int result = 0;
+    snprintf(name, sizeof name, "%04x.result", (unsigned int)item_code);
+    FILE* const file = open_file(name);
+    if (!file) return 0;
+    if (fscanf(file, "%x %511[^\n]", &result, message) < 1) result = 0;
+    fclose(file);
+    return (int)result;
+}
+
+EXPORTED int PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length, char* message)
+{
+    char name[32];
+    const int fits = pin_fits(pin);
+    if (fits < 0) return answer(message, NO_CARD, "no card");
+    if (!fits) return answer(message, WRONG_PIN | 2, "wrong PIN, two tries left");
+    const int wanted = wanted_result(item_code, message);
+    if (wanted != 0) return wanted;
+
+    snprintf(name, sizeof name, "%04x.item", (unsigned int)item_code);
+    FILE* const file = open_file(name);
+    if (!file) return answer(message, NOT_FOUND, "no such item");
+    const size_t capacity = (size_t)*length;
+    const size_t size = fread(buffer, 1, capacity, file);
+    const int is_longer = size == capacity && fgetc(file) != EOF;
+    fclose(file);
+    if (is_longer) return answer(message, WRONG_LENGTH, "the item is longer than the buffer");
+    *length = (int)size;
+    return 0;
+}

@@ -1,0 +1,80 @@
+// What the detection of private and of public keys shares: which algorithm a key is of, how it becomes flat, the form that
+// the engine takes, and which code its signatures have.
+#pragma once
+
+#include "base/Objects.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace vrno {
+
+enum class KeyFamily { rsa, kcdsa, refused };
+
+struct Refusal {
+    int code;
+    const char* message;
+};
+
+// One side of a key pair: in whose name a failure is told, with which codes and words.
+struct KeySide {
+    const char* className;
+    const char* detection; // the method's name
+    const char* oidName;
+    Refusal dsa, diffieHellman, elliptic, unknown; // `unknown` takes the identifier
+
+    const char* rsaName;
+    const char* rsaSizeName;
+    Refusal rsaSize; // takes the bits
+    int rsaEncodeCode;
+
+    int domainCode; // of KCDSA parameters that cannot be read
+    const char* hashName;
+    const char* kcdsaSizeName;
+
+    const char* signature; // the method's name
+    int pssCode, hashCode1024, hashCode2048;
+
+    int fail(PObject& object, int code, const char* name, const char* message, Here at) const
+    {
+        object.addTrailFrame(at.file, at.line, className, at.function, name, code, message);
+        return code;
+    }
+    template <Trailed Inner> int fail(PObject& object, int code, const char* name, Inner& inner, Here at) const
+    {
+        return fail(object, code, name, inner.getErrorTrail().getText(), at);
+    }
+};
+extern const KeySide privateSide, publicSide;
+
+// The family by the text of the identifier; for a refused one the code, with the frame laid.
+KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid, int* code);
+
+// The facade's code of RSA with a modulus of so many octets; 0 for a size that is not supported.
+int rsaKeyCode(int modulusLength);
+
+// The codes are those of the side; `Record` is its RSA record.
+template <class Record> int flattenRsa(PObject& object, const KeySide& side, int* keyCode, ByteString& key, ByteString& flatKey)
+{
+    const Here at = Here::now().in(side.detection);
+    Record record;
+    if (record.fromASN1Object(key) > 0) return side.fail(object, 1, side.rsaName, record, at);
+    const int length = record.getModulus().getLength();
+    *keyCode = rsaKeyCode(length);
+    if (*keyCode == 0) {
+        const ByteString message = formatted(side.rsaSize.message, 8 * std::min(length, INT_MAX / 8));
+        return side.fail(object, side.rsaSize.code, side.rsaSizeName, message.getText(), at);
+    }
+    flatKey = record.toASN1Object();
+    const bool lost = record.getLastError() > 0 || flatKey.getError() > 0;
+    return lost ? side.fail(object, side.rsaEncodeCode, side.rsaName, record, at) : 0;
+}
+
+// KCDSA parameters reduced to p, q and g, where p and the digest are of the supported kind.
+int kcdsaDomain(PObject& object, const KeySide& side, ByteString& parameters, int hashAlg, ByteString& domain);
+
+// The facade's code of RSA signatures with such a key. Most of those told here the facade refuses: it knows SHA-1 with
+// PKCS #1 v1.5.
+int rsaSignatureCode(PObject& object, const KeySide& side, int keyCode, int hashAlg, int pss, int* signatureCode);
+
+} // namespace vrno
