@@ -6,7 +6,6 @@
 #include "support.h"
 
 #include <openssl/evp.h>
-#include <openssl/provider.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,23 +34,6 @@ std::string noise(std::size_t length, unsigned seed)
     std::string out(length, '\0');
     for (char& c : out) c = static_cast<char>(numbers());
     return out;
-}
-
-// OpenSSL's SEED-CBC of its legacy provider, with the padding of PKCS#7.
-std::string openssl(const std::string& key, const std::string& iv, const std::string& in, bool encrypts)
-{
-    static OSSL_PROVIDER* const providers[] = {OSSL_PROVIDER_load(nullptr, "legacy"), OSSL_PROVIDER_load(nullptr, "default")};
-    EXPECT_TRUE(providers[0] && providers[1]);
-    EVP_CIPHER* const cipher = EVP_CIPHER_fetch(nullptr, "SEED-CBC", nullptr);
-    EVP_CIPHER_CTX* const context = EVP_CIPHER_CTX_new();
-    Buffer out(in.size() + 32);
-    int first = 0, last = 0;
-    EVP_CipherInit_ex(context, cipher, nullptr, buffer(key).data(), buffer(iv).data(), encrypts);
-    EVP_CipherUpdate(context, out.data(), &first, buffer(in).data(), static_cast<int>(in.size()));
-    EXPECT_EQ(EVP_CipherFinal_ex(context, out.data() + first, &last), 1);
-    EVP_CIPHER_CTX_free(context);
-    EVP_CIPHER_free(cipher);
-    return text(out.data(), static_cast<std::size_t>(first + last));
 }
 
 // One whole operation of the engine with SEED; the result, with the output in `out` and the chaining value in `iv`.
@@ -100,7 +82,7 @@ TEST(Seed, CbcIsThatOfOpenSSLBothWays)
         const std::string key = noise(16, round), in = noise(numbers() % (round < 280 ? 300 : 5000), round + 1000);
         std::string iv = noise(16, round + 2000), chain = iv, out, back;
         ASSERT_EQ(seedData(true, key, chain, in, ZIRC_PAD_LENGTH, out), 0);
-        ASSERT_EQ(out, openssl(key, iv, in, true));
+        ASSERT_EQ(out, seedByOpenssl(key, iv, in, true));
         ASSERT_EQ(chain, out.substr(out.size() - 16)); // ready for the next message
         ASSERT_EQ(seedData(false, key, iv, out, ZIRC_PAD_LENGTH, back), 0);
         ASSERT_EQ(back, in);

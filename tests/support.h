@@ -37,6 +37,12 @@ inline vrno::ByteString byteString(const std::string& from)
     return {from.data(), static_cast<int>(from.size())};
 }
 
+// ---- what OpenSSL makes of it ----
+
+// SEED-CBC of its legacy provider, with the padding of PKCS #7; empty where that is wrong.
+std::string seedByOpenssl(const std::string& key, const std::string& iv, const std::string& in, bool encrypts);
+std::string sha1ByOpenssl(const std::string& in);
+
 // ---- cases from tests/data ----
 
 // One line a case, its fields between bars, "#" for a remark. "name := text" defines $name for the lines behind it.
