@@ -1,4 +1,5 @@
 // The records of names and certificates: every check of every record, and what each one encodes to.
+#include "ASN1Pkix/RAttribute.h"
 #include "ASN1Pkix/RCertificate.h"
 #include "support.h"
 
@@ -43,6 +44,8 @@ TEST(Records, DecodeAndEncodeAsTheTableSays)
         {"RAnotherName", decoded<RAnotherName>},
         {"RVID", decoded<RVID>},
         {"RIdentifyData", decoded<RIdentifyData>},
+        {"RAttribute", decoded<RAttribute>},
+        {"RAttributes", decoded<RAttributes>},
     };
     for (const Case& c : cases("records.txt", 5)) {
         SCOPED_TRACE(c.where);
