@@ -42,15 +42,27 @@ void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at)
     --m_spare;
 }
 
-void Decoder::row(Member member, int code, Here at)
+ByteString* Decoder::fetch(int code, Here at)
 {
-    if (m_code > 0) return;
+    if (m_code > 0) return nullptr;
     ByteString& component = m_asnSeq.getComponent(m_index);
-    if (m_asnSeq.getLastError() > 0) return refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
-    if (member.ops->decode(member.object, component) > 0) {
-        return refuse(code + 1, member.name, member.ops->trail(member.object), at);
+    if (m_asnSeq.getLastError() > 0) {
+        refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+        return nullptr;
     }
     ++m_index;
+    return &component;
+}
+
+void Decoder::row(Member member, int code, Here at)
+{
+    ByteString* const component = fetch(code, at);
+    if (!component) return;
+    if (m_firstOctet != 0) component->setAt(0, m_firstOctet);
+    m_firstOctet = 0;
+    if (member.ops->decode(member.object, *component) > 0) {
+        refuse(code + 1, member.name, member.ops->trail(member.object), at);
+    }
 }
 
 // ---- encoding ----
@@ -64,6 +76,7 @@ Encoder::Encoder(RObject& record, const char* recordClass, const unsigned char* 
 
 void Encoder::refuse(int code, const char* name, const char* trail, Here at)
 {
+    if (m_record.m_nLastError > 0) return;
     m_record.m_nLastError = code;
     m_record.addTrailFrame(at.file, at.line, m_class, "toASN1Object", name, code, trail);
 }

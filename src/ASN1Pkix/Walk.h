@@ -40,6 +40,13 @@ struct Option {
     int number;
 };
 
+// A component [number] IMPLICIT SEQUENCE or SET, whose constructed tag the codec by itself takes for a wrapper: decoded
+// from a copy with the first octet of the universal tag, and encoded with the option tag.
+struct Implicit {
+    int number;
+    unsigned char universal;
+};
+
 // Any component: the member tests its own tag.
 struct AnyTag {};
 inline constexpr AnyTag anyTag;
@@ -57,7 +64,14 @@ struct MemberOps {
 template <class M>
 inline constexpr MemberOps memberOps{
     [](void* member, ByteString& component) { return static_cast<M*>(member)->fromASN1Object(component); },
-    [](void* member) -> ByteString& { return static_cast<M*>(member)->toASN1Object(); },
+    [](void* member) -> ByteString& {
+        auto& m = *static_cast<M*>(member);
+        if constexpr (requires { m.toASN1Object(); }) {
+            return m.toASN1Object();
+        } else {
+            return m.m_bsOutput; // decoded only: never called
+        }
+    },
     [](void* member) { return static_cast<M*>(member)->getLastError(); },
     [](void* member) { return static_cast<M*>(member)->getErrorTrail().getText(); },
 };
@@ -130,7 +144,24 @@ public:
     {
         if (spare()) optionalRow(bit, {member, name}, code, at);
     }
+    template <class M>
+    void optional(Implicit tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
+    {
+        if (!spare() || !next(Option{tag.number})) return;
+        m_firstOctet = tag.universal;
+        optionalRow(bit, {member, name}, code, at);
+    }
     void end(int) {}
+
+    // For a row that is none of these, as ordinary code. fetch() gives the component and goes on to the next one; null
+    // after any failure.
+    bool next(Option tag) const { return m_asnSeq.getComponentTagNo(m_index) == tag.number; }
+    void expect(Option tag, int code, const char* message, Here at = Here::now())
+    {
+        if (m_code == 0 && !next(tag)) refuse(code, "asnSeq", message, at);
+    }
+    ByteString* fetch(int code, Here at = Here::now());
+    void refuse(int code, const char* name, const char* message, Here at = Here::now());
 
     int code() const { return m_code; }
 
@@ -141,7 +172,6 @@ private:
     void taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at);
     void optionalRow(unsigned char bit, Member member, int code, Here at);
     void row(Member member, int code, Here at);
-    void refuse(int code, const char* name, const char* message, Here at);
 
     RObject& m_record;
     const char* m_class;
@@ -150,6 +180,7 @@ private:
     int m_index = 0;
     int m_spare;
     int m_code = 0;
+    unsigned char m_firstOctet = 0; // what the next row's component is to begin with; 0: as it does
 };
 
 class Encoder {
@@ -175,12 +206,19 @@ public:
     {
         if (*m_mask & bit) row({member, name}, code, at);
     }
+    template <class M>
+    void optional(Implicit tag, unsigned char bit, M& member, const char* name, int, int code, Here at = Here::now())
+    {
+        if ((*m_mask & bit) == 0) return;
+        member.setImplicitTag(tag.number, contextClass);
+        row({member, name}, code, at);
+    }
     // The whole SEQUENCE, with the record's option tag, into the record's output.
     void end(int code, Here at = Here::now());
+    void refuse(int code, const char* name, const char* trail, Here at = Here::now());
 
 private:
     void row(Member member, int code, Here at);
-    void refuse(int code, const char* name, const char* trail, Here at);
 
     RObject& m_record;
     const char* m_class;
@@ -213,6 +251,17 @@ template <class Record> ByteString& encode(Record& record)
     Encoder v(record, Record::className, maskOf(record));
     record.walk(v);
     return record.m_bsOutput;
+}
+
+// ---- setters ----
+
+// Hands a record over as encoded bytes: encoded here (1, "data"), decoded there (2, the member's name).
+template <class Record, class Source, class M>
+int copyThrough(Record& record, Source& data, M& member, const char* name, Here at = Here::now())
+{
+    ByteString& encoded = data.toASN1Object();
+    if (data.getLastError() > 0) return fail(record, 1, "data", data, at);
+    return member.fromASN1Object(encoded) > 0 ? fail(record, 2, name, member, at) : 0;
 }
 
 // ---- getters ----
