@@ -81,21 +81,23 @@ void Encoder::refuse(int code, const char* name, const char* trail, Here at)
     m_record.addTrailFrame(at.file, at.line, m_class, "toASN1Object", name, code, trail);
 }
 
+// An output of some size is not copied: it becomes the sequence, and that the record's output.
 void Encoder::row(Member member, int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;
-    const int added = m_asnSeq.addComponent(member.ops->encode(member.object), -1);
+    ByteString& encoded = member.ops->encode(member.object);
     if (member.ops->lastError(member.object) > 0) return refuse(code, member.name, member.ops->trail(member.object), at);
-    if (added > 0) refuse(code, member.name, m_asnSeq.getErrorTrail().getText(), at);
+    const bool isScratch = &encoded == member.ops->scratch(member.object);
+    const int lost = isScratch ? m_asnSeq.takeComponent(encoded) : m_asnSeq.addComponent(encoded, -1);
+    if (lost > 0) refuse(code, member.name, m_asnSeq.getErrorTrail().getText(), at);
 }
 
 void Encoder::end(int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;
     m_record.putOptionTag(m_asnSeq);
-    m_record.m_bsOutput = m_asnSeq.toASN1Object();
-    if (m_asnSeq.getLastError() > 0 || m_record.m_bsOutput.getError() > 0)
-        refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    m_record.m_bsOutput.swap(m_asnSeq.useUpAsASN1Object());
+    if (m_asnSeq.getLastError() > 0) refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
 }
 
 } // namespace vrno

@@ -59,6 +59,7 @@ struct MemberOps {
     ByteString& (*encode)(void* member);
     int (*lastError)(void* member);
     const char* (*trail)(void* member);
+    ByteString* (*scratch)(void* member); // what no longer matters once it is used; null where there is none
 };
 
 template <class M>
@@ -74,6 +75,7 @@ inline constexpr MemberOps memberOps{
     },
     [](void* member) { return static_cast<M*>(member)->getLastError(); },
     [](void* member) { return static_cast<M*>(member)->getErrorTrail().getText(); },
+    [](void* member) { return &static_cast<M*>(member)->m_bsOutput; },
 };
 
 // ANY: the bytes as they stand.
@@ -86,6 +88,7 @@ inline constexpr MemberOps memberOps<ByteString>{
     [](void* member) -> ByteString& { return *static_cast<ByteString*>(member); },
     [](void* member) { return static_cast<ByteString*>(member)->getError(); },
     [](void*) { return "Memory Allocation Error"; },
+    [](void*) -> ByteString* { return nullptr; },
 };
 
 struct Member {
