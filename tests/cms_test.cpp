@@ -148,6 +148,39 @@ TEST(Cms, SettersAndEncodingTellWhatIsMissing)
     EXPECT_EQ(frame(enveloped), "REnvelopedData::setEncryptedContentInfo-m_encryptedContentInfo(2)");
 }
 
+// Each allocation fails in turn, on the road of a message from its pieces: the message is whole, or there is none.
+TEST(Cms, ALostAllocationNeverLooksLikeAShorterMessage)
+{
+    RRecipientInfo recipient;
+    makeRecipient(recipient, "\xAA", "key");
+    REncryptedContentInfo pieces;
+    makeContent(pieces, std::string(300, 'c'));
+    const auto message = [&]() -> std::string {
+        RRecipientInfos recipients;
+        REnvelopedData enveloped;
+        RContentInfo contentInfo;
+        if (enveloped.setVersion(2) > 0 || recipients.addRecipientInfo(recipient) > 0) return "";
+        if (enveloped.setRecipientInfos(recipients) > 0 || enveloped.setEncryptedContentInfo(pieces) > 0) return "";
+        if (contentInfo.setContentType("1 2 3") > 0) return "";
+        ByteString& encodedData = enveloped.toASN1Object();
+        if (enveloped.getLastError() > 0) return "";
+        contentInfo.setContent(encodedData);
+        ByteString& whole = contentInfo.toASN1Object();
+        EXPECT_EQ(contentInfo.getLastError() > 0, whole.getLength() == 0);
+        return bytes(whole);
+    };
+    const std::string whole = message();
+    ASSERT_GT(whole.size(), 300U);
+    long steps = 1;
+    for (bool failed = true; failed; ++steps) {
+        const FailingAllocation failing(steps);
+        const std::string result = message();
+        failed = FailingAllocation::count() >= steps;
+        ASSERT_TRUE(result == whole || (failed && result.empty())) << "allocation " << steps;
+    }
+    EXPECT_GT(steps, 20);
+}
+
 namespace {
 
 // A message by OpenSSL to the certificate and to a shared key. `stream` writes it in indefinite form, the content in segments.

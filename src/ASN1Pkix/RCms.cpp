@@ -2,6 +2,8 @@
 
 #include "base/ByteBuilder.h"
 
+#include <utility>
+
 namespace vrno {
 
 // ---- OriginatorInfo ----
@@ -92,12 +94,12 @@ int REncryptedContentInfo::setContentEncryptionAlgorithm(RAlgorithmIdentifier& d
 int REncryptedContentInfo::setEncryptedContent(ByteString& octets)
 {
     ByteString copy = octets;
-    if (copy.getError() > 0) return fail(*this, 1, "m_encryptedContent", "Memory Allocation Error");
     return setEncryptedContent(std::move(copy));
 }
 
 int REncryptedContentInfo::setEncryptedContent(ByteString&& octets)
 {
+    if (octets.getError() > 0) return fail(*this, 1, "m_encryptedContent", "Memory Allocation Error");
     m_encryptedContent.getValue().swap(octets);
     m_encryptedContent.setImplicitTag(0, contextClass);
     m_ucBitMask |= 0x01;

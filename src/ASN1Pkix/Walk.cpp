@@ -81,7 +81,7 @@ void Encoder::refuse(int code, const char* name, const char* trail, Here at)
     m_record.addTrailFrame(at.file, at.line, m_class, "toASN1Object", name, code, trail);
 }
 
-// An output of some size is not copied: it becomes the sequence, and that the record's output.
+// A member's output is used up: a large one's block becomes the sequence's value, which end() makes the record's output.
 void Encoder::row(Member member, int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;
