@@ -1,4 +1,4 @@
-// What fails on demand: the linker sends malloc, calloc and getrandom here, and operator new is ours. And what
+// What fails on demand: the linker sends malloc, calloc, realloc and getrandom here, and operator new is ours. And what
 // ThreadSanitizer must know.
 #include "support.h"
 
@@ -37,6 +37,7 @@ ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 }
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
+void* __real_realloc(void* block, std::size_t size);
 void* __wrap_malloc(std::size_t size)
 {
     return refuses(size) ? nullptr : __real_malloc(size);
@@ -44,6 +45,10 @@ void* __wrap_malloc(std::size_t size)
 void* __wrap_calloc(std::size_t count, std::size_t size)
 {
     return refuses(count * size) ? nullptr : __real_calloc(count, size);
+}
+void* __wrap_realloc(void* block, std::size_t size)
+{
+    return refuses(size) ? nullptr : __real_realloc(block, size);
 }
 }
 

@@ -1,7 +1,8 @@
 // The records: every check of every record, and what each one encodes to.
-// The records of names and certificates: every check of every record, and what each one encodes to.
 #include "ASN1Pkix/RAttribute.h"
 #include "ASN1Pkix/RCertificate.h"
+#include "ASN1Pkix/RCms.h"
+#include "ASN1Pkix/RForeignRecipients.h"
 #include "ASN1Pkix/RKeys.h"
 #include "ASN1Pkix/RPbe.h"
 #include "ASN1Pkix/RPrivateKeyInfo.h"
@@ -58,6 +59,22 @@ TEST(Records, DecodeAndEncodeAsTheTableSays)
         {"RKCDSAParameters", decoded<RKCDSAParameters>},
         {"RAttribute", decoded<RAttribute>},
         {"RAttributes", decoded<RAttributes>},
+        {"RIssuerAndSerialNumber", decoded<RIssuerAndSerialNumber>},
+        {"RRecipientIdentifier", decoded<RRecipientIdentifier>},
+        {"RKeyTransRecipientInfo", decoded<RKeyTransRecipientInfo>},
+        {"RRecipientInfo", decoded<RRecipientInfo>},
+        {"RRecipientInfos", decoded<RRecipientInfos>},
+        {"ROriginatorInfo", decoded<ROriginatorInfo>},
+        {"RCertificateSet", decoded<RCertificateSet>},
+        {"RCertificateRevocationLists", decoded<RCertificateRevocationLists>},
+        {"REncryptedContentInfo", decoded<REncryptedContentInfo>},
+        {"RKeyAgreeRecipientInfo", decoded<RKeyAgreeRecipientInfo>},
+        {"RKEKRecipientInfo", decoded<RKEKRecipientInfo>},
+        {"ROriginatorIdentifierOrKey", decoded<ROriginatorIdentifierOrKey>},
+        {"ROriginatorPublicKey", decoded<ROriginatorPublicKey>},
+        {"RRecipientEncryptedKeys", decoded<RRecipientEncryptedKeys>},
+        {"RKEKIdentifier", decoded<RKEKIdentifier>},
+        {"ROtherKeyAttribute", decoded<ROtherKeyAttribute>},
     };
     for (const Case& c : cases("records.txt", 5)) {
         SCOPED_TRACE(c.where);

@@ -3,6 +3,7 @@
 #include "base/ByteBuilder.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <limits>
 
@@ -243,14 +244,18 @@ int ASN1Object::decodeTyped(ByteString& data, const ASN1Type& type, Here at)
 
 // ---- encoding ----
 
-ByteString& ASN1Object::toASN1Object()
+std::size_t ASN1Object::putHeader(unsigned char* out, Here at)
 {
     m_nLastError = 0;
     m_bsOutput.clear();
+    const auto refuse = [this, at](int code, const char* name) {
+        failOutput(*this, code, name, "ASN1 Format Error", at);
+        return std::size_t{0};
+    };
     const bool isExplicit = m_ucTaggedType == explicitTag;
     const bool anyTag = m_ucPrimitiveTag == ASN1_TAG_ANY;
     const bool container = m_ucPrimitiveTag == ASN1_TAG_SEQUENCE || m_ucPrimitiveTag == ASN1_TAG_SET;
-    if (anyTag && !(isExplicit && m_nOptionTagNo >= 0)) return failOutput(*this, 1, "m_ucTaggedType", "ASN1 Format Error");
+    if (anyTag && !(isExplicit && m_nOptionTagNo >= 0)) return refuse(1, "m_ucTaggedType");
 
     unsigned char inner[6]; // tag and length
     int innerLength = 0;
@@ -261,24 +266,43 @@ ByteString& ASN1Object::toASN1Object()
     const auto valueLength = static_cast<unsigned int>(m_bsValue.getLength());
     innerLength += PutLength(valueLength, inner + innerLength);
 
-    unsigned char outer[11]; // tag of up to six octets and length
-    int outerLength = 0;
+    int outerLength = 0; // tag of up to six octets and length
     if (m_ucTaggedType != notTagged) {
-        if (m_nOptionTagNo < 0) return failOutput(*this, 2, "m_nOptionTagNo", "ASN1 Format Error");
+        if (m_nOptionTagNo < 0) return refuse(2, "m_nOptionTagNo");
         if (m_nOptionTagNo > 30) {
-            outerLength = PutHighTag(static_cast<unsigned int>(m_nOptionTagNo), outer, true);
+            outerLength = PutHighTag(static_cast<unsigned int>(m_nOptionTagNo), out, true);
         } else {
             const unsigned char form = !isExplicit && container ? constructedBit : 0;
-            outer[outerLength++] = static_cast<unsigned char>(m_ucOptionTagClass | m_nOptionTagNo | form);
+            out[outerLength++] = static_cast<unsigned char>(m_ucOptionTagClass | m_nOptionTagNo | form);
         }
     }
-    if (isExplicit) outerLength += PutLength(static_cast<unsigned int>(innerLength) + valueLength, outer + outerLength);
+    if (isExplicit) outerLength += PutLength(static_cast<unsigned int>(innerLength) + valueLength, out + outerLength);
+    std::memcpy(out + outerLength, inner, static_cast<std::size_t>(innerLength));
+    return static_cast<std::size_t>(outerLength + innerLength);
+}
 
-    ByteBuilder element;
-    element.append(outer, static_cast<std::size_t>(outerLength));
-    element.append(inner, static_cast<std::size_t>(innerLength));
-    element.append(m_bsValue.octets());
-    if (element.into(m_bsOutput) > 0) return failOutput(*this, 3, "m_bsOutput", "Memory Allocation Error");
+ByteString& ASN1Object::toASN1Object()
+{
+    unsigned char header[mostHeader];
+    const std::size_t octets = putHeader(header, Here::now());
+    if (octets == 0) return m_bsOutput;
+    const Octets value = m_bsValue.octets();
+    constexpr std::size_t most = INT_MAX - 1; // what a ByteString holds
+    const std::size_t total = octets + value.size();
+    unsigned char* const element = total <= most ? m_bsOutput.makeRoom(static_cast<int>(total)) : nullptr;
+    if (!element) return failOutput(*this, 3, "m_bsOutput", "Memory Allocation Error");
+    std::memcpy(element, header, octets);
+    std::memcpy(element + octets, value.data(), value.size());
+    return m_bsOutput;
+}
+
+ByteString& ASN1Object::useUpAsASN1Object()
+{
+    unsigned char header[mostHeader];
+    const std::size_t octets = putHeader(header, Here::now().in("toASN1Object"));
+    if (octets == 0) return m_bsOutput;
+    m_bsOutput.swap(m_bsValue);
+    if (m_bsOutput.prepend({header, octets}) > 0) return failOutput(*this, 3, "m_bsOutput", "Memory Allocation Error");
     return m_bsOutput;
 }
 

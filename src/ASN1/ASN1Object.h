@@ -32,6 +32,8 @@ public:
 
     virtual ~ASN1Object() = default;
     virtual ByteString& toASN1Object();
+    // The same, but the value goes into the result and is gone from the object: one block where the above takes two.
+    ByteString& useUpAsASN1Object();
     // A context, application or private tag in constructed form is read as an explicit tag around the value, in
     // primitive form as an implicit one. An explicit tag around a further option tag keeps that element as the value.
     // A failure leaves the tag fields as far as they were read.
@@ -127,6 +129,9 @@ public:
     unsigned char m_ucConstructed = 0;
 
 private:
+    static constexpr std::size_t mostHeader = 17;
+    // The octets in front of the value, at most mostHeader; 0 on failure, with `m_nLastError` set and the frame laid.
+    std::size_t putHeader(unsigned char* out, Here at);
     int takeContents(Octets lengthAndRest, int firstCode, Octets& contents);
     int keepValue(Octets contents);
     int failInLevels(const ByteBuilder& levels, int code, Here at = Here::now());

@@ -126,6 +126,27 @@ int ASN1Sequence::addComponent(ByteString& encoded, int tag)
     return 0;
 }
 
+int ASN1Sequence::takeComponent(ByteString& encoded)
+{
+    const Here at = Here::now().in("addComponent");
+    if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0)
+        return fail(*this, 1, "ReallocCompontntInfo", *this, at);
+    const auto offset = static_cast<unsigned int>(m_bsValue.getLength());
+    const auto length = static_cast<unsigned int>(encoded.getLength());
+    int lost = 0;
+    if (length > offset) { // the smaller of the two is what is copied
+        lost = encoded.prepend(m_bsValue.octets());
+        if (lost == 0) m_bsValue.swap(encoded);
+    } else {
+        m_bsValue += encoded;
+        lost = m_bsValue.getError();
+    }
+    encoded.clear();
+    if (lost > 0) return fail(*this, 1, "m_bsValue", "Memory Allocation Error", at);
+    pComponentInfo[m_nComponentCount++] = {offset, length, -1};
+    return 0;
+}
+
 void ASN1Sequence::clearComponents()
 {
     m_bsValue.clear();

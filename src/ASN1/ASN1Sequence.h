@@ -31,6 +31,8 @@ public:
     int getComponentUniversalTag(int index) const;
     // Appends in call order, in a SET too. 0, or 1 when there is no memory.
     int addComponent(ByteString& encoded, int tag);
+    // The same with -1, and `encoded` comes back empty: a large one's block serves for the value.
+    int takeComponent(ByteString& encoded);
     void clearComponents();
 
     int m_nComponentCount = 0;

@@ -14,8 +14,7 @@ template <class V> void RPrivateKeyInfo::walk(V& v)
     v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_privateKeyAlgorithm), 6, 2,
                "privateKeyAlgorithm component is not ASN1_TAG_SEQUENCE.");
     v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_privateKey), 9, 3, "privateKey component is not ASN1_TAG_OCTETSTRING.");
-    if constexpr (!V::decoding) m_attributes.setImplicitTag(0, contextClass);
-    v.optional(Option{0}, 0x01, NAMED(m_attributes), 12, 4, Rewrite{ASN1_TAG_SEQUENCE | constructedBit});
+    v.optional(Implicit{0, ASN1_TAG_SEQUENCE | constructedBit}, 0x01, NAMED(m_attributes), 12, 4);
     v.end(5);
 }
 

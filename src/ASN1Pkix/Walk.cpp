@@ -34,24 +34,35 @@ void Decoder::taggedRow(bool tagFits, const char* tagFrame, Member member, int c
     row(member, code, at);
 }
 
-void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at, int firstOctet)
+void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at)
 {
-    row(member, code, at, firstOctet);
+    row(member, code, at);
     if (m_code > 0) return;
     *m_mask |= bit;
     --m_spare;
 }
 
-void Decoder::row(Member member, int code, Here at, int firstOctet)
+ByteString* Decoder::fetch(int code, Here at)
 {
-    if (m_code > 0) return;
+    if (m_code > 0) return nullptr;
     ByteString& component = m_asnSeq.getComponent(m_index);
-    if (m_asnSeq.getLastError() > 0) return refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
-    if (firstOctet != asItIs) component.setAt(0, static_cast<unsigned char>(firstOctet));
-    if (member.ops->decode(member.object, component) > 0) {
-        return refuse(code + 1, member.name, member.ops->trail(member.object), at);
+    if (m_asnSeq.getLastError() > 0) {
+        refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+        return nullptr;
     }
     ++m_index;
+    return &component;
+}
+
+void Decoder::row(Member member, int code, Here at)
+{
+    ByteString* const component = fetch(code, at);
+    if (!component) return;
+    if (m_firstOctet != 0) component->setAt(0, m_firstOctet);
+    m_firstOctet = 0;
+    if (member.ops->decode(member.object, *component) > 0) {
+        refuse(code + 1, member.name, member.ops->trail(member.object), at);
+    }
 }
 
 // ---- encoding ----
@@ -65,25 +76,28 @@ Encoder::Encoder(RObject& record, const char* recordClass, const unsigned char* 
 
 void Encoder::refuse(int code, const char* name, const char* trail, Here at)
 {
+    if (m_record.m_nLastError > 0) return;
     m_record.m_nLastError = code;
     m_record.addTrailFrame(at.file, at.line, m_class, "toASN1Object", name, code, trail);
 }
 
+// A member's output is used up: a large one's block becomes the sequence's value, which end() makes the record's output.
 void Encoder::row(Member member, int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;
-    const int added = m_asnSeq.addComponent(member.ops->encode(member.object), -1);
+    ByteString& encoded = member.ops->encode(member.object);
     if (member.ops->lastError(member.object) > 0) return refuse(code, member.name, member.ops->trail(member.object), at);
-    if (added > 0) refuse(code, member.name, m_asnSeq.getErrorTrail().getText(), at);
+    const bool isScratch = &encoded == member.ops->scratch(member.object);
+    const int lost = isScratch ? m_asnSeq.takeComponent(encoded) : m_asnSeq.addComponent(encoded, -1);
+    if (lost > 0) refuse(code, member.name, m_asnSeq.getErrorTrail().getText(), at);
 }
 
 void Encoder::end(int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;
     m_record.putOptionTag(m_asnSeq);
-    m_record.m_bsOutput = m_asnSeq.toASN1Object();
-    if (m_asnSeq.getLastError() > 0 || m_record.m_bsOutput.getError() > 0)
-        refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    m_record.m_bsOutput.swap(m_asnSeq.useUpAsASN1Object());
+    if (m_asnSeq.getLastError() > 0) refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
 }
 
 } // namespace vrno

@@ -40,15 +40,16 @@ struct Option {
     int number;
 };
 
+// A component [number] IMPLICIT SEQUENCE or SET, whose constructed tag the codec by itself takes for a wrapper: decoded
+// from a copy with the first octet of the universal tag, and encoded with the option tag.
+struct Implicit {
+    int number;
+    unsigned char universal;
+};
+
 // Any component: the member tests its own tag.
 struct AnyTag {};
 inline constexpr AnyTag anyTag;
-
-// The first octet that the member is to see in place of the component's own: it then reads an IMPLICIT tag as the
-// universal one behind it.
-struct Rewrite {
-    unsigned char octet;
-};
 
 // ---- members, whatever their type ----
 
@@ -58,14 +59,23 @@ struct MemberOps {
     ByteString& (*encode)(void* member);
     int (*lastError)(void* member);
     const char* (*trail)(void* member);
+    ByteString* (*scratch)(void* member); // what no longer matters once it is used; null where there is none
 };
 
 template <class M>
 inline constexpr MemberOps memberOps{
     [](void* member, ByteString& component) { return static_cast<M*>(member)->fromASN1Object(component); },
-    [](void* member) -> ByteString& { return static_cast<M*>(member)->toASN1Object(); },
+    [](void* member) -> ByteString& {
+        auto& m = *static_cast<M*>(member);
+        if constexpr (requires { m.toASN1Object(); }) {
+            return m.toASN1Object();
+        } else {
+            return m.m_bsOutput; // decoded only: never called
+        }
+    },
     [](void* member) { return static_cast<M*>(member)->getLastError(); },
     [](void* member) { return static_cast<M*>(member)->getErrorTrail().getText(); },
+    [](void* member) { return &static_cast<M*>(member)->m_bsOutput; },
 };
 
 // ANY: the bytes as they stand.
@@ -78,6 +88,7 @@ inline constexpr MemberOps memberOps<ByteString>{
     [](void* member) -> ByteString& { return *static_cast<ByteString*>(member); },
     [](void* member) { return static_cast<ByteString*>(member)->getError(); },
     [](void*) { return "Memory Allocation Error"; },
+    [](void*) -> ByteString* { return nullptr; },
 };
 
 struct Member {
@@ -133,11 +144,6 @@ public:
     {
         if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at);
     }
-    template <class M>
-    void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Rewrite first, Here at = Here::now())
-    {
-        if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at, first.octet);
-    }
     template <class M> void optional(AnyTag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
         if (spare()) optionalRow(bit, {member, name}, code, at);
@@ -166,7 +172,24 @@ public:
         if (m_code == 0 && !m_chosen) refuse(code, "asnSeq", message, at);
         m_chosen = false;
     }
+    template <class M>
+    void optional(Implicit tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
+    {
+        if (!spare() || !next(Option{tag.number})) return;
+        m_firstOctet = tag.universal;
+        optionalRow(bit, {member, name}, code, at);
+    }
     void end(int) {}
+
+    // For a row that is none of these, as ordinary code. fetch() gives the component and goes on to the next one; null
+    // after any failure.
+    bool next(Option tag) const { return m_asnSeq.getComponentTagNo(m_index) == tag.number; }
+    void expect(Option tag, int code, const char* message, Here at = Here::now())
+    {
+        if (m_code == 0 && !next(tag)) refuse(code, "asnSeq", message, at);
+    }
+    ByteString* fetch(int code, Here at = Here::now());
+    void refuse(int code, const char* name, const char* message, Here at = Here::now());
 
     int code() const { return m_code; }
 
@@ -175,11 +198,8 @@ private:
 
     void counted(int least, int most, const char* name, const char* message, Here at);
     void taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at);
-    void optionalRow(unsigned char bit, Member member, int code, Here at, int firstOctet = asItIs);
-    void row(Member member, int code, Here at, int firstOctet = asItIs);
-    void refuse(int code, const char* name, const char* message, Here at);
-
-    static constexpr int asItIs = -1;
+    void optionalRow(unsigned char bit, Member member, int code, Here at);
+    void row(Member member, int code, Here at);
 
     RObject& m_record;
     const char* m_class;
@@ -190,6 +210,7 @@ private:
     int m_spare;
     bool m_chosen = false;
     int m_code = 0;
+    unsigned char m_firstOctet = 0; // what the next row's component is to begin with; 0: as it does
 };
 
 class Encoder {
@@ -215,8 +236,8 @@ public:
     {
         if (*m_mask & bit) row({member, name}, code, at);
     }
-    template <class Tag, class M, class Detail>
-    void optional(Tag tag, unsigned char bit, M& member, const char* name, int, int code, Detail, Here at = Here::now())
+    template <class M>
+    void optional(Universal tag, unsigned char bit, M& member, const char* name, int, int code, const char*, Here at = Here::now())
     {
         optional(tag, bit, member, name, 0, code, at);
     }
@@ -227,14 +248,21 @@ public:
     }
     void chosen(unsigned char bits, int, const char*, int code, const char* message, Here at = Here::now())
     {
-        if (m_record.m_nLastError == 0 && (*m_mask & bits) == 0) refuse(code, "m_ucBitMask", message, at);
+        if ((*m_mask & bits) == 0) refuse(code, "m_ucBitMask", message, at);
+    }
+    template <class M>
+    void optional(Implicit tag, unsigned char bit, M& member, const char* name, int, int code, Here at = Here::now())
+    {
+        if ((*m_mask & bit) == 0) return;
+        member.setImplicitTag(tag.number, contextClass);
+        row({member, name}, code, at);
     }
     // The whole SEQUENCE, with the record's option tag, into the record's output.
     void end(int code, Here at = Here::now());
+    void refuse(int code, const char* name, const char* trail, Here at = Here::now());
 
 private:
     void row(Member member, int code, Here at);
-    void refuse(int code, const char* name, const char* trail, Here at);
 
     RObject& m_record;
     const char* m_class;
@@ -271,9 +299,9 @@ template <class Record> ByteString& encode(Record& record)
 
 // ---- setters ----
 
-// Copies a record into a member through its encoding: 1 ("data") where it does not encode, 2 (the member's name) where
-// that does not decode.
-template <class Record, class M> int copyThrough(Record& record, M& data, M& member, const char* name, Here at = Here::now())
+// Hands a record over as encoded bytes: encoded here (1, "data"), decoded there (2, the member's name).
+template <class Record, class Source, class M>
+int copyThrough(Record& record, Source& data, M& member, const char* name, Here at = Here::now())
 {
     ByteString& encoded = data.toASN1Object();
     if (data.getLastError() > 0) return fail(record, 1, "data", data, at);

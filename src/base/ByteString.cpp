@@ -105,6 +105,21 @@ int ByteString::append(const void* data, int length)
     return good;
 }
 
+int ByteString::prepend(Octets front)
+{
+    if (front.empty()) return good;
+    const auto length = static_cast<std::size_t>(m_nLength);
+    if (front.size() >= INT_MAX - length) return outOfMemory;
+    auto* const block = static_cast<unsigned char*>(std::realloc(m_pData, front.size() + length + 1));
+    if (!block) return outOfMemory;
+    std::memmove(block + front.size(), block, length);
+    std::memcpy(block, front.data(), front.size());
+    block[front.size() + length] = 0;
+    m_pData = block;
+    m_nLength += static_cast<int>(front.size());
+    return good;
+}
+
 const unsigned char* ByteString::getBytes() const
 {
     static constexpr unsigned char empty = 0;

@@ -33,6 +33,10 @@ public:
     ByteString& operator+=(const char* text);
     ByteString& operator+=(const ByteString& other);
 
+    // Puts bytes of another object in front, in the same block where the heap can make it larger: 0, or 2 with the content
+    // as it was.
+    int prepend(Octets front);
+
     int getLength() const { return m_nLength; }
     bool isNull() const { return m_pData == nullptr; }
     int getError() const { return m_nError; }
