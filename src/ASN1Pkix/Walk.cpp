@@ -34,19 +34,20 @@ void Decoder::taggedRow(bool tagFits, const char* tagFrame, Member member, int c
     row(member, code, at);
 }
 
-void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at)
+void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at, Rewrite rewrite)
 {
-    row(member, code, at);
+    row(member, code, at, rewrite);
     if (m_code > 0) return;
     *m_mask |= bit;
     --m_spare;
 }
 
-void Decoder::row(Member member, int code, Here at)
+void Decoder::row(Member member, int code, Here at, Rewrite rewrite)
 {
     if (m_code > 0) return;
     ByteString& component = m_asnSeq.getComponent(m_index);
     if (m_asnSeq.getLastError() > 0) return refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    if (rewrite.octet != 0) component.setAt(0, rewrite.octet);
     if (member.ops->decode(member.object, component) > 0) {
         return refuse(code + 1, member.name, member.ops->trail(member.object), at);
     }

@@ -44,6 +44,12 @@ struct Option {
 struct AnyTag {};
 inline constexpr AnyTag anyTag;
 
+// The member decodes the component with this for its first octet: an implicit tag around a constructed type would be
+// read as an explicit one.
+struct Rewrite {
+    unsigned char octet = 0; // 0: as it stands
+};
+
 // ---- members, whatever their type ----
 
 // What a visitor does with a member; one table a type of member, so that a row costs little code.
@@ -57,7 +63,13 @@ struct MemberOps {
 template <class M>
 inline constexpr MemberOps memberOps{
     [](void* member, ByteString& component) { return static_cast<M*>(member)->fromASN1Object(component); },
-    [](void* member) -> ByteString& { return static_cast<M*>(member)->toASN1Object(); },
+    [](void* member) -> ByteString& {
+        if constexpr (requires(M & m) { m.toASN1Object(); }) {
+            return static_cast<M*>(member)->toASN1Object();
+        } else {
+            return static_cast<M*>(member)->m_bsOutput; // a record that is only read: no encoder comes here
+        }
+    },
     [](void* member) { return static_cast<M*>(member)->getLastError(); },
     [](void* member) { return static_cast<M*>(member)->getErrorTrail().getText(); },
 };
@@ -87,6 +99,7 @@ struct Member {
 class Decoder {
 public:
     static constexpr bool decoding = true;
+    static constexpr int unlimited = 0x7FFFFFFF;
 
     // Decodes the outer SEQUENCE. `mask` is the record's m_ucBitMask, or null where it has none.
     Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at);
@@ -100,6 +113,13 @@ public:
         counted(least, most, name, message, at);
     }
     bool spare() const { return m_spare > 0; }
+    // Whether the next component has the tag: for a row that stands under a condition.
+    bool nextIs(Universal tag) const { return m_code == 0 && m_asnSeq.getComponentUniversalTag(m_index) == tag.tag; }
+    // A condition that no row expresses.
+    void rule(bool holds, int code, const char* name, const char* message, Here at = Here::now())
+    {
+        if (m_code == 0 && !holds) refuse(code, name, message, at);
+    }
 
     template <class M>
     void required(Universal tag, M& member, const char* name, int code, int, const char* message, Here at = Here::now())
@@ -122,9 +142,10 @@ public:
         if (spare() && m_asnSeq.getComponentUniversalTag(m_index) == tag.tag) optionalRow(bit, {member, name}, code, at);
     }
     template <class M>
-    void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
+    void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Rewrite rewrite = {},
+                  Here at = Here::now())
     {
-        if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at);
+        if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at, rewrite);
     }
     template <class M> void optional(AnyTag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
@@ -135,12 +156,10 @@ public:
     int code() const { return m_code; }
 
 private:
-    static constexpr int unlimited = 0x7FFFFFFF;
-
     void counted(int least, int most, const char* name, const char* message, Here at);
     void taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at);
-    void optionalRow(unsigned char bit, Member member, int code, Here at);
-    void row(Member member, int code, Here at);
+    void optionalRow(unsigned char bit, Member member, int code, Here at, Rewrite rewrite = {});
+    void row(Member member, int code, Here at, Rewrite rewrite = {});
     void refuse(int code, const char* name, const char* message, Here at);
 
     RObject& m_record;
