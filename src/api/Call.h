@@ -78,6 +78,7 @@ public:
     int trail(int code, const char* message, const ByteString& errorTrail);
     int noMemory(const char* slot);
     int wrongCertificate(PCertUtil2& cert);
+    int wrongCertificate(const ByteString& errorTrail);
 
     // The last step of a call: hands a result to the caller and returns the call's code.
     int deliver(const ByteString& data, const RecordOut& out);
