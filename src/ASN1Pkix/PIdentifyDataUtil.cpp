@@ -12,7 +12,9 @@ int PIdentifyDataUtil::parseIdentifyData(ByteString& value, ByteString& realName
     if (identifyData.fromASN1Object(value) > 0) return fail(*this, 1, "identifyData", identifyData);
     ByteString& ucs2 = identifyData.getRealName();
     if (identifyData.getLastError() > 0) return fail(*this, 2, "identifyData", identifyData);
-    if (UUnicode::Unicode2KSC(ucs2, realName) > 0) return fail(*this, 3, "UUnicode::Unicode2KSC", "Unicode2KSC is failed.");
+    if (UUnicode::Unicode2KSC(ucs2, realName) > 0) {
+        return fail(*this, nameNotConverted, "UUnicode::Unicode2KSC", "Unicode2KSC is failed.");
+    }
     vid.clear();
     if ((identifyData.getBitMask() & 0x01) == 0) return 0;
 

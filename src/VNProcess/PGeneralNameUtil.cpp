@@ -99,8 +99,8 @@ int PGeneralNameUtil::addIdentifyData(ByteString& value, TextBuilder& out)
 {
     PIdentifyDataUtil identifyData;
     ByteString realName, vid;
-    if (identifyData.parseIdentifyData(value, realName, vid) > 0) {
-        if (tellsOfMemory(identifyData.getErrorTrail())) {
+    if (const int code = identifyData.parseIdentifyData(value, realName, vid)) {
+        if (code == PIdentifyDataUtil::nameNotConverted || tellsOfMemory(identifyData.getErrorTrail())) {
             return fail(*this, noMemoryCode, "identifyData", identifyData, Here::now().in("parseOtherName"));
         }
         (out << "     identifyData=").hex(value, m_nHexGroup, m_nHexLine);
