@@ -22,15 +22,13 @@ static Call& renderExtension(Call& call, const TextOut& out, const char* oid, co
     if (!call.loaded().output(out.buffer, out.name)) return call;
     PCertUtil2& cert = call.cert();
     ByteString& value = cert.getExtensionValue(oid);
+    ByteString trail;
     if (cert.getLastError() == PCertUtil2::absentExtension) {
         call.fail(VRNO_ERR_EXTENSION_ABSENT, absent);
     } else if (cert.getLastError() > 0) {
         call.wrongCertificate(cert);
-    } else {
-        ByteString trail;
-        const int code = render(value, text, trail);
-        if (code == noMemoryCode) call.noMemory(out.name);
-        if (code > 0 && call) call.wrongCertificate(trail);
+    } else if (const int code = render(value, text, trail)) {
+        code == noMemoryCode ? call.noMemory(out.name) : call.wrongCertificate(trail);
     }
     return call;
 }
