@@ -1,5 +1,5 @@
 /*
- * Shows the basic fields of certificates on a UTF-8 terminal.
+ * Shows the basic fields and the extensions of certificates on a UTF-8 terminal.
  *
  *     vrno-show FILE...
  *
@@ -174,6 +174,65 @@ static int show_fields(VRNO_API_CTX* ctx)
     return first_failure;
 }
 
+/* ---- extensions ---- */
+
+/* Prints a text of several lines below its heading, each line indented. */
+static void print_lines(const char* text)
+{
+    char* const lines = malloc(strlen(text) + 1);
+    if (!lines) return;
+    strcpy(lines, text);
+    for (char* line = strtok(lines, "\r\n"); line; line = strtok(NULL, "\r\n")) {
+        printf("      ");
+        print_ksc(line);
+        putchar('\n');
+    }
+    free(lines);
+}
+
+/* An absent extension is no failure. */
+static int show_extension(VRNO_API_CTX* ctx, const char* heading, text_getter get)
+{
+    int code = VRNO_ERR_MEMORY;
+    char* text = get_text(ctx, get, &code);
+    printf("  %s%s\n", heading, code == VRNO_ERR_EXTENSION_ABSENT ? "  없음 (absent)" : "");
+    if (code == 0) {
+        print_lines(text);
+    } else if (code == VRNO_ERR_EXTENSION_ABSENT) {
+        code = 0;
+    } else {
+        explain(ctx, code);
+    }
+    free(text);
+    return code;
+}
+
+static int show_extensions(VRNO_API_CTX* ctx)
+{
+    static const struct {
+        const char* heading;
+        text_getter get;
+    } extensions[] = {
+        {"키 용도  Key usage", VRNO_CERT_GetKeyUsage},
+        {"기본 제한  Basic constraints", VRNO_CERT_GetBasicConstraints},
+        {"주체키 식별자  Subject key identifier", VRNO_CERT_GetSubKeyID},
+        {"기관키 식별자  Authority key identifier", VRNO_CERT_GetAuthKeyID},
+        {"인증서 정책  Certificate policies", VRNO_CERT_GetCertPolicy},
+        {"인증서 정책 식별자  Policy identifiers", VRNO_CERT_GetCertPolicy_PolicyID},
+        {"확장 키 용도  Extended key usage", VRNO_CERT_GetExtKeyUsage},
+        {"주체 대체 이름  Subject alternative names", VRNO_CERT_GetSubjectAltName},
+        {"CRL 배포 지점  CRL distribution points", VRNO_CERT_GetCRLDP},
+        {"CRL 배포 지점 주소  Where to fetch a CRL", VRNO_CERT_GetCRLDP_URL},
+        {"기관 정보 액세스  Authority information access", VRNO_CERT_GetAIA},
+    };
+    int first_failure = 0;
+    for (size_t i = 0; i < sizeof extensions / sizeof *extensions; ++i) {
+        const int code = show_extension(ctx, extensions[i].heading, extensions[i].get);
+        if (first_failure == 0) first_failure = code;
+    }
+    return first_failure;
+}
+
 /* ---- files ---- */
 
 /* Replaces a PEM file's bytes by those of its first certificate; anything else stays as it is. */
@@ -206,7 +265,9 @@ static int show_file(VRNO_API_CTX* ctx, const char* path)
     }
     VRNO_BINSTR_Delete(&file);
     if (code != 0) return explain(ctx, code);
-    return show_fields(ctx);
+    const int fields = show_fields(ctx);
+    const int extensions = show_extensions(ctx);
+    return fields != 0 ? fields : extensions;
 }
 
 int main(int argc, char** argv)

@@ -231,6 +231,54 @@ VRNO_API int VRNO_CERT_GetPubKey(VRNO_API_CTX* pCtx, int nBufLen, char* pszPubKe
 /* The octets of the signature in lower-case hexadecimal; 1005. */
 VRNO_API int VRNO_CERT_GetSignature(VRNO_API_CTX* pCtx, int nBufLen, char* pszSignature);
 
+/* The extensions (RFC 5280, section 4.2), each as a text to be shown: 0; 1001; 1501; 1004; 1502 the certificate does not
+ * have the extension, or has it with no value; 1500 it cannot be read, with the place of the fault in the text; 1002; 1005.
+ * Nothing is judged: the critical flag is not looked at. A text of several lines has CR LF between them, and none behind
+ * the last but where it says so. A text may be empty.
+ *
+ * A name of any kind (GeneralName) shows as a label and a value: "RFC822 Name=", "DNS Name=", "URL=", "Registered ID="
+ * with an identifier as "1 2 3"; "IP Address=" with the raw octets, of which some may be zero; for a directoryName
+ * a Korean label, and in the next line behind a tab the name as VRNO_CERT_GetSubjectName has it; "Other Name:" with further
+ * lines. The forms x400Address and ediPartyName are not rendered: 1500. */
+
+/* "digitalSignature, keyEncipherment" and so on, in the order of the bits (4.2.1.3). The buffer must have room for 2 bytes
+ * more than that and the NUL. */
+VRNO_API int VRNO_CERT_GetKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszKeyUsage);
+
+/* "CA : TRUE" or "CA : FALSE", followed by ", PathLenConstraint : 0" where there is one (4.2.1.9). */
+VRNO_API int VRNO_CERT_GetBasicConstraints(VRNO_API_CTX* pCtx, int nBufLen, char* pszBasicConstraints);
+
+/* Lower-case hexadecimal, two digits an octet (4.2.1.2). */
+VRNO_API int VRNO_CERT_GetSubKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszSKI);
+
+/* Numbered policies with their qualifiers, every line with its CR LF (4.2.1.4). */
+VRNO_API int VRNO_CERT_GetCertPolicy(VRNO_API_CTX* pCtx, int nBufLen, char* pszCertPolicy);
+
+/* The identifiers of the policies alone, as "1 2 410 200004 5 2 1 2, 2 5 29 32 0". */
+VRNO_API int VRNO_CERT_GetCertPolicy_PolicyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszPolicyID);
+
+/* A line a purpose: "id-kp-serverAuth" and so on, or the identifier as "1 2 3" (4.2.1.12). */
+VRNO_API int VRNO_CERT_GetExtKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszExtKeyUsage);
+
+/* The names (4.2.1.6). In an otherName the identify data of the Korean PKI shows as the real name and the virtual
+ * identifier; what is not that, and any other type, as the type and lower-case hexadecimal. */
+VRNO_API int VRNO_CERT_GetSubjectAltName(VRNO_API_CTX* pCtx, int nBufLen, char* pszSubAltName);
+
+/* "KeyID=" and hexadecimal; the names of the issuer below a Korean heading, where an otherName shows in hexadecimal
+ * and the forms that are not rendered are left out; "Certificate SerialNumber=" and hexadecimal (4.2.1.1). */
+VRNO_API int VRNO_CERT_GetAuthKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszAKI);
+
+/* Numbered distribution points with their names, reasons and issuers (4.2.1.13). An issuer must have a directoryName. */
+VRNO_API int VRNO_CERT_GetCRLDP(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDP);
+
+/* Where to fetch a CRL: the values of the first three names of all distribution points, of whatever kind, with "|"
+ * between them. */
+VRNO_API int VRNO_CERT_GetCRLDP_URL(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDPUrl);
+
+/* Numbered access descriptions, each with its method and its location behind "URL=", of whatever kind that is;
+ * "AuthorityInfoAccess :empty" for none (4.2.2.1). */
+VRNO_API int VRNO_CERT_GetAIA(VRNO_API_CTX* pCtx, int nBufLen, char* pszAIA);
+
 /* ---- session cipher: SEED (RFC 4269) in CBC mode ---- */
 
 /* The algorithm code of these functions: SEED with a key and an IV of 16 bytes each. */

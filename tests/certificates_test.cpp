@@ -1,46 +1,16 @@
 // Certificates that others made, against what OpenSSL reads in them.
 #include "ASN1Pkix/RCertificate.h"
 #include "VNProcess/PCertUtil2.h"
-#include "support.h"
-
-#include <openssl/pem.h>
-#include <openssl/x509.h>
+#include "certificates.h"
 
 #include <algorithm>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <memory>
 
 using namespace test;
 
 namespace {
-
-struct Freed {
-    void operator()(X509* x) const { X509_free(x); }
-    void operator()(BIO* b) const { BIO_free(b); }
-    void operator()(unsigned char* p) const { OPENSSL_free(p); }
-};
-using Certificate = std::unique_ptr<X509, Freed>;
-
-Certificate readPem(const std::string& path)
-{
-    const std::unique_ptr<BIO, Freed> file(BIO_new_file(path.c_str(), "r"));
-    return Certificate(PEM_read_bio_X509(file.get(), nullptr, nullptr, nullptr));
-}
-
-template <class T> std::string encoded(int (*encode)(const T*, unsigned char**), const T* object)
-{
-    unsigned char* out = nullptr;
-    const int length = encode(object, &out);
-    const std::unique_ptr<unsigned char, Freed> owner(out);
-    return {reinterpret_cast<char*>(out), static_cast<std::size_t>(length)};
-}
-
-std::string hexOf(const ASN1_STRING* octets)
-{
-    return hex({reinterpret_cast<const char*>(ASN1_STRING_get0_data(octets)), static_cast<std::size_t>(ASN1_STRING_length(octets))});
-}
 
 std::time_t instant(const ASN1_TIME* time)
 {
@@ -53,14 +23,6 @@ std::string localText(std::time_t instant)
 {
     char text[32];
     std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&instant));
-    return text;
-}
-
-std::string field(const Context& context, TextGetter get)
-{
-    int code = 0;
-    const std::string text = getText(context, get, code);
-    EXPECT_EQ(code, 0) << context.error();
     return text;
 }
 
@@ -146,13 +108,6 @@ TEST(Certificates, SampleShowsHangul)
 }
 
 // ---- certificates in notation, for what the real ones do not show ----
-
-static std::string certificate(const std::string& version, const std::string& algorithm, const std::string& keyOid, const std::string& extensions)
-{
-    const std::string name = "30{31{30{06{550403} 13{\"A\"}}}}", utc = "17{\"0401011200Z\"}";
-    return der("30{30{" + version + "020200C3 30{06{" + algorithm + "}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{" + keyOid + "}} 0302003F}" +
-               extensions + "} 30{06{2A03}} 0303004142}");
-}
 
 TEST(Certificates, FieldsOfEveryKind)
 {

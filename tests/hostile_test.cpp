@@ -6,6 +6,7 @@
 #include "VNProcess/PCertUtil2.h"
 #include "support.h"
 
+#include <cstring>
 #include <set>
 #include <thread>
 
@@ -16,7 +17,7 @@ static const std::string hong = readFile(SAMPLES "/hong.der");
 
 static void expectDocumented(const std::vector<Result>& results)
 {
-    static const std::set<int> documented = {0, 1002, 1004, 1005, 1500, 1501, 5001, 5004, 5005, 5006, 5015, 5500, 5501};
+    static const std::set<int> documented = {0, 1002, 1004, 1005, 1500, 1501, 1502, 5001, 5004, 5005, 5006, 5015, 5500, 5501};
     for (const Result& result : results) EXPECT_TRUE(documented.count(result.code)) << result.code;
 }
 
@@ -30,15 +31,17 @@ TEST(Hostile, EveryTruncationIsRefused)
 
 TEST(Hostile, EveryChangedByteGivesDocumentedCodes)
 {
-    for (std::size_t at = 0; at < hong.size(); ++at) {
-        for (const int flip : {0x01, 0x20, 0x80, 0xFF}) {
-            std::string changed = hong;
-            changed[at] = static_cast<char>(changed[at] ^ flip);
-            expectDocumented(useCertificate(changed));
+    for (const std::string& good : {hong, everyExtension}) {
+        for (std::size_t at = 0; at < good.size(); ++at) {
+            for (const int flip : {0x01, 0x20, 0x80, 0xFF}) {
+                std::string changed = good;
+                changed[at] = static_cast<char>(changed[at] ^ flip);
+                expectDocumented(useCertificate(changed));
+            }
+            std::string indefinite = good;
+            indefinite[at] = '\x80';
+            expectDocumented(useCertificate(indefinite));
         }
-        std::string indefinite = hong;
-        indefinite[at] = '\x80';
-        expectDocumented(useCertificate(indefinite));
     }
 }
 
@@ -108,6 +111,36 @@ TEST(Hostile, HundredsOfThousandsOfPiecesCostLinearTime)
     EXPECT_LT(FailingAllocation::size(), 300U << 20); // growing bit by bit would take a hundred times that
 }
 
+TEST(Hostile, ExtensionsOfTensOfThousandsOfPiecesCostLinearTime)
+{
+    const struct {
+        TextGetter get;
+        const char *oid, *open, *piece, *close;
+        int shown; // at least so many characters a piece
+    } table[] = {
+        {VRNO_CERT_GetCertPolicy, "551D20", "30{", "30{06{2A03}}", "}", 50},
+        {VRNO_CERT_GetCertPolicy_PolicyID, "551D20", "30{", "30{06{2A03}}", "}", 6},
+        {VRNO_CERT_GetCertPolicy, "551D20", "30{30{06{2A03} 30{30{06{2B06010505070202} 30{30{1600 30{", "020101", "}}}}}}}", 2},
+        {VRNO_CERT_GetExtKeyUsage, "551D25", "30{", "06{2A03}", "}", 6},
+        {VRNO_CERT_GetSubjectAltName, "551D11", "30{", "82{\"d\"}", "}", 11},
+        {VRNO_CERT_GetAuthKeyID, "551D23", "30{A1{", "82{\"d\"}", "} 820105}", 11},
+        {VRNO_CERT_GetCRLDP, "551D1F", "30{", "30{A0{A0{86{\"u\"}}}}", "}", 95},
+        {VRNO_CERT_GetCRLDP, "551D1F", "30{30{A0{A0{", "86{\"u\"}", "}}}}", 2},
+        {VRNO_CERT_GetAIA, "2B06010505070101", "30{", "30{06{2A03} 86{\"u\"}}", "}", 85},
+    };
+    constexpr int pieces = 50000;
+    std::string text(pieces * 120, '\0');
+    for (const auto& row : table) {
+        SCOPED_TRACE(std::string(row.open) + row.piece);
+        Context context;
+        ASSERT_EQ(context.load(certificateWith(row.oid, row.open + repeated(row.piece, pieces) + row.close)), 0);
+        const FailingAllocation none(0);
+        ASSERT_EQ(row.get(context, static_cast<int>(text.size()), text.data()), 0) << context.error();
+        EXPECT_GE(std::strlen(text.c_str()), static_cast<std::size_t>(pieces * row.shown));
+        EXPECT_LT(FailingAllocation::size(), 400U << 20);
+    }
+}
+
 TEST(Hostile, InputsBeyondTheSignedRangeAreRefusedBeforeUse)
 {
     Context context;
@@ -122,26 +155,33 @@ TEST(Hostile, InputsBeyondTheSignedRangeAreRefusedBeforeUse)
 
 // Each allocation in turn fails, alone and with all behind it. A call then gives a documented code, and a result only
 // where it is the whole one.
-TEST(OutOfMemory, EveryAllocationMayFail)
+static void failEachAllocation(const std::string& certificate)
 {
-    const std::vector<Result> well = useCertificate(hong);
+    const std::vector<Result> well = useCertificate(certificate);
     long total = 0;
     {
         const FailingAllocation none(0);
-        useCertificate(hong);
+        useCertificate(certificate);
         total = FailingAllocation::count();
     }
     EXPECT_GT(total, 100);
     for (const bool onward : {false, true}) {
         for (long number = 1; number <= total; ++number) {
             const FailingAllocation fails(number, onward);
-            const std::vector<Result> results = useCertificate(hong);
+            const std::vector<Result> results = useCertificate(certificate);
             expectDocumented(results);
             for (std::size_t i = 0; i < results.size(); ++i) {
+                EXPECT_TRUE(results[i].code != 1502 || well[i].code == 1502) << "call " << i << ", allocation " << number;
                 if (results[i].code == 0) { EXPECT_EQ(results[i].output, well[i].output) << "call " << i << ", allocation " << number; }
             }
         }
     }
+}
+
+TEST(OutOfMemory, EveryAllocationMayFail)
+{
+    failEachAllocation(hong);
+    failEachAllocation(everyExtension);
 }
 
 TEST(OutOfMemory, NoExtensionSeemsAbsent)
@@ -158,11 +198,11 @@ TEST(OutOfMemory, NoExtensionSeemsAbsent)
 
 TEST(Threads, ContextsDoNotDisturbEachOther)
 {
-    const std::vector<Result> well = useCertificate(hong);
+    const std::vector<Result> well = useCertificate(everyExtension);
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&well] {
-            for (int round = 0; round < 50; ++round) EXPECT_EQ(useCertificate(hong), well);
+            for (int round = 0; round < 50; ++round) EXPECT_EQ(useCertificate(everyExtension), well);
         });
     }
     for (std::thread& thread : threads) thread.join();

@@ -2,9 +2,11 @@
 #include "ASN1Pkix/RAttribute.h"
 #include "ASN1Pkix/RCertificate.h"
 #include "ASN1Pkix/RCms.h"
+#include "ASN1Pkix/RExtensions.h"
 #include "ASN1Pkix/RForeignRecipients.h"
 #include "ASN1Pkix/RKeys.h"
 #include "ASN1Pkix/RPbe.h"
+#include "ASN1Pkix/RPolicies.h"
 #include "ASN1Pkix/RPrivateKeyInfo.h"
 #include "support.h"
 
@@ -18,12 +20,14 @@ namespace {
 struct Outcome {
     int code;
     std::string trail, encoded;
+    int mask = -1;
 };
 
 template <class Record> Outcome decoded(ByteString& data)
 {
     Record record;
     Outcome outcome{record.fromASN1Object(data), bytes(record.getErrorTrail()), ""};
+    if constexpr (requires { record.m_ucBitMask; }) outcome.mask = static_cast<int>(record.m_ucBitMask);
     if constexpr (requires { record.toASN1Object(); }) outcome.encoded = bytes(record.toASN1Object());
     return outcome;
 }
@@ -75,6 +79,20 @@ TEST(Records, DecodeAndEncodeAsTheTableSays)
         {"RRecipientEncryptedKeys", decoded<RRecipientEncryptedKeys>},
         {"RKEKIdentifier", decoded<RKEKIdentifier>},
         {"ROtherKeyAttribute", decoded<ROtherKeyAttribute>},
+        {"RBasicConstraints", decoded<RBasicConstraints>},
+        {"RCertificatePolicies", decoded<RCertificatePolicies>},
+        {"RPolicyInformation", decoded<RPolicyInformation>},
+        {"RPolicyQualifierInfo", decoded<RPolicyQualifierInfo>},
+        {"RUserNotice", decoded<RUserNotice>},
+        {"RDisplayText", decoded<RDisplayText>},
+        {"RNoticeReference", decoded<RNoticeReference>},
+        {"RExtKeyUsageSyntax", decoded<RExtKeyUsageSyntax>},
+        {"RAuthorityKeyIdentifier", decoded<RAuthorityKeyIdentifier>},
+        {"RCRLDistPointsSyntax", decoded<RCRLDistPointsSyntax>},
+        {"RDistributionPoint", decoded<RDistributionPoint>},
+        {"RDistributionPointName", decoded<RDistributionPointName>},
+        {"RAuthorityInfoAccessSyntax", decoded<RAuthorityInfoAccessSyntax>},
+        {"RAccessDescription", decoded<RAccessDescription>},
     };
     for (const Case& c : cases("records.txt", 5)) {
         SCOPED_TRACE(c.where);
@@ -85,6 +103,8 @@ TEST(Records, DecodeAndEncodeAsTheTableSays)
         if (outcome.code > 0) {
             EXPECT_EQ(outermost(outcome.trail), c[0] + "::fromASN1Object-" + c[3] + "(" + c[2] + ")");
             EXPECT_EQ(innermost(outcome.trail), c[4]);
+        } else if (c[4].starts_with("mask ")) {
+            EXPECT_EQ(outcome.mask, std::stoi(c[4].substr(5)));
         } else if (!c[4].empty()) {
             EXPECT_EQ(hex(outcome.encoded), hex(c[4] == "=" ? input : der(c[4])));
         }

@@ -203,7 +203,52 @@ const std::vector<NamedGetter> textGetters = {
     {"VRNO_CERT_GetSubjectName", "pszSubjectName", VRNO_CERT_GetSubjectName},
     {"VRNO_CERT_GetPubKey", "pszPubKey", publicKey},
     {"VRNO_CERT_GetSignature", "pszSignature", VRNO_CERT_GetSignature},
+    {"VRNO_CERT_GetKeyUsage", "pszKeyUsage", VRNO_CERT_GetKeyUsage, "551D0F", 2},
+    {"VRNO_CERT_GetBasicConstraints", "pszBasicConstraints", VRNO_CERT_GetBasicConstraints, "551D13"},
+    {"VRNO_CERT_GetSubKeyID", "pszSKI", VRNO_CERT_GetSubKeyID, "551D0E"},
+    {"VRNO_CERT_GetCertPolicy", "pszCertPolicy", VRNO_CERT_GetCertPolicy, "551D20", 0, "pszCertPolicyID"},
+    {"VRNO_CERT_GetCertPolicy_PolicyID", "pszPolicyID", VRNO_CERT_GetCertPolicy_PolicyID, "551D20", 0, "pszCertPolicyID"},
+    {"VRNO_CERT_GetExtKeyUsage", "pszExtKeyUsage", VRNO_CERT_GetExtKeyUsage, "551D25"},
+    {"VRNO_CERT_GetSubjectAltName", "pszSubAltName", VRNO_CERT_GetSubjectAltName, "551D11"},
+    {"VRNO_CERT_GetAuthKeyID", "pszAKI", VRNO_CERT_GetAuthKeyID, "551D23"},
+    {"VRNO_CERT_GetCRLDP", "pszCRLDP", VRNO_CERT_GetCRLDP, "551D1F"},
+    {"VRNO_CERT_GetCRLDP_URL", "pszCRLDPUrl", VRNO_CERT_GetCRLDP_URL, "551D1F"},
+    {"VRNO_CERT_GetAIA", "pszAIA", VRNO_CERT_GetAIA, "2B06010505070101"},
 };
+
+std::string certificate(const std::string& version, const std::string& algorithm, const std::string& key, const std::string& extensions)
+{
+    const std::string name = "30{31{30{06{550403} 13{\"A\"}}}}", utc = "17{\"0401011200Z\"}";
+    return der("30{30{" + version + "020200C3 30{06{" + algorithm + "}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{" + key + "}} 0302003F}" +
+               extensions + "} 30{06{2A03}} 0303004142}");
+}
+
+std::string certificateWith(const char* extensionOid, const std::string& value)
+{
+    return certificate("A0{020102}", "2A03", "2A03", "A3{30{30{06{" + std::string(extensionOid) + "} 04{" + value + "}}}}");
+}
+
+static std::string extension(const std::string& oid, const std::string& value)
+{
+    return "30{06{" + oid + "} 04{" + value + "}}";
+}
+
+static std::string allExtensions()
+{
+    const std::string dn = "A4{30{31{30{06{550403} 0C{EAB080}}}}}", url = "86{\"u\"}";
+    const std::string vid = "30{06{2A831A8C9A440A010101} 30{30{06{2A831A8C9A440102}} A0{0401AA}}}";
+    const std::string person = "A0{06{2A831A8C9A440A0101} A0{30{0C{EAB080} 30{" + vid + "}}}}", foreign = "A0{06{2A831A8C9A440A0101} A0{0500}}";
+    const std::string notice = "30{30{0C{EAB080} 30{020101 020102}} 1E{AC00}}";
+    const std::string policies = "30{30{06{2A03} 30{30{06{2B06010505070201} 16{\"c\"}} 30{06{2B06010505070202}" + notice + "}}} 30{06{551D2000}}}";
+    const std::string point = "30{A0{A0{" + url + dn + person + "}} 81{0640} A2{" + dn + "}}";
+    return extension("551D0F", "030206C0") + extension("551D13", "30{0101FF 020103}") + extension("551D0E", "0402AABB") +
+           extension("551D20", policies) + extension("551D25", "30{06{2B06010505070301} 06{2A03}}") +
+           extension("551D11", "30{81{\"e\"} 82{\"d\"}" + dn + url + "87{\"ABCD\"} 88{2A03}" + person + foreign + "}") +
+           extension("551D23", "30{8002AABB A1{" + dn + person + "} 820105}") + extension("551D1F", "30{" + point + point + "}") +
+           extension("2B06010505070101", "30{30{06{2B06010505073001}" + url + "} 30{06{2A03}" + person + "}}");
+}
+
+const std::string everyExtension = certificate("A0{020102}", "2A03", "2A03", "A3{30{" + allExtensions() + "}}");
 
 std::string getText(VRNO_API_CTX* context, TextGetter get, int& code)
 {

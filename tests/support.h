@@ -102,8 +102,18 @@ struct NamedGetter {
     const char* name;
     const char* output; // the argument's name
     TextGetter get;
+    const char* extension = nullptr;  // the octets of its identifier, in notation
+    int slack = 0;                    // room that the buffer needs beyond the text
+    const char* nullOutput = nullptr; // the name in the message of a null pointer, where it is another one
 };
 extern const std::vector<NamedGetter> textGetters;
+
+// A certificate by parts in notation: the version's element, identifiers of the signature's and the key's algorithm, the
+// element of the extensions.
+std::string certificate(const std::string& version, const std::string& algorithm, const std::string& key, const std::string& extensions);
+std::string certificateWith(const char* extensionOid, const std::string& value);
+// One with every extension that a getter shows, and every branch of their renderings that gives a text.
+extern const std::string everyExtension;
 
 // The text of a getter, whatever its length; the code in `code`.
 std::string getText(VRNO_API_CTX* context, TextGetter get, int& code);

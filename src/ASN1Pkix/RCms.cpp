@@ -37,7 +37,7 @@ template <class V> void REncryptedContentInfo::walk(V& v)
     v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_contentEncryptionAlgorithm), 6, 2,
                "contentEncryptionAlgorithm component is not ASN1_TAG_SEQUENCE.");
     if constexpr (V::decoding) {
-        if (v.spare() && v.next(Option{0})) takeContent(v);
+        if (v.spare() && v.nextIs(Option{0})) takeContent(v);
     } else {
         v.optional(Option{0}, 0x01, NAMED(m_encryptedContent), 0, 3);
     }

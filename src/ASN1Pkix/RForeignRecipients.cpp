@@ -46,7 +46,7 @@ void RKeyAgreeRecipientInfo::walk(Decoder& v)
 {
     v.atLeast(4, "At least 4 components are required.");
     v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_version), 3, 0, "version component is not ASN1_TAG_INTEGER.");
-    v.expect(Option{0}, 5, "originator component is not [0] Explicit.");
+    v.rule(v.nextIs(Option{0}), 5, "asnSeq", "originator component is not [0] Explicit.");
     if (ByteString* const wrapped = v.fetch(6)) takeOriginator(v, *wrapped);
     v.optional(Option{1}, 0x01, NAMED(m_ukm), 8, 0);
     v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_keyEncryptionAlgorithm), 10, 0,

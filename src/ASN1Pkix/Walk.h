@@ -104,6 +104,7 @@ struct Member {
 class Decoder {
 public:
     static constexpr bool decoding = true;
+    static constexpr int unlimited = 0x7FFFFFFF;
 
     // Decodes the outer SEQUENCE. `mask` is the record's m_ucBitMask, or null where it has none; `method` is for the frames.
     Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at,
@@ -118,16 +119,24 @@ public:
         counted(least, most, name, message, at);
     }
     bool spare() const { return m_spare > 0; }
+    // Whether the next component has the tag: for a row that stands under a condition.
+    bool nextIs(Universal tag) const { return m_code == 0 && m_asnSeq.getComponentUniversalTag(m_index) == tag.tag; }
+    bool nextIs(Option tag) const { return m_code == 0 && m_asnSeq.getComponentTagNo(m_index) == tag.number; }
+    // A condition that no row expresses.
+    void rule(bool holds, int code, const char* name, const char* message, Here at = Here::now())
+    {
+        if (m_code == 0 && !holds) refuse(code, name, message, at);
+    }
 
     template <class M>
     void required(Universal tag, M& member, const char* name, int code, int, const char* message, Here at = Here::now())
     {
-        taggedRow(m_asnSeq.getComponentUniversalTag(m_index) == tag.tag, tag.frame, {member, name}, code, message, at);
+        taggedRow(nextIs(tag), tag.frame, {member, name}, code, message, at);
     }
     template <class M>
     void required(Option tag, M& member, const char* name, int code, int, const char* message, Here at = Here::now())
     {
-        taggedRow(m_asnSeq.getComponentTagNo(m_index) == tag.number, "asnSeq", {member, name}, code, message, at);
+        taggedRow(nextIs(tag), "asnSeq", {member, name}, code, message, at);
     }
     template <class M> void required(AnyTag, M& member, const char* name, int code, int, Here at = Here::now())
     {
@@ -137,12 +146,12 @@ public:
     template <class M>
     void optional(Universal tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
-        if (spare() && m_asnSeq.getComponentUniversalTag(m_index) == tag.tag) optionalRow(bit, {member, name}, code, at);
+        if (spare() && nextIs(tag)) optionalRow(bit, {member, name}, code, at);
     }
     template <class M>
     void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
-        if (spare() && m_asnSeq.getComponentTagNo(m_index) == tag.number) optionalRow(bit, {member, name}, code, at);
+        if (spare() && nextIs(tag)) optionalRow(bit, {member, name}, code, at);
     }
     template <class M> void optional(AnyTag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
@@ -154,7 +163,7 @@ public:
                   Here at = Here::now())
     {
         if (!spare()) return;
-        if (m_asnSeq.getComponentUniversalTag(m_index) != tag.tag) return refuse(code + 2, tag.frame, message, at);
+        if (!nextIs(tag)) return refuse(code + 2, tag.frame, message, at);
         optionalRow(bit, {member, name}, code, at);
     }
     // One alternative of a required component that is a CHOICE: the first whose tag fits takes it. chosen() stands behind
@@ -162,7 +171,7 @@ public:
     template <class M>
     void alternative(Universal tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
-        if (m_code > 0 || m_chosen || m_asnSeq.getComponentUniversalTag(m_index) != tag.tag) return;
+        if (m_chosen || !nextIs(tag)) return;
         m_chosen = true;
         ++m_spare; // which the row takes off, as if the component were optional
         optionalRow(bit, {member, name}, code, at);
@@ -175,7 +184,7 @@ public:
     template <class M>
     void optional(Implicit tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
     {
-        if (!spare() || !next(Option{tag.number})) return;
+        if (!spare() || !nextIs(Option{tag.number})) return;
         m_firstOctet = tag.universal;
         optionalRow(bit, {member, name}, code, at);
     }
@@ -183,19 +192,12 @@ public:
 
     // For a row that is none of these, as ordinary code. fetch() gives the component and goes on to the next one; null
     // after any failure.
-    bool next(Option tag) const { return m_asnSeq.getComponentTagNo(m_index) == tag.number; }
-    void expect(Option tag, int code, const char* message, Here at = Here::now())
-    {
-        if (m_code == 0 && !next(tag)) refuse(code, "asnSeq", message, at);
-    }
     ByteString* fetch(int code, Here at = Here::now());
     void refuse(int code, const char* name, const char* message, Here at = Here::now());
 
     int code() const { return m_code; }
 
 private:
-    static constexpr int unlimited = 0x7FFFFFFF;
-
     void counted(int least, int most, const char* name, const char* message, Here at);
     void taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at);
     void optionalRow(unsigned char bit, Member member, int code, Here at);

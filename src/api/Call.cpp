@@ -88,7 +88,12 @@ int Call::noMemory(const char* slot)
 
 int Call::wrongCertificate(PCertUtil2& cert)
 {
-    return trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, cert.getErrorTrail());
+    return wrongCertificate(cert.getErrorTrail());
+}
+
+int Call::wrongCertificate(const ByteString& errorTrail)
+{
+    return trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, errorTrail);
 }
 
 int Call::dynamic(int code, const char* message, const char* function, int result, const char* detail)

@@ -83,6 +83,7 @@ public:
     int dynamic(int code, const char* message, const char* function, int result, const char* detail); // of the storage library
     int noMemory(const char* slot);
     int wrongCertificate(PCertUtil2& cert);
+    int wrongCertificate(const ByteString& errorTrail);
 
     // The last step of a call: hands a result to the caller and returns the call's code.
     int deliver(const ByteString& data, const RecordOut& out);

@@ -1,6 +1,7 @@
 #include "base/Trail.h"
 
 #include <cstring>
+#include <string_view>
 
 namespace vrno {
 
@@ -27,6 +28,12 @@ void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char
     ByteString text = trailFrame(pszFile, nLine, pszClass, pszMethod, pszName, nCode, followed);
     if (followed) text += pszMessage;
     trail = text;
+}
+
+bool tellsOfMemory(const ByteString& trail)
+{
+    const std::string_view story(trail.getText(), static_cast<std::size_t>(trail.getLength()));
+    return story.empty() || story.ends_with(',') || story.ends_with("Memory Allocation Error");
 }
 
 } // namespace vrno

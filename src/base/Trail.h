@@ -33,6 +33,10 @@ ByteString trailFrame(const char* pszFile, int nLine, const char* pszClass, cons
 // The code of a failure for want of memory where the step's own code would read as something else.
 inline constexpr int noMemoryCode = 9999;
 
+// Whether the story on the trail of a failed object is one of memory running out: it ends so, or was cut off for the same
+// reason. For whoever goes on after a failure that says only what the data is not.
+bool tellsOfMemory(const ByteString& trail);
+
 // An object that carries a trail: a value, a record, a utility or facade object.
 template <class T>
 concept Trailed = requires(T& object)

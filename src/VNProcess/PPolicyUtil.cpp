@@ -1,0 +1,193 @@
+#include "VNProcess/PPolicyUtil.h"
+
+#include "ASN1/ASN1Strings.h"
+#include "text/Ksc.h"
+#include "text/UUTF8String.h"
+#include "text/UUnicode.h"
+
+#include <algorithm>
+#include <new>
+
+namespace vrno {
+
+PPolicyUtil::PPolicyUtil() : m_pPolicyOids(new (std::nothrow) ASN1Sequence) {}
+
+int PPolicyUtil::parseCertificatePolicies(ByteString& value)
+{
+    RCertificatePolicies certificatePolicies;
+    if (certificatePolicies.fromASN1Object(value) > 0) return fail(*this, 1, "certificatePolicies", certificatePolicies);
+    m_bsMessage.clear();
+    Message message;
+    for (int i = 0; i < certificatePolicies.getCount(); ++i) {
+        ByteString& encoded = certificatePolicies.getPolicyInformation(i);
+        if (certificatePolicies.getLastError() > 0) return fail(*this, 2, "certificatePolicies", certificatePolicies);
+        if (makePolicyInformationMessage(encoded, message) > 0) return fail(*this, 3, "this", *this);
+    }
+    return keepResults(message);
+}
+
+int PPolicyUtil::keepResults(const Message& message)
+{
+    const Here at = Here::now().in("parseCertificatePolicies");
+    ASN1Sequence list;
+    const bool joined = m_pPolicyOids && message.identifiers.into(list.m_bsValue) == 0;
+    if (!joined || m_pPolicyOids->fromASN1Object(list.toASN1Object()) > 0)
+        return fail(*this, noMemoryCode, "m_pPolicyOids", "Memory Allocation Error", at);
+    return finish(*this, message.text, m_bsMessage, at);
+}
+
+// ---- one policy ----
+
+int PPolicyUtil::makePolicyInformationMessage(ByteString& encoded, Message& message)
+{
+    RPolicyInformation policyInfo;
+    if (policyInfo.fromASN1Object(encoded) > 0) return fail(*this, 1, "policyInfo", policyInfo);
+    ByteString& oid = policyInfo.getPolicyIdentifier();
+    if (policyInfo.getLastError() > 0) return fail(*this, 2, "policyInfo", policyInfo);
+    if (const int code = keepIdentifier(oid, message)) return code;
+    message.text << "[" << ++message.policies << "] Certificate Policy : \r\n\tPolicyIdentifier=";
+    if (oid == "2 5 29 32 0") {
+        message.text << u8"모든 발급 정책"_ksc;
+    } else {
+        std::replace(oid.mutableBytes(), oid.mutableBytes() + oid.getLength(), ' ', '.');
+        message.text << oid;
+    }
+    message.text << "\r\n";
+    if ((policyInfo.getBitMask() & 0x01) == 0) return 0;
+    for (int i = 0; i < policyInfo.getPolicyQualifierCount(); ++i) {
+        ByteString& qualifier = policyInfo.getPolicyQualifierInfo(i); // which fails to decode where it could not be had
+        if (makePolicyQualifierInfoMessage(qualifier, i + 1, message) > 0) return fail(*this, 5, "this", *this);
+    }
+    return 0;
+}
+
+int PPolicyUtil::keepIdentifier(ByteString& oid, Message& message)
+{
+    const Here at = Here::now().in("makePolicyInformationMessage");
+    ASN1ObjectIdentifier asnObject;
+    if (asnObject.setOID(oid) > 0) return fail(*this, 3, "asnObject", asnObject, at);
+    const ByteString& encoded = asnObject.toASN1Object();
+    if (asnObject.getLastError() > 0) return fail(*this, 4, "asnObject", asnObject, at);
+    message.identifiers.append(encoded.octets());
+    return message.identifiers.failed() ? fail(*this, 4, "asnObject", "Memory Allocation Error", at) : 0;
+}
+
+// ---- one qualifier ----
+
+static constexpr const char* qualifierMethod = "makePolicyQualifierInfoMessage"; // of all frames below it
+
+int PPolicyUtil::makePolicyQualifierInfoMessage(ByteString& encoded, int number, Message& message)
+{
+    constexpr const char *cps = "1 3 6 1 5 5 7 2 1", *userNotice = "1 3 6 1 5 5 7 2 2";
+    static constexpr OidName qualifiers[] = {{cps, "CPS"}, {userNotice, "User Notice"}};
+    RPolicyQualifierInfo ploicyQualifierInfo;
+    if (ploicyQualifierInfo.fromASN1Object(encoded) > 0) return fail(*this, 1, "ploicyQualifierInfo", ploicyQualifierInfo);
+    const ByteString& id = ploicyQualifierInfo.getPolicyQualifierId();
+    if (ploicyQualifierInfo.getLastError() > 0) return fail(*this, 2, "ploicyQualifierInfo", ploicyQualifierInfo);
+    message.text << "\t[" << message.policies << "," << number << "] Policy Qualifier Info:\r\n";
+    message.text << "\t\tPolicy Qualifier Id=" << nameOrOid(id, qualifiers) << "\r\n";
+    if (id == cps) return addCPS(ploicyQualifierInfo.getQualifier(), message.text);
+    if (id == userNotice) return addUserNotice(ploicyQualifierInfo.getQualifier(), message.text);
+    return 0;
+}
+
+int PPolicyUtil::addCPS(ByteString& qualifier, TextBuilder& out)
+{
+    ASN1IA5String asnCPS;
+    if (asnCPS.fromASN1Object(qualifier) > 0) return fail(*this, 3, "asnCPS", asnCPS, Here::now().in(qualifierMethod));
+    m_bsCPS = asnCPS.getValue();
+    out << "\t\tQualifier:\r\n"
+        << "\t\t\t" << m_bsCPS << "\r\n";
+    return 0;
+}
+
+// The codes of a display text's failures begin with these.
+static constexpr int organizationCode = 5, explicitTextCode = 11;
+
+int PPolicyUtil::addUserNotice(ByteString& qualifier, TextBuilder& out)
+{
+    RUserNotice userNotice;
+    if (userNotice.fromASN1Object(qualifier) > 0) return fail(*this, 4, "userNotice", userNotice, Here::now().in(qualifierMethod));
+    out << "\t\tQualifier:\r\n";
+    if (userNotice.getBitMask() & 0x01) {
+        if (const int code = addNoticeReference(userNotice.getNoticeRef(), out)) return code;
+    }
+    if (userNotice.getBitMask() & 0x02) {
+        if (const int code = displayText(userNotice.getExplicitText(), explicitTextCode, m_bsNoticeText)) return code;
+        out << "\t\t\tNotice Text=" << m_bsNoticeText << "\r\n";
+    }
+    return 0;
+}
+
+int PPolicyUtil::addNoticeReference(RNoticeReference& reference, TextBuilder& out)
+{
+    if (const int code = displayText(reference.getOrganization(), organizationCode, m_bsOrganization)) return code;
+    out << "\t\t\tNotice Reference:\r\n"
+        << "\t\t\t\tOrganization=" << m_bsOrganization << "\r\n"
+        << "\t\t\t\tNotice Number=";
+    for (int i = 0; i < reference.getNoticeNumberCount(); ++i) {
+        int number = 0;
+        if (reference.getNoticeNumber(i, &number) > 0)
+            return fail(*this, 10, "pNoticeRef", reference, Here::now().in(qualifierMethod));
+        out << (i > 0 ? ", " : "") << number;
+    }
+    out << "\r\n";
+    return 0;
+}
+
+// ---- display text to code page 949 ----
+
+int PPolicyUtil::displayText(RDisplayText& text, int firstCode, ByteString& ksc)
+{
+    const Here at = Here::now().in(qualifierMethod);
+    const auto take = [&](ByteString& contents, int code) {
+        if (text.getLastError() > 0) return fail(*this, code, "pDisplayText", text, at);
+        ksc = contents;
+        return ksc.getError() > 0 ? fail(*this, code, "pDisplayText", "Memory Allocation Error", at) : 0;
+    };
+    switch (text.getBitMask()) {
+    case RDisplayText::visibleString:
+        return take(text.getVisibleString(), firstCode);
+    case RDisplayText::bmpString:
+        if (const int code = take(text.getBMPString(), firstCode + 1)) return code;
+        if (UUnicode::SwapByteOrder(ksc.mutableBytes(), ksc.getLength()) > 0)
+            return fail(*this, firstCode + 1, "UUnicode::SwapByteOrder", "Unicode Decoding failed.", at);
+        if (UUnicode::Unicode2KSC(ksc, ksc) > 0) return fail(*this, 6, "UUnicode::Unicode2KSC", "Unicode Decoding failed.", at);
+        return 0;
+    case RDisplayText::utf8String:
+        if (const int code = take(text.getUTF8String(), firstCode + 2)) return code;
+        if (UUTF8String::UTF8ToKSC(ksc, ksc) > 0)
+            return fail(*this, firstCode + 3, "UUTF8String::UTF8ToKSC()", "Make KSC by UTF8String is failed.", at);
+        return 0;
+    default:
+        return take(text.getIA5String(), firstCode + 4);
+    }
+}
+
+// ---- results ----
+
+ByteString& PPolicyUtil::getMessage()
+{
+    m_nLastError = 0;
+    return m_bsMessage;
+}
+
+int PPolicyUtil::getPolicyCount() const
+{
+    return m_pPolicyOids ? m_pPolicyOids->getComponentCount() : 0;
+}
+
+ByteString& PPolicyUtil::getPolicyOid(int index, char separator)
+{
+    m_nLastError = 0;
+    m_bsOutput.clear();
+    if (index < 0 || index >= getPolicyCount()) return failOutput(*this, 1, "index", "Index invalid");
+    ASN1ObjectIdentifier asn1Oid;
+    if (asn1Oid.fromASN1Object(m_pPolicyOids->getComponent(index)) > 0) return failOutput(*this, 2, "asn1Oid", asn1Oid);
+    m_bsOutput = asn1Oid.getOID(separator);
+    if (asn1Oid.getLastError() > 0) return failOutput(*this, 2, "asn1Oid", asn1Oid);
+    if (m_bsOutput.getError() > 0) return failOutput(*this, 2, "asn1Oid", "Memory Allocation Error");
+    return m_bsOutput;
+}
+
+} // namespace vrno
