@@ -163,6 +163,27 @@ TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
         {"VRNO_MEDIA_DISK_ReadCert", [&](auto* c) { return VRNO_MEDIA_DISK_ReadCert(c, "", out); }, 1004, "파일경로(pszFilePath)를 지정해 주세요."},
         {"VRNO_MEDIA_DISK_ReadCert", [&](auto* c) { return VRNO_MEDIA_DISK_ReadCert(c, "x", nullptr); }, 1004, "pCert의 포인터가 NULL입니다."},
         {"VRNO_MEDIA_DISK_ReadCert", [&](auto* c) { return VRNO_MEDIA_DISK_ReadCert(c, "/no/file", out); }, 2504, "인증서를 읽는데 실패하였습니다. (위치 : /no/file)"},
+        {"VRNO_MEDIA_DISK_ReadPriKey", [&](auto* c) { return VRNO_MEDIA_DISK_ReadPriKey(c, "", "p", out); }, 1004, "파일경로(pszFilePath)를 지정해 주세요."},
+        {"VRNO_MEDIA_DISK_ReadPriKey", [&](auto* c) { return VRNO_MEDIA_DISK_ReadPriKey(c, "x", "p", nullptr); }, 1004, "pPriKey의 포인터가 NULL입니다."},
+        {"VRNO_MEDIA_DISK_ReadPriKey", [&](auto* c) { return VRNO_MEDIA_DISK_ReadPriKey(c, "/no/file", "p", out); }, 2507, "개인키를 읽는데 실패하였습니다. (위치 : /no/file)"},
+        {"VRNO_MEDIA_Load", [&](auto* c) { return VRNO_MEDIA_Load(c, ""); }, 1004, "라이브러리 경로(pszLibPath)를 지정해 주세요."},
+        {"VRNO_MEDIA_Unload", [&](auto* c) { return VRNO_MEDIA_Unload(c); }, 0, "none"},
+        {"VRNO_MEDIA_CARD_ReadCert", [&](auto* c) { return VRNO_MEDIA_CARD_ReadCert(c, 3, "", nullptr); }, 1004, "핀 번호(pszPIN)를 지정해 주세요."},
+        {"VRNO_MEDIA_CARD_ReadCert", [&](auto* c) { return VRNO_MEDIA_CARD_ReadCert(c, 3, "1", nullptr); }, 1004, "pCert의 포인터가 NULL입니다."},
+        {"VRNO_MEDIA_CARD_ReadCert", [&](auto* c) { return VRNO_MEDIA_CARD_ReadCert(c, 3, "1", out); }, 2513, "우선 동적 라이브러리를 로드하세요."},
+        {"VRNO_MEDIA_CARD_ReadPriKey", [&](auto* c) { return VRNO_MEDIA_CARD_ReadPriKey(c, 3, nullptr, "p", nullptr); }, 1004, "핀 번호(pszPIN)를 지정해 주세요."},
+        {"VRNO_MEDIA_CARD_ReadPriKey", [&](auto* c) { return VRNO_MEDIA_CARD_ReadPriKey(c, 3, "1", "p", nullptr); }, 1004, "pPriKey의 포인터가 NULL입니다."},
+        {"VRNO_MEDIA_CARD_ReadPriKey", [&](auto* c) { return VRNO_MEDIA_CARD_ReadPriKey(c, 3, "1", "p", out); }, 2513, "우선 동적 라이브러리를 로드하세요."},
+        {"VRNO_PRIKEY_Encrypt", [&](auto* c) { return VRNO_PRIKEY_Encrypt(c, 17, "", nullptr, nullptr); }, 1004, "개인키 비밀번호 정보가 없습니다."},
+        {"VRNO_PRIKEY_Encrypt", [&](auto* c) { return VRNO_PRIKEY_Encrypt(c, 17, "p", &noData, nullptr); }, 1004, "암호화할 개인키(pPriKey)를 지정해 주세요."},
+        {"VRNO_PRIKEY_Encrypt", [&](auto* c) { return VRNO_PRIKEY_Encrypt(c, 17, "p", good, nullptr); }, 1004, "pEncPriKey의 포인터가 NULL 입니다."},
+        {"VRNO_PRIKEY_Encrypt", [&](auto* c) { return VRNO_PRIKEY_Encrypt(c, 17, "p", good, out); }, 5000, "지원하지 않는 대칭키 알고리즘입니다."},
+        {"VRNO_PRIKEY_Encrypt", [&](auto* c) { return VRNO_PRIKEY_Encrypt(c, 16, "p", good, out); }, 2000, "잘못된 개인키 형식입니다."},
+        {"VRNO_PRIKEY_Decrypt", [&](auto* c) { return VRNO_PRIKEY_Decrypt(c, nullptr, nullptr, nullptr); }, 1004, "개인키 비밀번호 정보가 없습니다."},
+        {"VRNO_PRIKEY_Decrypt", [&](auto* c) { return VRNO_PRIKEY_Decrypt(c, "p", &noLength, nullptr); }, 1004, "복호화할 개인키(pEncPriKey)를 지정해 주세요."},
+        {"VRNO_PRIKEY_Decrypt", [&](auto* c) { return VRNO_PRIKEY_Decrypt(c, "p", good, nullptr); }, 1004, "pPriKey의 포인터가 NULL 입니다."},
+        {"VRNO_PRIKEY_CheckKeyPair", [&](auto* c) { return VRNO_PRIKEY_CheckKeyPair(c, nullptr, nullptr); }, 1004, "인증서(pCert)를 지정해 주세요."},
+        {"VRNO_PRIKEY_CheckKeyPair", [&](auto* c) { return VRNO_PRIKEY_CheckKeyPair(c, good, nullptr); }, 1004, "개인키(pPriKey)를 지정해 주세요."},
     };
     // clang-format on
     for (const auto& row : table) {
@@ -223,6 +244,19 @@ TEST(Files, AreReadWhole)
     EXPECT_EQ(context.error(), "[VRNO_MEDIA_DISK_ReadFile] 비어있는 파일입니다.");
     EXPECT_EQ(VRNO_MEDIA_DISK_ReadCert(context, path.c_str(), out), 0);
     EXPECT_TRUE(out.isEmpty());
+    EXPECT_EQ(VRNO_MEDIA_DISK_ReadPriKey(context, path.c_str(), "", out), 0);
+    EXPECT_TRUE(out.isEmpty());
+    EXPECT_EQ(VRNO_MEDIA_DISK_ReadPriKey(context, path.c_str(), "p", out), 2001);
+    const std::string key = readFile(SAMPLES "/hong.key");
+    BinStr plain(key), blob;
+    ASSERT_EQ(VRNO_PRIKEY_Encrypt(context, 32, "password", plain, blob), 0);
+    std::ofstream(path, std::ios::binary) << blob.data();
+    EXPECT_EQ(VRNO_MEDIA_DISK_ReadPriKey(context, path.c_str(), nullptr, out), 0);
+    EXPECT_EQ(out.data(), blob.data());
+    EXPECT_EQ(VRNO_MEDIA_DISK_ReadPriKey(context, path.c_str(), "password", out), 0);
+    EXPECT_EQ(out.data(), key);
+    EXPECT_EQ(VRNO_MEDIA_DISK_ReadPriKey(context, path.c_str(), "wrong", out), 2004);
+    EXPECT_EQ(context.error(), "[VRNO_MEDIA_DISK_ReadPriKey] 개인키 비밀번호를 확인하세요.");
     ASSERT_EQ(mkfifo((path + "-pipe").c_str(), 0600), 0);
     EXPECT_EQ(VRNO_MEDIA_DISK_ReadCert(context, (path + "-pipe").c_str(), out), 2504); // and does not wait for a writer
     std::remove((path + "-pipe").c_str());

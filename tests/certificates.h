@@ -16,6 +16,8 @@ struct Freed {
     void operator()(BIO* b) const { BIO_free(b); }
     void operator()(ASN1_OBJECT* o) const { ASN1_OBJECT_free(o); }
     void operator()(EVP_PKEY* k) const { EVP_PKEY_free(k); }
+    void operator()(EVP_PKEY_CTX* c) const { EVP_PKEY_CTX_free(c); }
+    void operator()(PKCS8_PRIV_KEY_INFO* p) const { PKCS8_PRIV_KEY_INFO_free(p); }
     void operator()(CONF* c) const { NCONF_free(c); }
     void operator()(unsigned char* p) const { OPENSSL_free(p); }
 };

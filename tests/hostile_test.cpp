@@ -7,17 +7,18 @@
 #include "support.h"
 
 #include <cstring>
+#include <functional>
 #include <set>
 #include <thread>
 
 using namespace vrno;
 using namespace test;
 
-static const std::string hong = readFile(SAMPLES "/hong.der");
+static const std::string hong = readFile(SAMPLES "/hong.der"), hongsKey = readFile(SAMPLES "/hong.key"), hongsBlob = useKey(hong, hongsKey, "").at(1).output;
 
 static void expectDocumented(const std::vector<Result>& results)
 {
-    static const std::set<int> documented = {0, 1002, 1004, 1005, 1500, 1501, 1502, 5001, 5004, 5005, 5006, 5015, 5500, 5501};
+    static const std::set<int> documented = {0, 1002, 1004, 1005, 1500, 1501, 1502, 5001, 5004, 5005, 5006, 5015, 5500, 5501, 2000, 2001, 2002, 2003, 2004};
     for (const Result& result : results) EXPECT_TRUE(documented.count(result.code)) << result.code;
 }
 
@@ -42,6 +43,26 @@ TEST(Hostile, EveryChangedByteGivesDocumentedCodes)
             indefinite[at] = '\x80';
             expectDocumented(useCertificate(indefinite));
         }
+    }
+}
+
+TEST(Hostile, EveryChangedByteOfAKeyGivesDocumentedCodes)
+{
+    const std::vector<Result> well = useKey(hong, hongsKey, hongsBlob);
+    EXPECT_EQ(well, (std::vector<Result>{{0, ""}, {0, hongsBlob}, {0, hongsKey}, {0, ""}}));
+    const auto changed = [](std::string good, std::size_t at) {
+        good[at] = static_cast<char>(good[at] ^ (at % 2 ? 0xFF : 0x80 >> at % 8));
+        return good;
+    };
+    for (std::size_t at = 0; at < hong.size(); ++at) expectDocumented(useKey(changed(hong, at), hongsKey, "x"));
+    for (std::size_t at = 0; at < hongsKey.size(); ++at) {
+        expectDocumented(useKey(hong, changed(hongsKey, at), "x"));
+        EXPECT_EQ(useKey(hong, hongsKey.substr(0, at + 1), "x").at(3), at + 1 < hongsKey.size() ? (Result{2003, ""}) : (Result{0, ""}));
+    }
+    for (std::size_t at = 0; at < hongsBlob.size(); ++at) {
+        expectDocumented(useKey("x", "x", changed(hongsBlob, at)));
+        const int cut = useKey("x", "x", hongsBlob.substr(0, at)).at(2).code;
+        EXPECT_TRUE(cut == 2001 || (cut == 1004 && at == 0)) << at << " " << cut;
     }
 }
 
@@ -155,20 +176,22 @@ TEST(Hostile, InputsBeyondTheSignedRangeAreRefusedBeforeUse)
 
 // Each allocation in turn fails, alone and with all behind it. A call then gives a documented code, and a result only
 // where it is the whole one.
-static void failEachAllocation(const std::string& certificate)
+using Scenario = std::function<std::vector<Result>()>;
+
+static void failEachAllocation(const Scenario& use)
 {
-    const std::vector<Result> well = useCertificate(certificate);
+    const std::vector<Result> well = use();
     long total = 0;
     {
         const FailingAllocation none(0);
-        useCertificate(certificate);
+        use();
         total = FailingAllocation::count();
     }
     EXPECT_GT(total, 100);
     for (const bool onward : {false, true}) {
         for (long number = 1; number <= total; ++number) {
             const FailingAllocation fails(number, onward);
-            const std::vector<Result> results = useCertificate(certificate);
+            const std::vector<Result> results = use();
             expectDocumented(results);
             for (std::size_t i = 0; i < results.size(); ++i) {
                 EXPECT_TRUE(results[i].code != 1502 || well[i].code == 1502) << "call " << i << ", allocation " << number;
@@ -180,8 +203,9 @@ static void failEachAllocation(const std::string& certificate)
 
 TEST(OutOfMemory, EveryAllocationMayFail)
 {
-    failEachAllocation(hong);
-    failEachAllocation(everyExtension);
+    failEachAllocation([] { return useCertificate(hong); });
+    failEachAllocation([] { return useCertificate(everyExtension); });
+    failEachAllocation([] { return useKey(hong, hongsKey, hongsBlob); });
 }
 
 TEST(OutOfMemory, NoExtensionSeemsAbsent)
@@ -198,11 +222,14 @@ TEST(OutOfMemory, NoExtensionSeemsAbsent)
 
 TEST(Threads, ContextsDoNotDisturbEachOther)
 {
-    const std::vector<Result> well = useCertificate(everyExtension);
+    const std::vector<Result> well = useCertificate(everyExtension), wellKey = useKey(hong, hongsKey, hongsBlob);
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&well] {
-            for (int round = 0; round < 50; ++round) EXPECT_EQ(useCertificate(everyExtension), well);
+        threads.emplace_back([&] {
+            for (int round = 0; round < 50; ++round) {
+                EXPECT_EQ(useCertificate(everyExtension), well);
+                EXPECT_EQ(useKey(hong, hongsKey, hongsBlob), wellKey);
+            }
         });
     }
     for (std::thread& thread : threads) thread.join();

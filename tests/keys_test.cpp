@@ -5,10 +5,9 @@
 #include "ASN1Pkix/PPrivateKey.h"
 #include "ASN1Pkix/PPublicKey.h"
 #include "engine/kcdsa/kcdsa.h"
-#include "support.h"
+#include "certificates.h"
 
 #include <openssl/rsa.h>
-#include <openssl/x509.h>
 
 #include <dlfcn.h>
 
@@ -25,22 +24,6 @@ namespace {
 
 // ---- key pairs ----
 
-struct Freed {
-    void operator()(EVP_PKEY* k) const { EVP_PKEY_free(k); }
-    void operator()(EVP_PKEY_CTX* c) const { EVP_PKEY_CTX_free(c); }
-    void operator()(X509* x) const { X509_free(x); }
-    void operator()(PKCS8_PRIV_KEY_INFO* p) const { PKCS8_PRIV_KEY_INFO_free(p); }
-};
-
-template <class T> std::string encoded(int (*encode)(const T*, unsigned char**), const T* object)
-{
-    unsigned char* out = nullptr;
-    const int length = encode(object, &out);
-    const std::string result = text(out, static_cast<std::size_t>(length));
-    OPENSSL_free(out);
-    return result;
-}
-
 struct Pair {
     std::string privateKey, certificate;
     std::shared_ptr<EVP_PKEY> peer;
@@ -49,7 +32,7 @@ struct Pair {
 Pair makeRsa(unsigned bits)
 {
     Pair pair{"", "", {EVP_RSA_gen(bits), Freed()}};
-    const std::unique_ptr<X509, Freed> x(X509_new());
+    const Certificate x(X509_new());
     X509_set_version(x.get(), 2);
     ASN1_INTEGER_set(X509_get_serialNumber(x.get()), 7);
     X509_gmtime_adj(X509_getm_notBefore(x.get()), 0);

@@ -289,4 +289,25 @@ std::vector<Result> useCertificate(const std::string& certificate)
     return results;
 }
 
+std::vector<Result> useKey(const std::string& certificate, const std::string& key, const std::string& blob)
+{
+    std::vector<Result> results;
+    VRNO_API_CTX* context = nullptr;
+    const auto record = [](const std::string& from) { return VRNO_BINSTR{const_cast<unsigned char*>(at(from)), static_cast<unsigned>(from.size())}; };
+    const VRNO_BINSTR cert = record(certificate), plain = record(key), encrypted = record(blob);
+    VRNO_BINSTR out;
+    VRNO_BINSTR_Create(&out);
+    const auto gave = [&](int code) { results.push_back({code, code == 0 && out.pData ? text(out.pData, out.nLen) : ""}); };
+    gave(VRNO_API_Init(&context, "/"));
+    if (results.back().code == 0) {
+        gave(VRNO_PRIKEY_Encrypt(context, 48, "password", &plain, &out));
+        gave(VRNO_PRIKEY_Decrypt(context, "password", &encrypted, &out));
+        VRNO_BINSTR_Delete(&out);
+        gave(VRNO_PRIKEY_CheckKeyPair(context, &cert, &plain));
+    }
+    VRNO_API_Finish(&context);
+    VRNO_BINSTR_Delete(&out);
+    return results;
+}
+
 } // namespace test

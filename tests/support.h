@@ -126,6 +126,8 @@ struct Result {
     bool operator==(const Result&) const = default;
 };
 std::vector<Result> useCertificate(const std::string& certificate);
+// What a user does with a private key: protects it, opens the protected one, holds it against the certificate.
+std::vector<Result> useKey(const std::string& certificate, const std::string& key, const std::string& blob);
 
 // ---- memory that runs out ----
 
