@@ -14,6 +14,7 @@ namespace bench {
 
 void registerBignumPairs();
 void registerCipherPairs();
+void registerEnvelopePairs();
 void registerRsaPairs();
 
 static std::vector<std::string> names; // of the pairs, as they were registered
@@ -97,6 +98,7 @@ int main(int argc, char** argv)
     bench::registerCipherPairs();
     bench::registerBignumPairs();
     bench::registerRsaPairs();
+    bench::registerEnvelopePairs();
     bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
