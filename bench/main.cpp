@@ -14,6 +14,7 @@ namespace bench {
 
 void registerBignumPairs();
 void registerCipherPairs();
+void registerEnvelopePairs();
 void registerKeyPairs();
 void registerRsaPairs();
 
@@ -98,6 +99,7 @@ int main(int argc, char** argv)
     bench::registerCipherPairs();
     bench::registerBignumPairs();
     bench::registerRsaPairs();
+    bench::registerEnvelopePairs();
     bench::registerKeyPairs();
     bench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);

@@ -303,6 +303,24 @@ VRNO_API int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINST
 VRNO_API int VRNO_CRYPT_Encrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pPlainText, VRNO_BINSTR* pCipherText);
 VRNO_API int VRNO_CRYPT_Decrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCipherText, VRNO_BINSTR* pPlainText);
 
+/* ---- enveloped messages (CMS, RFC 5652) ---- */
+
+/* nOption: the message inside a ContentInfo; without it the EnvelopedData alone. Other bits mean nothing. */
+enum { VRNO_CMS_CONTENT_INFO = 2 };
+
+/* Encrypts data for the holder of a certificate in DER, which must have an RSA key of 1024 or 2048 bits and, if it has a
+ * key usage at all, keyEncipherment or keyAgreement in it; its validity and issuer are not looked at. The message is an
+ * EnvelopedData of version 0 with SEED-CBC (RFC 4010) under a key and an IV drawn for it, the key under RSA (PKCS #1 v1.5)
+ * for a recipient named by issuer and serial number. They become the context's session key, for the functions above. A
+ * pData that is null or has no data is an empty content. The output may be the record of an input; a failure leaves it
+ * as it was.
+ * nAlg: VRNO_SYM_SEED.
+ * 0; 1001; 1004 pCert not valid, pEnvelopedData null; 1002; 5000; 1500 the certificate cannot be read; 3001 its key usage
+ * allows no encryption; 1500 its key is of no use, or nAlg is 16 or 32, which no message can be made with; 3006, also for a
+ * message of more than 2^31 - 2 bytes, all with the old session key kept; 1002 with the old one kept, or with no key set. */
+VRNO_API int VRNO_CMS_EncryptData(VRNO_API_CTX* pCtx, unsigned int nOption, const VRNO_BINSTR* pCert, const VRNO_BINSTR* pData,
+                                  int nAlg, VRNO_BINSTR* pEnvelopedData);
+
 /* ---- private keys (PKCS #8, RFC 5208) ---- */
 
 /* A plain key is a PrivateKeyInfo in DER, a protected one an EncryptedPrivateKeyInfo. A password counts by its bytes, up

@@ -276,6 +276,7 @@ std::vector<Result> useCertificate(const std::string& certificate)
         gaveData(VRNO_CERT_GetSubjectName_DERFormat(context, &out));
         gaveData(VRNO_BASE64_Encode(context, &in, &out));
         gaveData(VRNO_BASE64_Decode(context, &out, &out)); // an output may be the input
+        results.push_back({VRNO_CMS_EncryptData(context, VRNO_CMS_CONTENT_INFO, &in, &in, VRNO_SYM_SEED, &out), ""});
         unsigned char sixteen[] = "sixteen bytes...";
         const VRNO_BINSTR key{sixteen, 16};
         results.push_back({VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED), ""});

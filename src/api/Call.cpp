@@ -153,6 +153,16 @@ Call& Call::copy(const VRNO_BINSTR* data, const char* name, ByteString& to)
     return *this;
 }
 
+Call& Call::view(const VRNO_BINSTR* data, const char* name, Octets& to)
+{
+    static constexpr unsigned char nothing = 0;
+    if (m_code != 0) return *this;
+    const bool empty = !data || !data->pData || !data->nLen;
+    to = empty ? Octets(&nothing, 0) : Octets(data->pData, data->nLen);
+    if (to.size() >= INT_MAX) noMemory(name);
+    return *this;
+}
+
 Call& Call::fits(const ByteString& text, const TextOut& out)
 {
     if (m_code == 0 && text.getLength() >= out.size) {

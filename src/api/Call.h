@@ -68,6 +68,8 @@ public:
     Call& output(const void* pointer, const char* name);
     // Copies a valid record; 1002 when it cannot be held.
     Call& copy(const VRNO_BINSTR* data, const char* name, ByteString& to);
+    // An optional record's octets where they lie, none for one that is not valid; 1002 for more than a ByteString holds.
+    Call& view(const VRNO_BINSTR* data, const char* name, Octets& to);
     // 1005 with the needed size when the text and its NUL do not fit.
     Call& fits(const ByteString& text, const TextOut& out);
 

@@ -5,7 +5,6 @@
 #include "VNCrypto/VNEncrypt.h"
 #include "VNCrypto/VNRandom.h"
 
-#include <climits>
 #include <new>
 
 using namespace vrno;
@@ -128,11 +127,10 @@ int expandKey(Call& call, VNEncrypt& cipher)
 int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRNO_BINSTR* out)
 {
     VRNO_API_CTX& context = call.context();
-    static constexpr unsigned char nothing = 0;
-    const bool empty = !in || !in->pData || !in->nLen;
-    if (!empty && in->nLen >= INT_MAX) return call.noMemory(direction.inputName);
-    const unsigned char* const data = empty ? &nothing : in->pData;
-    const int length = empty ? 0 : static_cast<int>(in->nLen);
+    Octets octets;
+    if (!call.view(in, direction.inputName, octets)) return call.code();
+    const unsigned char* const data = octets.data();
+    const int length = static_cast<int>(octets.size());
     const int padding = (context.ucFlags & otherPaddingFlag) ? vnPadLengthMinusOne : vnPadLength;
 
     VNEncrypt cipher;

@@ -1,0 +1,86 @@
+// VRNO_CMS_EncryptData: data for the holder of a certificate.
+#include "api/envelope.h"
+
+#include "ASN1/ASN1BitString.h"
+#include "ASN1Pkix/PEnvelopedData.h"
+#include "VNCrypto/VNCodes.h"
+#include "api/crypt.h"
+
+using namespace vrno;
+
+int vrno::checkRecipientKeyUsage(Call& call, Purpose nPurpose, ByteString& cert)
+{
+    constexpr unsigned char digitalSignature = 0x80, keyEncipherment = 0x20, keyAgreement = 0x08;
+    PCertUtil2 util;
+    ByteString& value = util.getExtensionValue(cert, "2 5 29 15");
+    if (util.getLastError() == PCertUtil2::absentExtension) return 0;
+    if (util.getLastError() > 0) return call.wrongCertificate(util);
+
+    ASN1BitString asnBits(value);
+    int unusedBits = 0;
+    const bool decoded = asnBits.getLastError() == 0;
+    const unsigned char usage = decoded ? asnBits.getBitString(&unusedBits).getBytes()[0] : 0; // 0 too for no bits
+    if (asnBits.getLastError() > 0) {
+        Call getter(&call.context(), "VRNO_CERT_GetKeyUsage"); // whose reading this is
+        return getter.trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, asnBits.getErrorTrail());
+    }
+    const bool encrypts = usage & (keyEncipherment | keyAgreement), signs = usage & digitalSignature;
+    if (nPurpose == Purpose::encryption) {
+        call.check(encrypts, VRNO_ERR_NOT_ENCRYPTION_CERT, u8"암호화용 인증서가 아닙니다."_ksc);
+    } else {
+        call.check(signs, VRNO_ERR_NOT_SIGNING_CERT, u8"서명용 인증서가 아닙니다."_ksc);
+    }
+    return call.code();
+}
+
+// The facade's code for a symmetric algorithm of the boundary, 0 for none. The builder has keys for SEED alone.
+static int facadeCode(int nAlg)
+{
+    switch (nAlg) {
+    case 16:
+        return 3000;
+    case 32:
+        return 3011;
+    case VRNO_SYM_SEED:
+        return VNAlgorithm::seed();
+    default:
+        return 0;
+    }
+}
+
+int vrno::makeEnvelopedMessage(Call& call, unsigned int nOption, int nAlg, ByteString& cert, Octets data, ByteString& out)
+{
+    const int code = facadeCode(nAlg);
+    if (code == 0) return call.fail(VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
+    if (const int refused = checkRecipientKeyUsage(call, Purpose::encryption, cert)) return refused;
+
+    PEnvelopedData enveloped;
+    if (nOption & VRNO_CMS_CONTENT_INFO) enveloped.setOption(PEnvelopedData::inContentInfo);
+    enveloped.setEncAlgorithm(code, vnCbc);
+    enveloped.choiceRecipientIdentifier(PEnvelopedData::issuerAndSerialNumber);
+    enveloped.setContentType("1 2 840 113549 1 7 1");
+    enveloped.borrowContent(data);
+    if (enveloped.addRecipientByCert(cert) > 0) {
+        return call.trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 수신자의 인증서입니다."_ksc, enveloped.getErrorTrail());
+    }
+    if (enveloped.makeEnvelopedData(out) > 0) {
+        return call.trail(VRNO_ERR_ENVELOPE, u8"암호 메시지(EnvelopedData)를 구성하는데 실패하였습니다."_ksc,
+                          enveloped.getErrorTrail());
+    }
+    SecretString key;
+    ByteString iv;
+    if (enveloped.getSymmetricKey(key, iv) > 0) return call.noMemory("pApiCtx->pSessionKey");
+    return installSessionKey(call, code, vnCbc, key.octets(), iv.octets());
+}
+
+int VRNO_CMS_EncryptData(VRNO_API_CTX* pCtx, unsigned int nOption, const VRNO_BINSTR* pCert, const VRNO_BINSTR* pData, int nAlg,
+                         VRNO_BINSTR* pEnvelopedData)
+{
+    Call call(pCtx);
+    ByteString cert, message;
+    Octets data;
+    call.input(pCert, u8"수신자의 인증서(pCert)를 지정해 주세요."_ksc).output(NAMED(pEnvelopedData));
+    if (!call || !call.copy(pCert, "pCert", cert).view(pData, "pData", data)) return call.code();
+    if (const int code = makeEnvelopedMessage(call, nOption, nAlg, cert, data, message)) return code;
+    return call.handOver(message, pEnvelopedData);
+}
