@@ -8,230 +8,11 @@
  */
 #define _POSIX_C_SOURCE 200112L
 
-#include "vrno.h"
+#include "console.h"
 
-#include <iconv.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-
-/* ---- code page 949 on a UTF-8 terminal ---- */
-
-static void print_ksc(const char* ksc)
-{
-    const iconv_t converter = iconv_open("UTF-8", "CP949");
-    char* from = (char*)ksc;
-    size_t from_left = strlen(ksc);
-    while (from_left > 0) {
-        char text[512];
-        char* to = text;
-        size_t to_left = sizeof text;
-        const size_t before = from_left;
-        iconv(converter, &from, &from_left, &to, &to_left);
-        fwrite(text, 1, sizeof text - to_left, stdout);
-        if (from_left == before) { /* a byte that is no text */
-            putchar('?');
-            ++from;
-            --from_left;
-        }
-    }
-    iconv_close(converter);
-}
-
-/* ---- failures ---- */
-
-/* How often each reason was met. A message's own value, such as the date that does not fit, is left out of the reason. */
-static struct reason {
-    int code;
-    char text[160];
-    int count;
-} reasons[32];
-
-static void count_reason(int code, const char* message)
-{
-    const char* innermost = message;
-    for (const char* at = message; (at = strstr(at, "),")) != NULL; at += 2) innermost = at + 2;
-    innermost += strspn(innermost, "0123456789Z ");
-    for (size_t i = 0; i < sizeof reasons / sizeof *reasons; ++i) {
-        struct reason* const reason = &reasons[i];
-        if (reason->count == 0) {
-            reason->code = code;
-            snprintf(reason->text, sizeof reason->text, "%s", innermost);
-        }
-        if (reason->code == code && strncmp(reason->text, innermost, sizeof reason->text - 1) == 0) {
-            ++reason->count;
-            return;
-        }
-    }
-}
-
-/* What the library says of the last failure: its message, and the trail to the place of the fault. */
-static int explain(VRNO_API_CTX* ctx, int code)
-{
-    char text[4096] = "";
-    VRNO_API_GetErrInfo(ctx, (int)sizeof text, text);
-    count_reason(code, text);
-    printf("  실패 %d  ", code);
-    print_ksc(text);
-    putchar('\n');
-    return code;
-}
-
-/* ---- fields ---- */
-
-typedef int (*text_getter)(VRNO_API_CTX*, int, char*);
-
-/* Calls the getter with ever larger buffers until the text fits. */
-static char* get_text(VRNO_API_CTX* ctx, text_getter get, int* code)
-{
-    int size = 256;
-    char* text = malloc((size_t)size);
-    while (text && (*code = get(ctx, size, text)) == VRNO_ERR_BUFFER_TOO_SMALL) {
-        free(text);
-        size *= 4;
-        text = malloc((size_t)size);
-    }
-    return text;
-}
-
-/* Prints a long hexadecimal text by its length and its first digits. */
-static void print_value(const char* text, int is_hex)
-{
-    const size_t length = strlen(text);
-    if (is_hex && length > 48) {
-        printf("%.48s... (%zu bytes)\n", text, length / 2);
-    } else {
-        print_ksc(text);
-        putchar('\n');
-    }
-}
-
-static int show_text(VRNO_API_CTX* ctx, const char* label, text_getter get, int is_hex)
-{
-    int code = VRNO_ERR_MEMORY;
-    char* text = get_text(ctx, get, &code);
-    printf("  %s", label);
-    if (code == 0) {
-        print_value(text, is_hex);
-    } else {
-        putchar('\n');
-        explain(ctx, code);
-    }
-    free(text);
-    return code;
-}
-
-static int get_public_key(VRNO_API_CTX* ctx, int size, char* text)
-{
-    char algorithm[50];
-    return VRNO_CERT_GetPubKey(ctx, size, algorithm, text);
-}
-
-static int get_public_key_algorithm(VRNO_API_CTX* ctx, int size, char* text)
-{
-    char key[65536];
-    return size < 50 ? VRNO_ERR_BUFFER_TOO_SMALL : VRNO_CERT_GetPubKey(ctx, (int)sizeof key, text, key);
-}
-
-static int get_validity(VRNO_API_CTX* ctx, int size, char* text)
-{
-    char from[20], to[20];
-    const int code = VRNO_CERT_GetValidity(ctx, from, to);
-    if (code == 0) snprintf(text, (size_t)size, "%s ~ %s", from, to);
-    return code;
-}
-
-static int get_version(VRNO_API_CTX* ctx, int size, char* text)
-{
-    int version = 0;
-    const int code = VRNO_CERT_GetVersion(ctx, &version);
-    if (code == 0) snprintf(text, (size_t)size, "%d", version);
-    return code;
-}
-
-static int show_fields(VRNO_API_CTX* ctx)
-{
-    static const struct {
-        const char* label;
-        text_getter get;
-        int is_hex;
-    } fields[] = {
-        {"버전          Version              ", get_version, 0},
-        {"일련번호      Serial number        ", VRNO_CERT_GetSerialNum, 1},
-        {"서명 알고리즘 Signature algorithm  ", VRNO_CERT_GetSignatureAlgorithm, 0},
-        {"발급자        Issuer               ", VRNO_CERT_GetIssuerName, 0},
-        {"유효기간      Validity             ", get_validity, 0},
-        {"주체          Subject              ", VRNO_CERT_GetSubjectName, 0},
-        {"공개키 종류   Public key algorithm ", get_public_key_algorithm, 0},
-        {"공개키        Public key           ", get_public_key, 1},
-        {"서명          Signature            ", VRNO_CERT_GetSignature, 1},
-    };
-    int first_failure = 0;
-    for (size_t i = 0; i < sizeof fields / sizeof *fields; ++i) {
-        const int code = show_text(ctx, fields[i].label, fields[i].get, fields[i].is_hex);
-        if (first_failure == 0) first_failure = code;
-    }
-    return first_failure;
-}
-
-/* ---- extensions ---- */
-
-/* Prints a text of several lines below its heading, each line indented. */
-static void print_lines(const char* text)
-{
-    char* const lines = malloc(strlen(text) + 1);
-    if (!lines) return;
-    strcpy(lines, text);
-    for (char* line = strtok(lines, "\r\n"); line; line = strtok(NULL, "\r\n")) {
-        printf("      ");
-        print_ksc(line);
-        putchar('\n');
-    }
-    free(lines);
-}
-
-/* An absent extension is no failure. */
-static int show_extension(VRNO_API_CTX* ctx, const char* heading, text_getter get)
-{
-    int code = VRNO_ERR_MEMORY;
-    char* text = get_text(ctx, get, &code);
-    printf("  %s%s\n", heading, code == VRNO_ERR_EXTENSION_ABSENT ? "  없음 (absent)" : "");
-    if (code == 0) {
-        print_lines(text);
-    } else if (code == VRNO_ERR_EXTENSION_ABSENT) {
-        code = 0;
-    } else {
-        explain(ctx, code);
-    }
-    free(text);
-    return code;
-}
-
-static int show_extensions(VRNO_API_CTX* ctx)
-{
-    static const struct {
-        const char* heading;
-        text_getter get;
-    } extensions[] = {
-        {"키 용도  Key usage", VRNO_CERT_GetKeyUsage},
-        {"기본 제한  Basic constraints", VRNO_CERT_GetBasicConstraints},
-        {"주체키 식별자  Subject key identifier", VRNO_CERT_GetSubKeyID},
-        {"기관키 식별자  Authority key identifier", VRNO_CERT_GetAuthKeyID},
-        {"인증서 정책  Certificate policies", VRNO_CERT_GetCertPolicy},
-        {"인증서 정책 식별자  Policy identifiers", VRNO_CERT_GetCertPolicy_PolicyID},
-        {"확장 키 용도  Extended key usage", VRNO_CERT_GetExtKeyUsage},
-        {"주체 대체 이름  Subject alternative names", VRNO_CERT_GetSubjectAltName},
-        {"CRL 배포 지점  CRL distribution points", VRNO_CERT_GetCRLDP},
-        {"CRL 배포 지점 주소  Where to fetch a CRL", VRNO_CERT_GetCRLDP_URL},
-        {"기관 정보 액세스  Authority information access", VRNO_CERT_GetAIA},
-    };
-    int first_failure = 0;
-    for (size_t i = 0; i < sizeof extensions / sizeof *extensions; ++i) {
-        const int code = show_extension(ctx, extensions[i].heading, extensions[i].get);
-        if (first_failure == 0) first_failure = code;
-    }
-    return first_failure;
-}
 
 /* ---- files ---- */
 
@@ -265,9 +46,7 @@ static int show_file(VRNO_API_CTX* ctx, const char* path)
     }
     VRNO_BINSTR_Delete(&file);
     if (code != 0) return explain(ctx, code);
-    const int fields = show_fields(ctx);
-    const int extensions = show_extensions(ctx);
-    return fields != 0 ? fields : extensions;
+    return show_certificate(ctx);
 }
 
 int main(int argc, char** argv)
@@ -288,11 +67,7 @@ int main(int argc, char** argv)
         putchar('\n');
     }
     printf("%d of %d shown in full\n", shown, argc - 1);
-    for (size_t i = 0; i < sizeof reasons / sizeof *reasons && reasons[i].count > 0; ++i) {
-        printf("%5d  %d  ", reasons[i].count, reasons[i].code);
-        print_ksc(reasons[i].text);
-        putchar('\n');
-    }
+    print_reasons();
     VRNO_API_Finish(&ctx);
     return shown == argc - 1 ? 0 : 1;
 }

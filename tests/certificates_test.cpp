@@ -126,7 +126,7 @@ TEST(Certificates, FieldsOfEveryKind)
     for (const auto& row : table) {
         SCOPED_TRACE(row.algorithmName);
         Context context;
-        ASSERT_EQ(context.load(certificate(row.version, row.algorithm, row.key, "")), 0) << context.error();
+        ASSERT_EQ(context.load(certificate({.version = row.version, .signature = "06{" + std::string(row.algorithm) + "}", .algorithm = "06{" + std::string(row.key) + "}"})), 0) << context.error();
         int version = 0;
         EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 0);
         EXPECT_EQ(version, row.versionNumber);
@@ -146,7 +146,7 @@ TEST(Certificates, FieldsOfEveryKind)
 TEST(Certificates, ABrokenFieldSpoilsOnlyItsOwnGetter)
 {
     Context context;
-    std::string broken = certificate("", "2A03", "2A03", "");
+    std::string broken = certificate({.version = ""});
     ASSERT_EQ(context.load(broken), 0);
     broken.replace(broken.find(der("30{06{2A03}}")), 6, der("30{06{2AFF}}"));
     broken.replace(broken.find(der("06{550403}")), 5, der("06{550441}"));
@@ -205,7 +205,7 @@ TEST(Extensions, AreFoundAbsentOrBroken)
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.extensions + " " + row.oid);
-        vrno::ByteString cert = byteString(certificate("", "2A03", "2A03", "A3{30{" + row.extensions + "}}"));
+        vrno::ByteString cert = byteString(certificate({.version = "", .extensions = "A3{30{" + std::string(row.extensions) + "}}"}));
         vrno::PCertUtil2 loaded, other;
         ASSERT_EQ(loaded.setCertificate(cert), 0);
         EXPECT_EQ(hex(bytes(loaded.getExtensionValue(row.oid))), row.value);

@@ -35,17 +35,16 @@ std::string publicKey(unsigned bits)
     return key;
 }
 
-std::string certificate(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption,
-                        const std::string& serial = "2A")
+std::string certificateOf(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption,
+                          const std::string& serial = "2A")
 {
-    const std::string utc = "17{\"240101000000Z\"}", keyId = "30{06{551D0E} 04{04{" + hex(sha1ByOpenssl(key)) + "}}}";
-    return der("30{30{A0{020102} 02{" + serial + "} 30{06{2A03}} " + issuer + "30{" + utc + utc + "}" + issuer + "30{30{" + algorithm +
-               "} 03{00" + hex(key) + "}} A3{30{" + extensions + keyId + "}}} 30{06{2A03}} 030100}");
+    const std::string keyId = "30{06{551D0E} 04{04{" + hex(sha1ByOpenssl(key)) + "}}}";
+    return certificate({.serial = serial, .name = issuer, .algorithm = algorithm, .key = hex(key), .extensions = "A3{30{" + extensions + keyId + "}}"});
 }
 
 std::string holder(unsigned bits, const std::string& extensions = forEncryption)
 {
-    return certificate(rsa, publicKey(bits), extensions);
+    return certificateOf(rsa, publicKey(bits), extensions);
 }
 
 std::string inContentInfo(const std::string& enveloped)
@@ -129,7 +128,7 @@ TEST(Envelope, FieldsStandInTheirOrderAndTheSessionKeyIsTheMessages)
 {
     for (const unsigned bits : {1024U, 2048U}) {
         for (const std::string& serial : {std::string("2A"), std::string("0080FF")}) {
-            const std::string cert = certificate(rsa, publicKey(bits), forEncryption, serial);
+            const std::string cert = certificateOf(rsa, publicKey(bits), forEncryption, serial);
             const Sealed result = sealed(cert, "content", 0);
             ASSERT_EQ(result.code, 0) << result.error;
             const std::string encryptedKey = hex(part(result.message, {1, 0, 3}));
@@ -146,7 +145,7 @@ TEST(Envelope, FieldsStandInTheirOrderAndTheSessionKeyIsTheMessages)
 
 TEST(Envelope, RecipientsShareOneKeyAndOneMayBeNamedByIt)
 {
-    const std::string one = holder(1024), two = certificate(rsa, publicKey(2048), forEncryption, "2B");
+    const std::string one = holder(1024), two = certificateOf(rsa, publicKey(2048), forEncryption, "2B");
     for (const bool byKey : {false, true}) {
         PEnvelopedData enveloped;
         ByteString first = byteString(one), second = byteString(two), content = byteString("content"), out, again, key, iv;
@@ -210,7 +209,7 @@ TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
         PEnvelopedData enveloped;
         enveloped.setEncAlgorithm(3020, 4);
         if (row.prepare) row.prepare(enveloped);
-        ByteString cert = byteString(certificate(row.algorithm, row.key)), out("old", 3);
+        ByteString cert = byteString(certificateOf(row.algorithm, row.key)), out("old", 3);
         const bool adds = enveloped.getErrorTrail().getLength() == 0, added = adds && enveloped.addRecipientByCert(cert) == 0;
         EXPECT_EQ(enveloped.m_pRecipientInfos->getCount(), added ? 1 : 0);
         if (added) enveloped.makeEnvelopedData(out);
@@ -250,7 +249,7 @@ TEST(Envelope, RefusalsComeInTheirOrderAndKeepTheSessionKey)
         {usage("040120"), 48, 1500, badUsage + "fromASN1Object-"},
         {holder(1024), 16, 1500, badRecipient},
         {holder(1024), 32, 1500, badRecipient},
-        {certificate("06{2A831A8C9A440101}", "key"), 48, 1500, badRecipient + "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-cert(5),Can't"},
+        {certificateOf("06{2A831A8C9A440101}", "key"), 48, 1500, badRecipient + "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-cert(5),Can't"},
     };
     for (const auto& row : table) {
         const Sealed result = sealed(row.cert, "content", 0, row.alg);

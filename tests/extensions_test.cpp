@@ -60,14 +60,14 @@ TEST(Extensions, AnAbsentOneIsToldSo)
         if (!getter.extension) continue;
         SCOPED_TRACE(getter.name);
         char untouched[] = "untouched";
-        for (const std::string& without : {certificate("", "2A03", "2A03", ""), certificateWith(getter.extension, "")}) {
+        for (const std::string& without : {certificate({.version = ""}), certificateWith(getter.extension, "")}) {
             Context context;
             ASSERT_EQ(context.load(without), 0);
             EXPECT_EQ(getter.get(context, sizeof untouched, untouched), 1502);
             EXPECT_EQ(context.error(), "[" + std::string(getter.name) + "] " + messages.at(getter.extension) + " 필드가 없습니다.");
         }
         Context broken;
-        ASSERT_EQ(broken.load(certificate("", "2A03", "2A03", "A3{30{30{0500 0400}}}")), 0);
+        ASSERT_EQ(broken.load(certificate({.extensions = "A3{30{30{0500 0400}}}"})), 0);
         EXPECT_EQ(getter.get(broken, sizeof untouched, untouched), 1500);
         EXPECT_EQ(innermost(broken.error()), "extnID component is not ASN1_TAG_OID.");
         EXPECT_STREQ(untouched, "untouched");

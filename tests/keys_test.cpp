@@ -60,15 +60,9 @@ std::string integer(const ZIRC_BN& number)
     return "02{" + std::string(octets[0] & 0x80 ? "00" : "") + hex(octets) + "}";
 }
 
-std::string certificate(const std::string& algorithm, const std::string& publicKey)
-{
-    const std::string utc = "17{\"0401011200Z\"}";
-    return der("30{30{020101 30{06{2A03}} 3000 30{" + utc + utc + "} 3000 30{" + algorithm + " 03{00" + publicKey + "}}} 30{06{2A03}} 030100}");
-}
-
 std::string privateKeyInfo(const std::string& algorithm, const std::string& privateKey)
 {
-    return der("30{020100 " + algorithm + " 04{" + privateKey + "}}");
+    return der("30{020100 30{" + algorithm + "} 04{" + privateKey + "}}");
 }
 
 // Pairs over one domain, which takes a second to make.
@@ -86,8 +80,8 @@ struct Kcdsa {
     }
     Pair pair(const std::string& oid) const
     {
-        const std::string algorithm = "30{" + oid + " 30{" + fullDomain + "}}";
-        return {privateKeyInfo(algorithm, x), certificate(algorithm, y), nullptr};
+        const std::string algorithm = oid + " 30{" + fullDomain + "}";
+        return {privateKeyInfo(algorithm, x), certificate({.algorithm = algorithm, .key = y}), nullptr};
     }
 };
 
@@ -115,7 +109,7 @@ TEST(KeyPairs, FitOrAreToldApart)
     const std::string byPrivate = head + "privateKey(1),PPrivateKey::genSignature-", byPublic = head + "publicKey(2),PPublicKey::verifySignatureWithCert-";
     const std::string doesNotHold = byPublic + "this(2),PPublicKey::verifySignature-sign.VerifyData(21),VNSign::VerifyData-ZIRC_VerifyData(13),";
     const std::string detection = byPrivate + "this(10),PPrivateKey::GetPrivateKeyAlgorithm-";
-    const auto refusedKey = [](const std::string& oid) { return privateKeyInfo("30{" + oid + " 0500}", "0500"); };
+    const auto refusedKey = [](const std::string& oid) { return privateKeyInfo(oid + " 0500", "0500"); };
     Pair stranger = first;
     stranger.privateKey.back() = static_cast<char>(stranger.privateKey.back() ^ 1);
     const struct {
@@ -137,9 +131,9 @@ TEST(KeyPairs, FitOrAreToldApart)
         {"DSA", small.certificate, refusedKey(oidDsa), detection + "bsPrivateKeyAlgorithm(26),The DSA is not supported."},
         {"an unknown key", small.certificate, refusedKey("06{2A03}"), detection + "bsPrivateKeyAlgorithm(50),bsPrivateKeyAlgorithm(1 2 3) is unknwon algorithm."},
         {"an RSA key that is none", small.certificate, refusedKey(oidRsa), detection + "rsaPrivateKey(1),RRSAPrivateKey::fromASN1Object-asnSeq(1),"},
-        {"a refused certificate", certificate("30{" + oidDsa + "}", "0500"), small.privateKey,
+        {"a refused certificate", certificate({.algorithm = oidDsa, .key = "0500"}), small.privateKey,
          byPublic + "this(2),PPublicKey::verifySignature-this(5),PPublicKey::GetPublicKeyAlgorithm-bsPublicKeyAlgorithm(21),DSA is not supported"},
-        {"a public key that is none", certificate("30{" + oidRsa + "}", "0500"), small.privateKey,
+        {"a public key that is none", certificate({.algorithm = oidRsa, .key = "0500"}), small.privateKey,
          byPublic + "this(2),PPublicKey::verifySignature-this(5),PPublicKey::GetPublicKeyAlgorithm-rsaPublicKey(1),RRSAPublicKey::fromASN1Object-asnSeq(1),"},
     };
     for (const auto& row : table) {

@@ -216,16 +216,16 @@ const std::vector<NamedGetter> textGetters = {
     {"VRNO_CERT_GetAIA", "pszAIA", VRNO_CERT_GetAIA, "2B06010505070101"},
 };
 
-std::string certificate(const std::string& version, const std::string& algorithm, const std::string& key, const std::string& extensions)
+std::string certificate(const CertificateParts& parts)
 {
-    const std::string name = "30{31{30{06{550403} 13{\"A\"}}}}", utc = "17{\"0401011200Z\"}";
-    return der("30{30{" + version + "020200C3 30{06{" + algorithm + "}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{" + key + "}} 0302003F}" +
-               extensions + "} 30{06{2A03}} 0303004142}");
+    const std::string utc = "17{\"0401011200Z\"}", subject = parts.name + "30{30{" + parts.algorithm + "} 03{00" + parts.key + "}}";
+    return der("30{30{" + parts.version + "02{" + parts.serial + "} 30{" + parts.signature + "}" + parts.name + "30{" + utc + utc + "}" + subject + parts.extensions +
+               "} 30{06{2A03}} 0303004142}");
 }
 
 std::string certificateWith(const char* extensionOid, const std::string& value)
 {
-    return certificate("A0{020102}", "2A03", "2A03", "A3{30{30{06{" + std::string(extensionOid) + "} 04{" + value + "}}}}");
+    return certificate({.extensions = "A3{30{30{06{" + std::string(extensionOid) + "} 04{" + value + "}}}}"});
 }
 
 static std::string extension(const std::string& oid, const std::string& value)
@@ -248,7 +248,7 @@ static std::string allExtensions()
            extension("2B06010505070101", "30{30{06{2B06010505073001}" + url + "} 30{06{2A03}" + person + "}}");
 }
 
-const std::string everyExtension = certificate("A0{020102}", "2A03", "2A03", "A3{30{" + allExtensions() + "}}");
+const std::string everyExtension = certificate({.extensions = "A3{30{" + allExtensions() + "}}"});
 
 std::string getText(VRNO_API_CTX* context, TextGetter get, int& code)
 {

@@ -108,9 +108,12 @@ struct NamedGetter {
 };
 extern const std::vector<NamedGetter> textGetters;
 
-// A certificate by parts in notation: the version's element, identifiers of the signature's and the key's algorithm, the
-// element of the extensions.
-std::string certificate(const std::string& version, const std::string& algorithm, const std::string& key, const std::string& extensions);
+// A certificate by its parts in notation: elements, the contents of AlgorithmIdentifiers and of the key's BIT STRING.
+struct CertificateParts {
+    std::string version = "A0{020102}", serial = "00C3", signature = "06{2A03}", name = "30{31{30{06{550403} 13{\"A\"}}}}", algorithm = "06{2A03}", key = "3F",
+                extensions = "";
+};
+std::string certificate(const CertificateParts& parts);
 std::string certificateWith(const char* extensionOid, const std::string& value);
 // One with every extension that a getter shows, and every branch of their renderings that gives a text.
 extern const std::string everyExtension;
