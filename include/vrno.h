@@ -9,7 +9,7 @@
  *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code). Sizes count
  *     bytes. What a certificate holds as UTF-8 or UCS-2 is converted, and what is neither ASCII nor one of the
  *     11,172 Hangul syllables becomes "?" (one for each octet in UTF-8, for each character in UCS-2); other strings come
- *     out as they stand there, up to a zero octet.
+ *     out as they stand there, in a distinguished name up to a zero octet.
  *  4. Every function that takes a context clears its last failure first. Checks come before any work, in the order that
  *     the function's codes are listed in, and a failed check changes nothing but the context's error text.
  *  5. A VRNO_BINSTR is valid as input when the pointer to it, its pData and its nLen are all not zero. As output it must
@@ -236,10 +236,9 @@ VRNO_API int VRNO_CERT_GetSignature(VRNO_API_CTX* pCtx, int nBufLen, char* pszSi
  * Nothing is judged: the critical flag is not looked at. A text of several lines has CR LF between them, and none behind
  * the last but where it says so. A text may be empty.
  *
- * A name of any kind (GeneralName) shows as a label and a value: "RFC822 Name=", "DNS Name=", "URL=", "Registered ID="
- * with an identifier as "1 2 3"; "IP Address=" with the raw octets, of which some may be zero; for a directoryName
- * a Korean label, and in the next line behind a tab the name as VRNO_CERT_GetSubjectName has it; "Other Name:" with further
- * lines. The forms x400Address and ediPartyName are not rendered: 1500. */
+ * A value is shown whole. It may hold zero octets, an IP address as its raw octets above all: the text goes on behind them,
+ * and nBufLen counts them, but a reader of C strings stops there. The forms x400Address and ediPartyName of a GeneralName
+ * are not rendered: 1500. */
 
 /* "digitalSignature, keyEncipherment" and so on, in the order of the bits (4.2.1.3). The buffer must have room for 2 bytes
  * more than that and the NUL. */
@@ -260,22 +259,28 @@ VRNO_API int VRNO_CERT_GetCertPolicy_PolicyID(VRNO_API_CTX* pCtx, int nBufLen, c
 /* A line a purpose: "id-kp-serverAuth" and so on, or the identifier as "1 2 3" (4.2.1.12). */
 VRNO_API int VRNO_CERT_GetExtKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszExtKeyUsage);
 
-/* The names (4.2.1.6). In an otherName the identify data of the Korean PKI shows as the real name and the virtual
- * identifier; what is not that, and any other type, as the type and lower-case hexadecimal. */
+/* The names (4.2.1.6), each as a label and a value: "RFC822 Name=", "DNS Name=", "URL=", "Registered ID=" with an
+ * identifier as "1 2 3"; "IP Address=" with the raw octets; for a directoryName a Korean label, and in the next line behind
+ * a tab the name as VRNO_CERT_GetSubjectName has it; "Other Name:" with further lines. Of those the identify data of the
+ * Korean PKI shows as the real name and the virtual identifier (1500 for a malformed one), or in lower-case hexadecimal
+ * where it is something else; any other type as the type and hexadecimal. */
 VRNO_API int VRNO_CERT_GetSubjectAltName(VRNO_API_CTX* pCtx, int nBufLen, char* pszSubAltName);
 
 /* "KeyID=" and hexadecimal; the names of the issuer below a Korean heading, where an otherName shows in hexadecimal
  * and the forms that are not rendered are left out; "Certificate SerialNumber=" and hexadecimal (4.2.1.1). */
 VRNO_API int VRNO_CERT_GetAuthKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszAKI);
 
-/* Numbered distribution points with their names, reasons and issuers (4.2.1.13). An issuer must have a directoryName. */
+/* Numbered distribution points with their names, reasons and issuers (4.2.1.13). Of several names the first has a label;
+ * an otherName shows in hexadecimal. A point without names, or with one relative to its issuer, ends in its CR LF. An
+ * issuer must have a directoryName. */
 VRNO_API int VRNO_CERT_GetCRLDP(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDP);
 
-/* Where to fetch a CRL: the values of the first three names of all distribution points, of whatever kind, with "|"
- * between them. */
+/* Where to fetch a CRL: the values of the first three names of all distribution points, with "|" between them. They may be
+ * of any kind: an otherName comes as its encoding, an IP address as its raw octets. */
 VRNO_API int VRNO_CERT_GetCRLDP_URL(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDPUrl);
 
-/* Numbered access descriptions, each with its method and its location behind "URL=", of whatever kind that is;
+/* Numbered access descriptions, each with its method and its location behind "URL=", of whatever kind that is (an otherName
+ * in hexadecimal);
  * "AuthorityInfoAccess :empty" for none (4.2.2.1). */
 VRNO_API int VRNO_CERT_GetAIA(VRNO_API_CTX* pCtx, int nBufLen, char* pszAIA);
 

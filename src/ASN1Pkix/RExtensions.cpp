@@ -60,14 +60,7 @@ ByteString& RAuthorityKeyIdentifier::getKeyIdentifier()
 
 ByteString& RAuthorityKeyIdentifier::getAuthorityCertSerialNumberByteString()
 {
-    m_nLastError = 0;
-    if (m_authorityCertSerialNumber.getBytes(m_bsOutput, false) < 0) {
-        return failOutput(*this, 1, "m_authorityCertSerialNumber", "Serial Number is Negative");
-    }
-    if (m_bsOutput.isNull() && m_authorityCertSerialNumber.getValueLength() > 0) {
-        return failOutput(*this, 1, "m_authorityCertSerialNumber", "Memory Allocation Error");
-    }
-    return m_bsOutput;
+    return magnitude(*this, NAMED(m_authorityCertSerialNumber), "Serial Number is Negative");
 }
 
 // ---- CRL distribution points ----
@@ -76,13 +69,8 @@ ByteString& RAuthorityKeyIdentifier::getAuthorityCertSerialNumberByteString()
 int RDistributionPointName::fromASN1Object(ByteString& data)
 {
     m_ucBitMask = 0;
-    ASN1Sequence asnSeq;
-    if (m_ucTaggedType != notTagged) {
-        m_bsOutput = data;
-        m_bsOutput.setAt(0, ASN1_TAG_SEQUENCE | constructedBit);
-        if (asnSeq.fromASN1Object(m_bsOutput) > 0) return fail(*this, 1, "asnSeq", asnSeq);
-    }
-    ByteString element = m_ucTaggedType != notTagged ? asnSeq.getComponent(0) : data;
+    ByteString element;
+    if (const int code = unwrap(*this, data, element)) return code;
     ASN1Object asnObj;
     if (asnObj.fromASN1Object(element) > 0) return fail(*this, 3, "asnObj", asnObj);
     switch (asnObj.getOptionTagNo()) {

@@ -30,15 +30,7 @@ int RGeneralName::fromASN1Object(ByteString& data)
 {
     m_ucBitMask = nothing;
     m_bsGeneralName.clear();
-    if (m_ucTaggedType != notTagged) {
-        m_bsOutput = data;
-        m_bsOutput.setAt(0, ASN1_TAG_SEQUENCE | constructedBit);
-        ASN1Sequence asnSeq;
-        if (asnSeq.fromASN1Object(m_bsOutput) > 0) return fail(*this, 1, "asnSeq", asnSeq);
-        m_bsGeneralName = asnSeq.getComponent(0);
-    } else {
-        m_bsGeneralName = data;
-    }
+    if (const int code = unwrap(*this, data, m_bsGeneralName)) return code;
     ASN1Object asnObj;
     if (asnObj.fromASN1Object(m_bsGeneralName) > 0) return fail(*this, 2, "asnObj", asnObj);
     const int tagNo = asnObj.getOptionTagNo();
@@ -61,32 +53,24 @@ ByteString& RGeneralName::toASN1Object()
     return m_bsOutput;
 }
 
-// The contents of the name, decoded as `String`.
-template <class String> static ByteString& contentsAs(RGeneralName& general, const char* name, Here at = Here::now())
-{
-    String string;
-    if (string.fromASN1Object(general.m_bsGeneralName) > 0) return failOutput(general, 1, name, string, at);
-    return relay(general, string.getValue(), string, name, at);
-}
-
 ByteString& RGeneralName::getRFC822Name()
 {
-    return contentsAs<ASN1IA5String>(*this, "asnRFC822Name");
+    return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnRFC822Name");
 }
 
 ByteString& RGeneralName::getDNSName()
 {
-    return contentsAs<ASN1IA5String>(*this, "asnDNSName");
+    return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnDNSName");
 }
 
 ByteString& RGeneralName::getUniformResourceIdentifier()
 {
-    return contentsAs<ASN1IA5String>(*this, "asnUniformResId");
+    return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnUniformResId");
 }
 
 ByteString& RGeneralName::getIPAddress()
 {
-    return contentsAs<ASN1OctetString>(*this, "asnIPAddr");
+    return contentsAs<ASN1OctetString>(*this, m_bsGeneralName, "asnIPAddr");
 }
 
 ByteString& RGeneralName::getRegisteredID()

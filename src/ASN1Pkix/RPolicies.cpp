@@ -35,6 +35,7 @@ ByteString& RPolicyInformation::getPolicyQualifierInfo(int index)
 void RPolicyQualifierInfo::walk(Decoder& v)
 {
     v.exactly(2, "The number of components is not 2.");
+    m_policyQualifierId.m_bsValue.clear(); // and stays so where the component is no identifier
     if (v.nextIs(Universal{ASN1_TAG_OID})) v.required(anyTag, NAMED(m_policyQualifierId), 3, 0);
     v.required(anyTag, NAMED(m_qualifier), 5, 0);
 }
@@ -78,32 +79,24 @@ int RDisplayText::fromASN1Object(ByteString& data)
     return m_bsDisplayText.getError() > 0 ? fail(*this, 1, "m_bsDisplayText", "Memory Allocation Error") : 0;
 }
 
-// The contents of the text, decoded as `String`.
-template <class String> static ByteString& contentsAs(RDisplayText& text, const char* name, Here at = Here::now())
-{
-    String string;
-    if (string.fromASN1Object(text.m_bsDisplayText) > 0) return failOutput(text, 1, name, string, at);
-    return relay(text, string.getValue(), string, name, at);
-}
-
 ByteString& RDisplayText::getIA5String()
 {
-    return contentsAs<ASN1IA5String>(*this, "asnIA5String");
+    return contentsAs<ASN1IA5String>(*this, m_bsDisplayText, "asnIA5String");
 }
 
 ByteString& RDisplayText::getVisibleString()
 {
-    return contentsAs<ASN1VisibleString>(*this, "asnVisibleString");
+    return contentsAs<ASN1VisibleString>(*this, m_bsDisplayText, "asnVisibleString");
 }
 
 ByteString& RDisplayText::getBMPString()
 {
-    return contentsAs<ASN1BMPString>(*this, "asnBMPString");
+    return contentsAs<ASN1BMPString>(*this, m_bsDisplayText, "asnBMPString");
 }
 
 ByteString& RDisplayText::getUTF8String()
 {
-    return contentsAs<ASN1UTF8String>(*this, "asnUTF8String");
+    return contentsAs<ASN1UTF8String>(*this, m_bsDisplayText, "asnUTF8String");
 }
 
 // ---- user notice ----

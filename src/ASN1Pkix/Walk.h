@@ -310,6 +310,21 @@ int copyThrough(Record& record, Source& data, M& member, const char* name, Here 
     return member.fromASN1Object(encoded) > 0 ? fail(record, 2, name, member, at) : 0;
 }
 
+// ---- records that stand in a wrapper ----
+
+// The element in the wrapper that a record with an option tag of its own stands in, or `data` itself: 1 ("asnSeq") where
+// there is no wrapper to be read.
+template <class Record> int unwrap(Record& record, const ByteString& data, ByteString& element, Here at = Here::now())
+{
+    element = data;
+    if (record.m_ucTaggedType == notTagged) return 0;
+    element.setAt(0, ASN1_TAG_SEQUENCE | constructedBit);
+    ASN1Sequence asnSeq;
+    if (asnSeq.fromASN1Object(element) > 0) return fail(record, 1, "asnSeq", asnSeq, at);
+    element = asnSeq.getComponent(0);
+    return 0;
+}
+
 // ---- getters ----
 
 // Hands a member's output on as the record's own; the member's failure becomes code 1 with its trail, or noMemoryCode.
@@ -338,6 +353,15 @@ ByteString& magnitude(Record& record, Integer& integer, const char* name, const 
     if (integer.getBytes(record.m_bsOutput, false) < 0) return failOutput(record, 1, name, message, at);
     const bool lost = record.m_bsOutput.isNull() && integer.getValueLength() > 0;
     return lost ? failOutput(record, noMemoryCode, name, "Memory Allocation Error", at) : record.m_bsOutput;
+}
+
+// The contents of an encoded member, decoded as `String`: 1 where it does not decode.
+template <class String, class Record>
+ByteString& contentsAs(Record& record, ByteString& encoded, const char* name, Here at = Here::now())
+{
+    String string;
+    if (string.fromASN1Object(encoded) > 0) return failOutput(record, 1, name, string, at);
+    return relay(record, string.getValue(), string, name, at);
 }
 
 // The octets of a BIT STRING behind the octet of unused bits.

@@ -84,10 +84,7 @@ int PCRLDistPointsUtil::addPointName(RDistributionPointName& name, TextBuilder& 
 
 int PCRLDistPointsUtil::addReasons(RDistributionPoint& point, TextBuilder& out)
 {
-    static constexpr struct {
-        int bit;
-        const char* text;
-    } reasons[] = {
+    static constexpr BitName reasons[] = {
         {0x8000, " unused,"},          {0x4000, " keyCompromise,"},
         {0x2000, " cACompromise,"},    {0x1000, " affiliationChanged,"},
         {0x0800, " superseded,"},      {0x0400, " cessationOfOperation,"},
@@ -101,9 +98,7 @@ int PCRLDistPointsUtil::addReasons(RDistributionPoint& point, TextBuilder& out)
     bits.getAt(0, &high);
     bits.getAt(1, &low);
     out << "\r\n     CRL Reason=";
-    for (const auto& reason : reasons) {
-        if (((high << 8 | low) & reason.bit) != 0) out << reason.text;
-    }
+    addBits(high, low, reasons, out);
     out.replaceLast(' '); // the last comma, or the "=" where no reason is given
     return 0;
 }

@@ -17,6 +17,7 @@ int PPolicyUtil::parseCertificatePolicies(ByteString& value)
     RCertificatePolicies certificatePolicies;
     if (certificatePolicies.fromASN1Object(value) > 0) return fail(*this, 1, "certificatePolicies", certificatePolicies);
     m_bsMessage.clear();
+    if (m_pPolicyOids) m_pPolicyOids->clearComponents();
     Message message;
     for (int i = 0; i < certificatePolicies.getCount(); ++i) {
         ByteString& encoded = certificatePolicies.getPolicyInformation(i);

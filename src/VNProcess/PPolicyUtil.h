@@ -14,7 +14,7 @@ public:
 
     PPolicyUtil();
 
-    // 0, or: 1 the value is no list, 2 a policy cannot be had, 3 it does not render. What follows is good after 0 only.
+    // Replaces text and list. 0, or with both empty: 1 the value is no list, 2 a policy cannot be had, 3 it does not render.
     int parseCertificatePolicies(ByteString& value);
 
     // The text, every line of it with its CRLF.

@@ -30,6 +30,20 @@ inline const char* nameOrOid(const ByteString& oid, std::span<const OidName> tab
     return name ? name : oid.getText();
 }
 
+// The bits of a BIT STRING by name, in their order: the first octet above, the second below.
+struct BitName {
+    int bit;
+    const char* text;
+};
+
+// Adds the text of every bit that is set in the first two octets.
+inline void addBits(int high, int low, std::span<const BitName> table, TextBuilder& out)
+{
+    for (const BitName& known : table) {
+        if (((high << 8 | low) & known.bit) != 0) out << known.text;
+    }
+}
+
 // The last step of a renderer: hands the text over, or fails with noMemoryCode.
 template <class Util> int finish(Util& util, const TextBuilder& built, ByteString& text, Here at = Here::now())
 {

@@ -1,4 +1,5 @@
 // VRNO_CERT_*: loading a certificate, and its basic fields as text.
+#include "VNProcess/Rendering.h"
 #include "api/Call.h"
 #include "base/DateTime.h"
 
@@ -64,18 +65,13 @@ static ByteString hex(ByteString& octets)
 
 static ByteString signatureAlgorithmName(ByteString& oid)
 {
-    static constexpr struct {
-        const char* oid;
-        const char* name;
-    } known[] = {
+    static constexpr OidName known[] = {
         {"1 2 840 113549 1 1 5", "sha1 With RSAEncryption"},
         {"1 2 840 10045 4 1", "ECDSA with SHA1"},
         {"1 2 410 200004 1 23", "KCDSA1 With SHA1"},
     };
-    for (const auto& algorithm : known) {
-        if (oid == algorithm.oid) return formatted("%s", algorithm.name);
-    }
-    return formatted("%s : Unknown AlgorithmIdentifier", oid.getText());
+    const char* const name = nameOf(oid, known);
+    return name ? formatted("%s", name) : formatted("%s : Unknown AlgorithmIdentifier", oid.getText());
 }
 
 int VRNO_CERT_GetSerialNum(VRNO_API_CTX* pCtx, int nBufLen, char* pszSerialNum)

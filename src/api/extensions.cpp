@@ -65,10 +65,7 @@ static int built(const TextBuilder& builder, ByteString& text)
 // Each usage with ", " behind it.
 static int keyUsageList(ByteString& value, ByteString& list, ByteString& trail)
 {
-    static constexpr struct {
-        int bit;
-        const char* text;
-    } usages[] = {
+    static constexpr BitName usages[] = {
         {0x8000, "digitalSignature, "}, {0x4000, "nonRepudiation, "}, {0x2000, "keyEncipherment, "},
         {0x1000, "dataEncipherment, "}, {0x0800, "keyAgreement, "},   {0x0400, "keyCertSign, "},
         {0x0200, "crlSign, "},          {0x0100, "encipherOnly, "},   {0x0080, "decipherOnly, "},
@@ -82,9 +79,7 @@ static int keyUsageList(ByteString& value, ByteString& list, ByteString& trail)
     bits.getAt(0, &high);
     if (bits.getLength() == 2) bits.getAt(1, &low);
     TextBuilder out;
-    for (const auto& usage : usages) {
-        if (((high << 8 | low) & usage.bit) != 0) out << usage.text;
-    }
+    addBits(high, low, usages, out);
     return built(out, list);
 }
 
