@@ -322,7 +322,8 @@ enum { VRNO_CMS_CONTENT_INFO = 2 };
  * nAlg: VRNO_SYM_SEED.
  * 0; 1001; 1004 pCert not valid, pEnvelopedData null; 1002; 5000; 1500 the certificate cannot be read; 3001 its key usage
  * allows no encryption; 1500 its key is of no use, or nAlg is 16 or 32, which no message can be made with; 3006, also for a
- * message of more than 2^31 - 2 bytes, all with the old session key kept; 1002 with the old one kept, or with no key set. */
+ * message that comes within 512 bytes of 2^31 - 2 bytes or beyond, all with the old session key kept; 1002 with the old one
+ * kept, or with no key set. Where memory or random bytes run out on the way, it is 1500 or 3006, too; the text tells. */
 VRNO_API int VRNO_CMS_EncryptData(VRNO_API_CTX* pCtx, unsigned int nOption, const VRNO_BINSTR* pCert, const VRNO_BINSTR* pData,
                                   int nAlg, VRNO_BINSTR* pEnvelopedData);
 

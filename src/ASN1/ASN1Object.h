@@ -32,8 +32,6 @@ public:
 
     virtual ~ASN1Object() = default;
     virtual ByteString& toASN1Object();
-    // The same, but the value goes into the result and is gone from the object: one block where the above takes two.
-    ByteString& useUpAsASN1Object();
     // A context, application or private tag in constructed form is read as an explicit tag around the value, in
     // primitive form as an implicit one. An explicit tag around a further option tag keeps that element as the value.
     // A failure leaves the tag fields as far as they were read.
@@ -111,6 +109,9 @@ protected:
 
     // The octets as `m_bsOutput`; a failure for want of memory.
     ByteString& giveOutput(const void* data, std::size_t length, Here at = Here::now());
+
+    // As toASN1Object, but the value goes into the result and is gone from the object: one block instead of two.
+    ByteString& useUpAsASN1Object();
 
     // The decoding of all typed values: the codec, then the universal tag. Codes 1 and 2.
     int decodeTyped(ByteString& data, const ASN1Type& type, Here at = Here::now());

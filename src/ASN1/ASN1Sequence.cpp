@@ -115,26 +115,30 @@ int ASN1Sequence::getComponentUniversalTag(int index) const
     return tag >= -31 && tag <= -1 ? -tag : -2;
 }
 
-int ASN1Sequence::addComponent(ByteString& encoded, int tag)
+// The table's entry of a component that is about to be appended; it counts when it has been.
+int ASN1Sequence::makeEntry(int length, int tag, Here at)
 {
     if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0)
-        return fail(*this, 1, "ReallocCompontntInfo", *this);
-    const auto offset = static_cast<unsigned int>(m_bsValue.getLength());
+        return fail(*this, 1, "ReallocCompontntInfo", *this, at);
+    pComponentInfo[m_nComponentCount] = {static_cast<unsigned int>(m_bsValue.getLength()), static_cast<unsigned int>(length), tag};
+    return 0;
+}
+
+int ASN1Sequence::addComponent(ByteString& encoded, int tag)
+{
+    if (const int code = makeEntry(encoded.getLength(), tag, Here::now())) return code;
     m_bsValue += encoded;
     if (m_bsValue.getError() > 0) return fail(*this, 1, "m_bsValue", "Memory Allocation Error");
-    pComponentInfo[m_nComponentCount++] = {offset, static_cast<unsigned int>(encoded.getLength()), tag};
+    ++m_nComponentCount;
     return 0;
 }
 
 int ASN1Sequence::takeComponent(ByteString& encoded)
 {
     const Here at = Here::now().in("addComponent");
-    if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0)
-        return fail(*this, 1, "ReallocCompontntInfo", *this, at);
-    const auto offset = static_cast<unsigned int>(m_bsValue.getLength());
-    const auto length = static_cast<unsigned int>(encoded.getLength());
+    if (const int code = makeEntry(encoded.getLength(), -1, at)) return code;
     int lost = 0;
-    if (length > offset) { // the smaller of the two is what is copied
+    if (encoded.getLength() > m_bsValue.getLength()) { // the smaller of the two is what is copied
         lost = encoded.prepend(m_bsValue.octets());
         if (lost == 0) m_bsValue.swap(encoded);
     } else {
@@ -143,8 +147,14 @@ int ASN1Sequence::takeComponent(ByteString& encoded)
     }
     encoded.clear();
     if (lost > 0) return fail(*this, 1, "m_bsValue", "Memory Allocation Error", at);
-    pComponentInfo[m_nComponentCount++] = {offset, length, -1};
+    ++m_nComponentCount;
     return 0;
+}
+
+ByteString& ASN1Sequence::useUpAsASN1Object()
+{
+    m_nComponentCount = 0;
+    return ASN1Object::useUpAsASN1Object();
 }
 
 void ASN1Sequence::clearComponents()

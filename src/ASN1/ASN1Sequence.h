@@ -33,6 +33,8 @@ public:
     int addComponent(ByteString& encoded, int tag);
     // The same with -1, and `encoded` comes back empty: a large one's block serves for the value.
     int takeComponent(ByteString& encoded);
+    // As toASN1Object, and the components are gone from the object: their block serves for the result.
+    ByteString& useUpAsASN1Object();
     void clearComponents();
 
     int m_nComponentCount = 0;
@@ -44,6 +46,7 @@ protected:
     int decodeComponents(ByteString& data, const ASN1Type& type, Here at = Here::now());
 
 private:
+    int makeEntry(int length, int tag, Here at);
     int ExtractComponentInfo();
     int ReallocCompontntInfo();
 };

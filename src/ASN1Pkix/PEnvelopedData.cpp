@@ -100,6 +100,15 @@ int PEnvelopedData::addRecipient(ByteString& certificate, ByteString* keyEncrypt
     const Here at = Here::now().in("addRecipientByCert");
     const bool hasKey = m_bsKey.getLength() > 0;
     if (!hasKey && makeSymetricKey(m_bsKey, m_bsIv, m_nEncAlg) > 0) return fail(*this, 1, "this", *this, at);
+    const unsigned char stateBefore = m_ucState;
+    const int code = appendRecipient(certificate, keyEncryptionKey);
+    if (code > 0) m_ucState = stateBefore; // a recipient that is not there has no say in the message's version
+    return code;
+}
+
+int PEnvelopedData::appendRecipient(ByteString& certificate, const ByteString* keyEncryptionKey)
+{
+    const Here at = Here::now().in("addRecipientByCert");
     ByteString element;
     if (const int code = makeElement(certificate, keyEncryptionKey, element)) return code;
     RRecipientInfo recipientInfo(element);

@@ -31,7 +31,7 @@ public:
     // An identifier as ASN1ObjectIdentifier::setOID takes it.
     void setContentType(const char* oid);
     void setContent(ByteString& data);
-    // The same without a copy: the octets stay the caller's, until the message is made.
+    // The same without a copy: the octets stay the caller's, and must stay as long as messages are made of them.
     void borrowContent(Octets data);
     // Adds options to those that are set.
     void setOption(unsigned char bits);
@@ -41,12 +41,13 @@ public:
     int addRecipient(ByteString& certificate, ByteString* keyEncryptionKey);
 
     // The message. Made anew it is the same but for what was set in between, under the same key and IV. 18 also for one that
-    // would be longer than 2^31 - 2 bytes, before the content is read; a failure leaves `out` as it was.
+    // might be longer than 2^31 - 2 bytes, by an estimate that is up to 512 bytes too high, before the content is read; a
+    // failure leaves `out` as it was.
     int makeEnvelopedData(ByteString& out);
 
     // Copies of the key and the IV; 1 when there is no memory.
     int getSymmetricKey(ByteString& key, ByteString& iv);
-    // Draws a key and an IV of 16 bytes each; 1, with both empty, for an algorithm without keys and for want of random bytes.
+    // Draws a key and an IV of 16 bytes each; 1 for an algorithm without keys, and, with both empty, for want of random bytes.
     int makeSymetricKey(ByteString& key, ByteString& iv, int alg);
     // One recipient's element, a KeyTransRecipientInfo under the key of the certificate, whose algorithm is given beside it.
     int recipientInfoIsKTRI(RTBSCertificate& tbs, ByteString& out, ByteString& keyAlgorithmOid);
@@ -66,6 +67,7 @@ public:
     std::unique_ptr<RAttributes> m_pUnprotectedAttrs;
 
 private:
+    int appendRecipient(ByteString& certificate, const ByteString* keyEncryptionKey);
     int makeElement(ByteString& certificate, const ByteString* keyEncryptionKey, ByteString& out);
     int transportElement(RTBSCertificate& tbs, ByteString& out);
     int nameRecipient(RKeyTransRecipientInfo& ktri, RTBSCertificate& tbs, ByteString& publicKey);

@@ -165,8 +165,11 @@ int REnvelopedData::setEncryptedContentInfo(REncryptedContentInfo& data)
 int REnvelopedData::setEncryptedContentInfo(REncryptedContentInfo&& data)
 {
     if (const int code = copyWithoutContent(*this, data, Here::now())) return code;
-    if (data.m_ucBitMask & 0x01) m_encryptedContentInfo.setEncryptedContent(std::move(data.m_encryptedContent.getValue()));
-    return 0;
+    if ((data.m_ucBitMask & 0x01) == 0) return 0;
+    ByteString content;
+    content.swap(data.m_encryptedContent.getValue());
+    data.m_ucBitMask &= static_cast<unsigned char>(~0x01);
+    return m_encryptedContentInfo.setEncryptedContent(std::move(content));
 }
 
 int REnvelopedData::setUnprotectedAttrs(RAttributes& data)

@@ -77,13 +77,6 @@ public:
     ByteString m_keyAttr; // the complete element
 };
 
-// The date of a key: a GeneralizedTime whose text is tested when it is decoded.
-class KEKDate : public ASN1GeneralizedTime {
-public:
-    int fromASN1Object(ByteString& data) override { return ASN1GeneralizedTime::fromASN1Object(data, true); }
-    int fromASN1Object(ByteString& data, bool check) override { return ASN1GeneralizedTime::fromASN1Object(data, check); }
-};
-
 class RKEKIdentifier : public RObject {
 public:
     static constexpr const char* className = "RKEKIdentifier";
@@ -94,7 +87,7 @@ public:
 
     unsigned char m_ucBitMask = 0; // 1 date, 2 other
     ASN1OctetString m_keyIdentifier;
-    KEKDate m_date;
+    ASN1GeneralizedTime m_date; // of any instant
     ROtherKeyAttribute m_other;
 };
 

@@ -108,6 +108,11 @@ Call& Call::check(bool good, int code, const char* message)
     return *this;
 }
 
+Call& Call::supported(bool isKnown)
+{
+    return check(isKnown, VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
+}
+
 Call& Call::loaded()
 {
     const bool isLoaded = m_code == 0 && m_context->pLoadedCert;

@@ -55,6 +55,8 @@ public:
 
     // The code with the message unless it is good.
     Call& check(bool good, int code, const char* message);
+    // 5000 unless the symmetric algorithm is one that the function knows.
+    Call& supported(bool isKnown);
     // 1501 unless a certificate is loaded.
     Call& loaded();
     // 2513 unless a storage library is loaded.

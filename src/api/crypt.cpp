@@ -14,10 +14,11 @@ namespace {
 constexpr int keyLength = 16, ivLength = 16;
 constexpr unsigned char chainedFlag = 2, otherPaddingFlag = 4; // of ucFlags
 
-// Puts a new object that holds the value into a slot of the context; 1002 when there is no memory.
+// Puts a new object that holds the value into a slot of the context, and overwrites it when it goes; 1002 when there is no
+// memory.
 int newSlot(Call& call, ByteString*& slot, Octets value, const char* name)
 {
-    slot = new (std::nothrow) ByteString;
+    slot = new (std::nothrow) SecretString;
     const bool held = slot && slot->setData(value.data(), static_cast<int>(value.size())) == 0;
     return held ? 0 : call.noMemory(name);
 }
@@ -51,24 +52,16 @@ int vrno::installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, Octets 
 
 // ---- the key ----
 
-static Call& supports(Call& call, int nAlgorithm)
-{
-    if (call && nAlgorithm != VRNO_SYM_SEED) call.fail(VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
-    return call;
-}
-
 int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm)
 {
     Call call(pCtx);
-    if (!supports(call, nAlgorithm)) return call.code();
+    if (!call.supported(nAlgorithm == VRNO_SYM_SEED)) return call.code();
     VNRandom random;
-    ByteString drawn;
+    SecretString drawn;
     if (random.GenerateRandom(VNAlgorithm::random(), keyLength + ivLength, drawn) > 0) {
         return call.trail(VRNO_ERR_RANDOM, u8"랜덤값을 생성하는데 실패하였습니다."_ksc, random.getErrorTrail());
     }
-    installSessionKey(call, VNAlgorithm::seed(), vnCbc, drawn.octets().first(keyLength), drawn.octets().last(ivLength));
-    drawn.wipe();
-    return call.code();
+    return installSessionKey(call, VNAlgorithm::seed(), vnCbc, drawn.octets().first(keyLength), drawn.octets().last(ivLength));
 }
 
 int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR* pKey, const VRNO_BINSTR* pIV)
@@ -76,7 +69,7 @@ int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR
     Call call(pCtx);
     call.input(pKey, u8"대칭키 암복호화에 사용될 key(pKey)를 지정하세요."_ksc);
     call.input(pIV, u8"대칭키 암복호화에 사용될 IV(pIV)를 지정하세요."_ksc);
-    if (!supports(call, nAlgorithm)) return call.code();
+    if (!call.supported(nAlgorithm == VRNO_SYM_SEED)) return call.code();
     if (pKey->nLen != keyLength) return call.fail(VRNO_ERR_KEY_LENGTH, u8"SEED 알고리즘은 16바이트의 Key가 필요합니다."_ksc);
     if (pIV->nLen != ivLength) return call.fail(VRNO_ERR_IV_LENGTH, u8"SEED 알고리즘은 16바이트의 IV가 필요합니다."_ksc);
     return installSessionKey(call, VNAlgorithm::seed(), vnCbc, {pKey->pData, keyLength}, {pIV->pData, ivLength});
@@ -86,7 +79,7 @@ int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, 
 {
     Call call(pCtx);
     if (!call.output(NAMED(pSymAlg)).output(NAMED(pKey)).output(NAMED(pIV)).keySet()) return call.code();
-    if (pCtx->nSymAlg != VNAlgorithm::seed()) return call.fail(VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
+    if (!call.supported(pCtx->nSymAlg == VNAlgorithm::seed())) return call.code();
     *pSymAlg = VRNO_SYM_SEED;
     call.deliver(*pCtx->pSessionKey, RecordOut{pKey, "key"});
     return call.deliver(*pCtx->pSessionIv, RecordOut{pIV, "iv"});

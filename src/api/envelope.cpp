@@ -51,7 +51,7 @@ static int facadeCode(int nAlg)
 int vrno::makeEnvelopedMessage(Call& call, unsigned int nOption, int nAlg, ByteString& cert, Octets data, ByteString& out)
 {
     const int code = facadeCode(nAlg);
-    if (code == 0) return call.fail(VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
+    if (!call.supported(code != 0)) return call.code();
     if (const int refused = checkRecipientKeyUsage(call, Purpose::encryption, cert)) return refused;
 
     PEnvelopedData enveloped;

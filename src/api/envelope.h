@@ -7,7 +7,7 @@ namespace vrno {
 
 enum class Purpose { signing = 1, encryption = 2 };
 
-// 0 when the certificate's key usage (RFC 5280, 4.2.1.3) names the purpose, or when it says nothing of it; 3000 or 3001 when
+// 0 when the certificate's key usage (RFC 5280, 4.2.1.3) names the purpose, or when it has none; 3000 or 3001 when
 // it does not, 1500 when it cannot be read. Nothing else of the certificate is tested.
 int checkRecipientKeyUsage(Call& call, Purpose nPurpose, ByteString& cert);
 

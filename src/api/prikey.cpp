@@ -39,7 +39,7 @@ int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPassword, c
     call.input(pszPassword, u8"개인키 비밀번호 정보가 없습니다."_ksc);
     call.input(pPriKey, u8"암호화할 개인키(pPriKey)를 지정해 주세요."_ksc);
     call.check(pEncPriKey, VRNO_ERR_ARGUMENT, u8"pEncPriKey의 포인터가 NULL 입니다."_ksc);
-    call.check(schemeOf(nAlg) > 0, VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
+    call.supported(schemeOf(nAlg) > 0);
     if (!call || !call.copy(pPriKey, "pPriKey", key)) return call.code();
     PPKCS8 pkcs8;
     pkcs8.setEncAlgorithm(schemeOf(nAlg));
