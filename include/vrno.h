@@ -339,9 +339,10 @@ VRNO_API int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPa
                                  VRNO_BINSTR* pEncPriKey);
 
 /* Opens a protected key: what VRNO_PRIKEY_Encrypt writes, PBES2 and the classic PKCS #5 schemes with SEED, PKCS #12 with
- * SEED. An iteration count, whatever it is, is gone through to its end; one below 1 is 2001.
- * 0; 1001; 1004 pszPassword null or empty, pEncPriKey not valid, pPriKey null; 1002; 2004 wrong password, or data that
- * deciphers to no private key; 2001 malformed, or of a scheme that is not supported, with the reason in the text. */
+ * SEED. An iteration count from 1 to 2^31 - 1 is gone through to its end; any other is 2001.
+ * 0; 1001; 1004 pszPassword null or empty, pEncPriKey not valid, pPriKey null; 1002; 2004 wrong password, or data that does
+ * not decipher, by its own length or that of the IV, or not to a private key; 2001 malformed, or of a scheme that is not
+ * supported, or nothing enciphered at all, with the reason in the text. */
 VRNO_API int VRNO_PRIKEY_Decrypt(VRNO_API_CTX* pCtx, const char* pszPassword, const VRNO_BINSTR* pEncPriKey,
                                  VRNO_BINSTR* pPriKey);
 

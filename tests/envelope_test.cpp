@@ -201,7 +201,7 @@ TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
         {noDsa, {}, "06{2A831A8C9A440101}"},
         {noDsa, {}, "06{2A8648CE380401}"},
         {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-kcdsaParams(5)", {}, "06{2A831A8C9A440115}"},
-        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nLen(2),nLen(8) is not proper RSA public key length.", {}, rsa, der("30{020103 020103}")},
+        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nPrivateKey(2),nLen(8) is not proper RSA public key length.", {}, rsa, der("30{020103 020103}")},
         {add + "pAlgorithmId(6),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1)", {}, "0600"},
     };
     for (const auto& row : table) {

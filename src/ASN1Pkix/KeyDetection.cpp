@@ -14,12 +14,10 @@ const KeySide privateSide{
     .elliptic = {49, "The ECDSA and ECKCDSA are not supported"},
     .unknown = {50, "bsPrivateKeyAlgorithm(%s) is unknwon algorithm."},
     .rsaName = "rsaPrivateKey",
-    .rsaSizeName = "nPrivateKey",
     .rsaSize = {5, "The RSA %dbit is not supported."},
     .rsaEncodeCode = 6,
     .domainCode = 8,
     .hashName = "nHashAlg",
-    .kcdsaSizeName = "nPrivateKey",
     .signature = "genSignature",
     .pssCode = 11,
     .hashCode1024 = 12,
@@ -35,12 +33,10 @@ const KeySide publicSide{
     .elliptic = {43, "The ECDSA and ECKCDSA are not supported"},
     .unknown = {42, "bsPublicKeyAlgorithm(%s) is unknwon algorithm."},
     .rsaName = "rsaPublicKey",
-    .rsaSizeName = "nLen",
     .rsaSize = {2, "nLen(%d) is not proper RSA public key length."},
     .rsaEncodeCode = 3,
     .domainCode = 5,
     .hashName = "nHashAlgorithm",
-    .kcdsaSizeName = "nPublicKey",
     .signature = "verifySignature",
     .pssCode = 6,
     .hashCode1024 = 9,
@@ -70,13 +66,24 @@ constexpr Family families[] = {
 
 } // namespace
 
+static const Family* findFamily(const ByteString& oid)
+{
+    const auto* const end = std::end(families);
+    const auto* const known = std::find_if(std::begin(families), end, [&](const Family& row) { return oid == row.oid; });
+    return known == end ? nullptr : known;
+}
+
+bool needsPublicKey(const ByteString& oid)
+{
+    const Family* const known = findFamily(oid);
+    return known && (known->family == KeyFamily::kcdsa || known->refusal == &KeySide::dsa);
+}
+
 KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid, int* code)
 {
-    const auto* const known =
-        std::find_if(std::begin(families), std::end(families), [&](const Family& row) { return oid == row.oid; });
-    const bool isKnown = known != std::end(families);
-    if (isKnown && known->family != KeyFamily::refused) return known->family;
-    const Refusal& refusal = isKnown ? side.*known->refusal : side.unknown;
+    const Family* const known = findFamily(oid);
+    if (known && known->family != KeyFamily::refused) return known->family;
+    const Refusal& refusal = known ? side.*known->refusal : side.unknown;
     const ByteString message = formatted(refusal.message, oid.getText());
     *code = side.fail(object, refusal.code, side.oidName, message.getText(), Here::now().in(side.detection));
     return KeyFamily::refused;
@@ -145,17 +152,18 @@ int kcdsaDomain(PObject& object, const KeySide& side, ByteString& parameters, in
     const bool isReduced = copyNumber(kcdsaParams, &RKCDSAParameters::getP, reduced, &RKCDSAParameters::setP) &&
                            copyNumber(kcdsaParams, &RKCDSAParameters::getQ, reduced, &RKCDSAParameters::setQ) &&
                            copyNumber(kcdsaParams, &RKCDSAParameters::getG, reduced, &RKCDSAParameters::setG);
-    if (isReduced) domain = reduced.toASN1Object();
-    if (!isReduced || reduced.getLastError() > 0 || domain.getError() > 0) {
-        return side.fail(object, side.domainCode, "kcdsaParams", kcdsaParams, at);
-    }
+    if (!isReduced) return side.fail(object, side.domainCode, "kcdsaParams", kcdsaParams, at);
+    domain = reduced.toASN1Object();
+    const bool lost = reduced.getLastError() > 0 || domain.getError() > 0;
+    if (lost) return side.fail(object, side.domainCode, "kcdsaParams", reduced, at);
     if (hashAlg != VNAlgorithm::sha1()) {
         return side.fail(object, 9, side.hashName, "Only support sha1WithKCDSA, has160WithKCDSA.", at);
     }
     const int length = reduced.getP().getLength();
+    if (reduced.getLastError() > 0) return side.fail(object, side.domainCode, "kcdsaParams", reduced, at);
     if (length != supportedLength) {
         const ByteString message = formatted("The SHA1 with KCDSA %dbit is not supported.", 8 * std::min(length, INT_MAX / 8));
-        return side.fail(object, 12, side.kcdsaSizeName, message.getText(), at);
+        return side.fail(object, 12, keySizeName, message.getText(), at);
     }
     return 0;
 }

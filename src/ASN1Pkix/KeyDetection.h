@@ -24,13 +24,11 @@ struct KeySide {
     Refusal dsa, diffieHellman, elliptic, unknown; // `unknown` takes the identifier
 
     const char* rsaName;
-    const char* rsaSizeName;
     Refusal rsaSize; // takes the bits
     int rsaEncodeCode;
 
     int domainCode; // of KCDSA parameters that cannot be read
     const char* hashName;
-    const char* kcdsaSizeName;
 
     const char* signature; // the method's name
     int pssCode, hashCode1024, hashCode2048;
@@ -47,8 +45,13 @@ struct KeySide {
 };
 extern const KeySide privateSide, publicSide;
 
+inline constexpr const char* keySizeName = "nPrivateKey"; // of the frame, on both sides
+
 // The family by the text of the identifier; for a refused one the code, with the frame laid.
 KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid, int* code);
+
+// Whether the private key alone is not enough to sign with: KCDSA, and DSA, which is refused only later.
+bool needsPublicKey(const ByteString& oid);
 
 // The facade's code of RSA with a modulus of so many octets; 0 for a size that is not supported.
 int rsaKeyCode(int modulusLength);
@@ -60,10 +63,11 @@ template <class Record> int flattenRsa(PObject& object, const KeySide& side, int
     Record record;
     if (record.fromASN1Object(key) > 0) return side.fail(object, 1, side.rsaName, record, at);
     const int length = record.getModulus().getLength();
+    if (record.getLastError() == noMemoryCode) return side.fail(object, side.rsaEncodeCode, side.rsaName, record, at);
     *keyCode = rsaKeyCode(length);
     if (*keyCode == 0) {
         const ByteString message = formatted(side.rsaSize.message, 8 * std::min(length, INT_MAX / 8));
-        return side.fail(object, side.rsaSize.code, side.rsaSizeName, message.getText(), at);
+        return side.fail(object, side.rsaSize.code, keySizeName, message.getText(), at);
     }
     flatKey = record.toASN1Object();
     const bool lost = record.getLastError() > 0 || flatKey.getError() > 0;

@@ -12,7 +12,7 @@ int PAlgorithmUtil::makeSymmetricAlgID(int alg, int mode, ByteString& iv, RAlgor
         return fail(*this, 8, "nAlg", formatted("nAlg (%d) is unknown algorithm code.", alg), at.in("makeAlgorithmID"));
     }
     if (mode != vnCbc) return fail(*this, 2, "pAlgOID", formatted("The nMode(%d) is not supported.", mode));
-    if (out.setAlgorithm("1 2 410 200004 1 4", true) > 0) return fail(*this, 9, "pSymmetricAlg", out);
+    if (out.setAlgorithm(oidSeedCbc, true) > 0) return fail(*this, 9, "pSymmetricAlg", out);
     // The frames of the IV are told in the name of the class that the message is built by.
     const auto ivFailure = [&](int code, ASN1Object& value) {
         addTrailFrame(at.file, at.line, "PEnvelopedData", at.function, "asnIv", code, value.getErrorTrail().getText());

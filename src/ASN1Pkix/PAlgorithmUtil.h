@@ -6,6 +6,8 @@
 
 namespace vrno {
 
+inline constexpr const char* oidSeedCbc = "1 2 410 200004 1 4";
+
 class PAlgorithmUtil : public PObject {
 public:
     static constexpr const char* className = "PAlgorithmUtil";

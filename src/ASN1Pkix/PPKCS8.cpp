@@ -1,6 +1,7 @@
 #include "ASN1Pkix/PPKCS8.h"
 
 #include "ASN1/ASN1OctetString.h"
+#include "ASN1Pkix/PAlgorithmUtil.h"
 #include "ASN1Pkix/PPKCS12.h"
 #include "ASN1Pkix/RPbe.h"
 #include "ASN1Pkix/RPrivateKeyInfo.h"
@@ -18,10 +19,9 @@ namespace vrno {
 namespace {
 
 constexpr int schemePbkdf1 = 7, schemeFixedIv = 8, lastClassicScheme = 13, schemePbes2 = 24;
-constexpr int saltLength = 8, seedKeyLength = 16, seedIvLength = 16;
+constexpr int saltLength = 8, sha1Length = 20, seedKeyLength = 16, seedIvLength = 16;
 constexpr int insidePbes2 = 2; // of m_nSchemeContext
 
-constexpr const char* oidSeedCbc = "1 2 410 200004 1 4";
 constexpr const char* oidSeedWithSha1 = "1 2 410 200004 1 15";
 constexpr const char* oidPbes2 = "1 2 840 113549 1 5 13";
 constexpr const char* oidPbkdf2 = "1 2 840 113549 1 5 12";
@@ -35,8 +35,14 @@ constexpr const char* memoryFailure = "Memory Allocation Error";
 
 // ---- what the caller sets ----
 
+PPKCS8::PPKCS8()
+{
+    m_bsSchemeOid = oidSeedCbc;
+}
+
 void PPKCS8::setPassword(const char* password)
 {
+    m_nFlags &= ~static_cast<unsigned int>(passwordSet); // and is not set where there is no memory
     const std::size_t length = std::strlen(password);
     if (length < INT_MAX && m_bsPassword.setData(password, static_cast<int>(length)) == 0) m_nFlags |= passwordSet;
 }
@@ -69,6 +75,7 @@ void PPKCS8::setEncAlgorithm(int scheme)
 int PPKCS8::setPrivateKeyInfo(ByteString& data)
 {
     RPrivateKeyInfo privateKeyInfo;
+    m_nFlags &= ~static_cast<unsigned int>(privateKeySet);
     if (privateKeyInfo.fromASN1Object(data) > 0) return fail(*this, 1, "privateKeyInfo", privateKeyInfo);
     if (m_bsPrivateKeyInfo.setData(data.getBytes(), data.getLength()) > 0) return fail(*this, 1, "privateKeyInfo", memoryFailure);
     m_nFlags |= privateKeySet;
@@ -113,7 +120,7 @@ int PPKCS8::PBKDF1()
     if (m_bsKey.setData(t.getBytes(), keyLength) > 0) return fail(*this, 1, "m_bsKey", memoryFailure);
     if (m_nEncAlg == schemeFixedIv) m_bsIv.clear();
     if (m_nEncAlg != schemePbkdf1) return 0;
-    ByteString rest(t.getBytes() + keyLength, t.getLength() - keyLength), digest;
+    SecretString rest(t.getBytes() + keyLength, t.getLength() - keyLength), digest;
     if (rest.getError() > 0 || hash.DigestData(m_nHashAlg, rest, digest, 1) > 0) return fail(*this, 1, "hash", hash);
     return m_bsIv.setData(digest.getBytes(), keyLength) > 0 ? fail(*this, 1, "m_bsIv", memoryFailure) : 0;
 }
@@ -123,10 +130,12 @@ int PPKCS8::PBKDF2()
 {
     const bool derivesIv = m_bsIv.getLength() == 0;
     const int keyLength = m_nDerivedLength - m_nIvLength, used = derivesIv ? m_nDerivedLength : keyLength;
-    SecretArea<60> t;
-    for (int done = 0; done < used; done += m_nHashLength) {
+    SecretArea<2 * sha1Length> t;
+    if (used > static_cast<int>(sizeof t.bytes)) return fail(*this, 1, "m_nDerivedLength", "Two blocks are not enough.");
+    for (int done = 0; done < used; done += sha1Length) {
         SecretString block;
-        if (PBKDF2_F(static_cast<unsigned char>(done / m_nHashLength), block) > 0) return fail(*this, 1, "this", *this);
+        if (PBKDF2_F(static_cast<unsigned char>(done / sha1Length), block) > 0) return fail(*this, 1, "this", *this);
+        if (block.getLength() != sha1Length) return fail(*this, 1, "m_nIterationCount", "There is no block.");
         std::memcpy(t.bytes + done, block.getBytes(), static_cast<std::size_t>(block.getLength()));
     }
     if (m_bsKey.setData(t.bytes, keyLength) > 0) return fail(*this, 1, "m_bsKey", memoryFailure);

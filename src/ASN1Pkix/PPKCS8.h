@@ -15,6 +15,8 @@ class PPKCS8 : public PObject {
 public:
     static constexpr const char* className = "PPKCS8";
 
+    PPKCS8();
+
     // A decipherment that failed, or a plain text that is no private key: a wrong password shows itself by nothing else.
     static constexpr int wrongPassword = 4103;
 
@@ -36,7 +38,7 @@ public:
     // The scheme that an identifier stands for; 1 to 12 for those that are refused.
     int GetAlgorithm(ByteString& oid, int* scheme);
     // Takes the salt from password and `data`, unless that is empty, and derives key and IV. 3 for an iteration count
-    // below 1.
+    // below 1 and for want of memory for the salt, 1 or 2 where a derivation failed.
     int PBE_Initialize(ByteString& data);
     int PBKDF1();
     int PBKDF2();
@@ -61,7 +63,7 @@ public:
     int m_nSchemeContext = 0; // 2 while the encryption scheme inside PBES2 is read
     SecretString m_bsPassword;
     SecretString m_bsPrivateKeyInfo;
-    ByteString m_bsSchemeOid{"1 2 410 200004 1 4", 18};
+    ByteString m_bsSchemeOid; // of SEED-CBC at first
     ByteString m_bsSalt;
     int m_nIterationCount = 1024;
     SecretString m_bsKey;

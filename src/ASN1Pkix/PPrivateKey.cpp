@@ -57,8 +57,7 @@ int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteStrin
     if (algorithm.getLastError() > 0) return fail(*this, 3, "pAlgorithmId", algorithm);
     ByteString publicKey;
     SecretString flatKey;
-    const bool needsPublicKey = oid == "1 2 410 200004 1 1" || oid == "1 2 410 200004 1 21" || oid == "1 2 840 10040 4 1";
-    if (needsPublicKey) {
+    if (needsPublicKey(oid)) {
         if (const int code = fetchPublicKey(publicKeySource, sourceIsCertificate == 1, publicKey)) return code;
     }
     int keyCode = 0;
@@ -102,6 +101,7 @@ int PPrivateKey::setRandomNumber(ByteString& privateKeyInfo, ByteString& randomN
     if (added > 0 || priKeyInfo.setAttributes(attributes) > 0) return fail(*this, 8, "priKeyInfo", priKeyInfo);
     ByteString& encoded = priKeyInfo.toASN1Object();
     if (priKeyInfo.getLastError() > 0) return fail(*this, 9, "priKeyInfo", priKeyInfo);
+    privateKeyInfo.wipe();
     privateKeyInfo.swap(encoded);
     return 0;
 }

@@ -92,11 +92,10 @@ int VNEncrypt::symmetricRoad(const Direction& direction, const Plan& plan, ByteS
     SecretArea<ivAreaLength> ivArea;
     const int ivLength = take(ivArea, iv); // none that is too long, which the engine then refuses
     int scheduleLength = GENKEY_MAX_LEN;
-    ByteString pKey(key);
+    SecretString pKey(key.getBytes(), key.getLength());
     if (pKey.getError() > 0) return fail(*this, direction.keyCode, "pKey", "Memory(pKey) allocation is failed.", at);
     if (!plan.isKeyPairMode()) {
         const int result = ZIRC_GenerateKey(schedule.bytes, &scheduleLength, plan.algorithm, pKey.getBytes(), pKey.getLength());
-        pKey.wipe();
         if (result != 0) return engineFailure(*this, direction.scheduleCode, direction.scheduleFailure, result, at);
     }
     ByteString block;

@@ -153,7 +153,7 @@ int VRNO_MEDIA_CARD_ReadPriKey(VRNO_API_CTX* pCtx, int nDataType, const char* ps
     Reader* const read = findReader(call);
     const int code = itemCode(kind, nDataType);
     if (!call.check(code > 0, VRNO_ERR_DATA_TYPE, kind.wrongType)) return call.code();
-    ByteString item;
+    SecretString item;
     if (readItem(call, read, code, pszPIN, itemCapacity, kind.readCode, kind.readFailure, item) > 0) return call.code();
 
     const bool opens = pszPassword && *pszPassword;

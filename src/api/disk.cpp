@@ -1,5 +1,6 @@
 // VRNO_MEDIA_DISK_*: files, read whole.
 #include "api/prikey.h"
+#include "base/wipe.h"
 #include "platform/platform.h"
 
 using namespace vrno;
@@ -13,7 +14,16 @@ static int readFile(const char* path, ByteString& out)
         out.clear();
         return 0;
     }
-    return out.setData(block.bytes, block.length) == 0 ? 0 : static_cast<int>(platform::FileError::memory);
+    const bool held = out.setData(block.bytes, block.length) == 0;
+    wipe(block.bytes, static_cast<std::size_t>(block.length)); // it may be a private key
+    return held ? 0 : static_cast<int>(platform::FileError::memory);
+}
+
+// A message with the place of the file; none of a place that is too long to be told.
+static int failedAt(Call& call, int code, const char* message, const char* path)
+{
+    const ByteString place = formatted(u8"위치 : %s"_ksc, path);
+    return call.fail(code, formatted(message, place.getTextOrEmpty()));
 }
 
 int VRNO_MEDIA_DISK_ReadFile(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_BINSTR* pData)
@@ -35,7 +45,7 @@ int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_B
     ByteString file;
     if (!call.input(pszFilePath, u8"파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pCert))) return call.code();
     if (readFile(pszFilePath, file) > 0) {
-        return call.fail(VRNO_ERR_CERT_READ, formatted(u8"인증서를 읽는데 실패하였습니다. (위치 : %s)"_ksc, pszFilePath));
+        return failedAt(call, VRNO_ERR_CERT_READ, u8"인증서를 읽는데 실패하였습니다. (%s)"_ksc, pszFilePath);
     }
     return call.deliver(file, RecordOut{NAMED(pCert)});
 }
@@ -43,11 +53,10 @@ int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_B
 int VRNO_MEDIA_DISK_ReadPriKey(VRNO_API_CTX* pCtx, const char* pszFilePath, const char* pszPassword, VRNO_BINSTR* pPriKey)
 {
     Call call(pCtx);
-    ByteString file;
-    SecretString key;
+    SecretString file, key;
     if (!call.input(pszFilePath, u8"파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pPriKey))) return call.code();
     if (readFile(pszFilePath, file) > 0) {
-        return call.fail(VRNO_ERR_PRIKEY_READ, formatted(u8"개인키를 읽는데 실패하였습니다. (위치 : %s)"_ksc, pszFilePath));
+        return failedAt(call, VRNO_ERR_PRIKEY_READ, u8"개인키를 읽는데 실패하였습니다. (%s)"_ksc, pszFilePath);
     }
     const bool opens = pszPassword && *pszPassword;
     if (opens && openPrivateKey(call, pszPassword, file, key) > 0) return call.code();

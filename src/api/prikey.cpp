@@ -6,13 +6,20 @@
 
 using namespace vrno;
 
+// Whether a failure is one of memory; without its password the object had none for that.
+static bool ranOut(PPKCS8& pkcs8)
+{
+    return (pkcs8.m_nFlags & PPKCS8::passwordSet) == 0 || tellsOfMemory(pkcs8.getErrorTrail());
+}
+
 int vrno::openPrivateKey(Call& call, const char* password, ByteString& blob, ByteString& out)
 {
     PPKCS8 pkcs8;
     pkcs8.setPassword(password);
     const int code = pkcs8.getPrivateKeyInfo(blob, out);
-    if (code == PPKCS8::wrongPassword) return call.fail(VRNO_ERR_PRIKEY_PASSWORD, u8"개인키 비밀번호를 확인하세요."_ksc);
     if (code == 0) return 0;
+    if (ranOut(pkcs8)) return call.noMemory("pPriKey"); // which must not look like a wrong password
+    if (code == PPKCS8::wrongPassword) return call.fail(VRNO_ERR_PRIKEY_PASSWORD, u8"개인키 비밀번호를 확인하세요."_ksc);
     return call.trail(VRNO_ERR_ENCRYPTED_PRIKEY_FORMAT, u8"잘못된 암호화된 개인키 형식입니다."_ksc, pkcs8.getErrorTrail());
 }
 
@@ -44,7 +51,9 @@ int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPassword, c
     PPKCS8 pkcs8;
     pkcs8.setEncAlgorithm(schemeOf(nAlg));
     pkcs8.setPassword(pszPassword);
-    if (pkcs8.setPrivateKeyInfo(key) > 0) return call.fail(VRNO_ERR_PRIKEY_FORMAT, u8"잘못된 개인키 형식입니다."_ksc);
+    if (pkcs8.setPrivateKeyInfo(key) > 0) {
+        return ranOut(pkcs8) ? call.noMemory("pPriKey") : call.fail(VRNO_ERR_PRIKEY_FORMAT, u8"잘못된 개인키 형식입니다."_ksc);
+    }
     if (pkcs8.getPKCS8Data(blob) > 0) {
         return call.trail(VRNO_ERR_PRIKEY_ENCRYPT, u8"개인키를 암호화하는데 실패하였습니다."_ksc, pkcs8.getErrorTrail());
     }

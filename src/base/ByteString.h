@@ -86,8 +86,8 @@ private:
     int m_nError = good;
 };
 
-// One that holds a secret, and overwrites it before it gives its block back. The block is filled once: growing it would
-// leave a copy behind.
+// One that holds a secret, and overwrites it when it goes and where setData or join replace it. Growing it, or filling it
+// anew as a ByteString, leaves a copy behind.
 class SecretString : public ByteString {
 public:
     SecretString() = default;
@@ -96,6 +96,11 @@ public:
     SecretString& operator=(const SecretString&) = delete;
     ~SecretString() override { wipe(); }
 
+    int setData(const void* data, int length)
+    {
+        wipe();
+        return ByteString::setData(data, length);
+    }
     // Two values behind each other: 0, or 2 with the object empty.
     int join(const ByteString& first, const ByteString& second);
 };

@@ -33,7 +33,9 @@ void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char
 bool tellsOfMemory(const ByteString& trail)
 {
     const std::string_view story(trail.getText(), static_cast<std::size_t>(trail.getLength()));
-    return story.empty() || story.ends_with(',') || story.ends_with("Memory Allocation Error");
+    const auto says = [story](std::string_view text) { return story.find(text) != std::string_view::npos; };
+    return story.empty() || story.ends_with(',') || story.ends_with("Memory Allocation Error") ||
+           says("Memory allocation failed") || says("allocation is failed"); // the engine's words, and the facade's
 }
 
 } // namespace vrno
