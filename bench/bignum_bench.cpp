@@ -1,10 +1,8 @@
-// Exponentiation with a secret exponent, and the private operation of RSA made of two of them, beside OpenSSL's.
+// Exponentiation with a secret exponent beside OpenSSL's.
 #include "engine/bignum/bignum.h"
 #include "pair.h"
 
 #include <openssl/bn.h>
-#include <openssl/evp.h>
-#include <openssl/rsa.h>
 
 #include <memory>
 #include <vector>
@@ -56,17 +54,6 @@ struct Numbers {
     }
 };
 
-// The raw operation, without padding.
-void rsaPrivate(EVP_PKEY* key, std::size_t bytes)
-{
-    EVP_PKEY_CTX* const context = EVP_PKEY_CTX_new(key, nullptr);
-    std::vector<unsigned char> in(bytes, 0x42), out(bytes);
-    EVP_PKEY_sign_init(context);
-    EVP_PKEY_CTX_set_rsa_padding(context, RSA_NO_PADDING);
-    if (EVP_PKEY_sign(context, out.data(), &bytes, in.data(), in.size()) != 1) std::abort();
-    EVP_PKEY_CTX_free(context);
-}
-
 } // namespace
 
 void registerBignumPairs()
@@ -76,11 +63,6 @@ void registerBignumPairs()
         const std::string name = std::to_string(bits);
         pair(
             "modular power, " + name + " bits", 0, [=] { numbers->ours(); }, [=] { numbers->peer(); });
-        if (bits == 2048) continue;
-        EVP_PKEY* const key = EVP_RSA_gen(static_cast<unsigned>(2 * bits));
-        pair(
-            "two powers, RSA-" + std::to_string(2 * bits), 0, [=] { numbers->ours(), numbers->ours(); },
-            [=] { rsaPrivate(key, static_cast<std::size_t>(bits) / 4); });
     }
 }
 

@@ -241,6 +241,13 @@ TEST(BigNumber, EveryRoadToAPowerAgreesWithOpenssl)
             ours(r, a, p, m);
             ASSERT_EQ(text(r), expected) << where;
         }
+        // Two at once, of lengths alike or far apart, and of those that have no common way.
+        const int otherBits = turn % 3 ? bits : 1 + below(1300);
+        const ZIRC_BN otherP = draw(turn % 7 ? below(600) : 0), otherM = turn % 5 ? drawOdd(otherBits) : draw(otherBits);
+        ZIRC_BN first, second;
+        bnModExpSecret(r, a, otherP, otherM);
+        bnModExpSecretPair(a, first, p, m, second, otherP, otherM);
+        ASSERT_EQ(text(first) + text(second), expected + text(r)) << where << ", " << text(otherP) << " mod " << text(otherM);
         if (!isOdd(m) || bnBits(m) == 1 || bnIsZero(p)) continue;
         ZIRC_BN reduced;
         bnMod(reduced, a, m);
@@ -274,6 +281,9 @@ TEST(BigNumber, KernelsCarryToTheEnd)
             kernel.run(r, a, p, m, bits % 2);
             EXPECT_TRUE(bnIsEqual(r, a)) << kernel.name << " " << bits; // -1 to an odd power
         }
+        ZIRC_BN first, second;
+        bnModExpSecretPair(a, first, p, m, second, p, m);
+        EXPECT_TRUE(bnIsEqual(first, a) && bnIsEqual(second, a)) << bits;
     }
 }
 

@@ -85,6 +85,11 @@ void bnModExpReduced(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_
 // for an even m the time may tell all.
 void bnModExpSecret(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m);
 
+// r1 = a to the p1 modulo m1 and r2 = a to the p2 modulo m2 likewise, which may take less time than one behind the other. r1
+// and r2 are different records and none of the operands.
+void bnModExpSecretPair(const ZIRC_BN& a, ZIRC_BN& r1, const ZIRC_BN& p1, const ZIRC_BN& m1, ZIRC_BN& r2, const ZIRC_BN& p2,
+                        const ZIRC_BN& m2);
+
 // ---- number theory ----
 
 void bnGcd(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b); // of the magnitudes; of a number and zero, that number

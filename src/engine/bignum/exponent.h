@@ -7,11 +7,13 @@
 // and, for secret exponents,
 //
 //   select(r, table, count, index)   r = table[index], with reads that do not tell the index
+//
+// A ring of pairs takes an index for each half there.
 #pragma once
 
 #include "engine/bignum/rows.h"
 
-#include <memory>
+#include <algorithm>
 
 namespace vrno {
 
@@ -64,11 +66,21 @@ template <class Ring> void power(Ring& ring, typename Ring::Element& r, const ty
     }
 }
 
-// The same by windows that stand fixed, so that the order of squares and products follows from the length of p alone.
-template <class Ring> void powerSecret(Ring& ring, typename Ring::Element& r, const typename Ring::Element& a, const ZIRC_BN& p)
+// The bits of an exponent from a position on, as a number; bnTestBit looks at the position alone.
+inline unsigned windowAt(const ZIRC_BN& p, int position, int bits)
+{
+    unsigned window = 0;
+    for (int i = bits; i-- > 0;) window = window << 1 | static_cast<unsigned>(bnTestBit(p, position + i));
+    return window;
+}
+
+// The same by windows that stand fixed, so that the order of squares and products follows from the length of p alone: of the
+// longest, in a ring of pairs, where each half has a p of its own.
+template <class Ring, class... Exponent>
+void powerSecret(Ring& ring, typename Ring::Element& r, const typename Ring::Element& a, const Exponent&... p)
 {
     using Element = typename Ring::Element;
-    const int bits = bnBits(p), window = windowBits(bits), count = 1 << window;
+    const int bits = std::max({bnBits(p)...}), window = windowBits(bits), count = 1 << window;
     PowerTable<Element, 33> powers; // one, a, a^2, ..., and the one that is selected
     Element& selected = powers.v[32];
     powers.v[0] = r;
@@ -76,9 +88,7 @@ template <class Ring> void powerSecret(Ring& ring, typename Ring::Element& r, co
     for (int i = 2; i < count; ++i) ring.mul(powers.v[i], powers.v[i - 1], a);
     for (int w = (bits - 1) / window * window; w >= 0; w -= window) {
         for (int i = 0; i < window && w + window < bits; ++i) ring.sqr(r);
-        unsigned index = 0; // bnTestBit looks at the position alone
-        for (int i = window; i-- > 0;) index = index << 1 | static_cast<unsigned>(bnTestBit(p, w + i));
-        ring.select(selected, powers.v, count, index);
+        ring.select(selected, powers.v, count, windowAt(p, w, window)...);
         ring.mul(r, r, selected);
     }
 }

@@ -14,22 +14,32 @@ struct PlainRing {
     void sqr(Element& r) const { bnModSqr(r, r, m); }
 };
 
-void modExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m, bool secret)
+// The operands of one power: p and m without leading zeros and signs, a reduced.
+struct Operands {
+    Temporary base, exponent, modulus;
+
+    Operands(const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m) : exponent(p), modulus(m)
+    {
+        setLength(exponent, significant(p));
+        setLength(modulus, significant(m));
+        modulus.neg = 0;
+        bnMod(base, a, modulus);
+    }
+    bool isOneOrZero() const { return exponent.top == 0 || bnBits(modulus) == 1; } // the result
+    bool isOrdinary() const { return !isOneOrZero() && isOdd(modulus); }
+};
+
+void modExp(ZIRC_BN& r, const Operands& operands, bool secret)
 {
-    Temporary base, exponent(p), modulus(m), result;
-    setLength(exponent, significant(p));
-    setLength(modulus, significant(m));
-    modulus.neg = 0;
-    const bool isOne = bnBits(modulus) == 1;
-    bnSetWord(result, isOne ? 0 : 1);
-    bnMod(base, a, modulus);
-    if (exponent.top == 0 || isOne) {
+    Temporary result;
+    bnSetWord(result, bnBits(operands.modulus) == 1 ? 0 : 1);
+    if (operands.isOneOrZero()) {
         bnCopy(r, result);
-    } else if (isOdd(modulus)) {
-        pick(modExpKernels)(r, base, exponent, modulus, secret);
+    } else if (operands.isOrdinary()) {
+        pick(modExpKernels)(r, operands.base, operands.exponent, operands.modulus, secret);
     } else {
-        PlainRing ring{modulus};
-        power(ring, result, base, exponent);
+        PlainRing ring{operands.modulus};
+        power(ring, result, operands.base, operands.exponent);
         bnCopy(r, result);
     }
 }
@@ -38,17 +48,34 @@ void modExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m, bo
 
 void bnModExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m)
 {
-    modExp(r, a, p, m, false);
+    modExp(r, {a, p, m}, false);
 }
 
 void bnModExpReduced(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m)
 {
-    modExp(r, a, p, m, false);
+    modExp(r, {a, p, m}, false);
 }
 
 void bnModExpSecret(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m)
 {
-    modExp(r, a, p, m, true);
+    modExp(r, {a, p, m}, true);
+}
+
+bool modExpPairNone(const SecretPower&, const SecretPower&)
+{
+    return false;
+}
+
+void bnModExpSecretPair(const ZIRC_BN& a, ZIRC_BN& r1, const ZIRC_BN& p1, const ZIRC_BN& m1, ZIRC_BN& r2, const ZIRC_BN& p2,
+                        const ZIRC_BN& m2)
+{
+    const Operands first(a, p1, m1), second(a, p2, m2);
+    const bool paired = first.isOrdinary() && second.isOrdinary() &&
+                        pick(modExpPairKernels)({r1, first.base, first.exponent, first.modulus},
+                                                {r2, second.base, second.exponent, second.modulus});
+    if (paired) return;
+    modExp(r1, first, true);
+    modExp(r2, second, true);
 }
 
 } // namespace vrno

@@ -16,6 +16,25 @@ ModExpFunction modExpWide;     // over words of 64 bits, where the compiler has 
 
 ModExpFunction modExpIfma512; // over limbs of 52 bits, on x86-64
 
+// One of two powers that are taken at once, under the conditions of ModExpFunction; p is secret.
+struct SecretPower {
+    ZIRC_BN& r;
+    const ZIRC_BN &a, &p, &m;
+};
+
+// False, with nothing done, where a pair is no gain.
+using ModExpPairFunction = bool(const SecretPower& first, const SecretPower& second);
+
+ModExpPairFunction modExpPairIfma512;
+ModExpPairFunction modExpPairNone;
+
+inline constexpr Kernel<ModExpPairFunction> modExpPairKernels[] = {
+#if defined(__x86_64__) && defined(__SIZEOF_INT128__)
+    {"ifma512", CpuFeature::ifma512, modExpPairIfma512},
+#endif
+    {"none", CpuFeature::none, modExpPairNone},
+};
+
 inline constexpr Kernel<ModExpFunction> modExpKernels[] = {
 #if defined(__x86_64__) && defined(__SIZEOF_INT128__)
     {"ifma512", CpuFeature::ifma512, modExpIfma512},

@@ -45,8 +45,7 @@ void privateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
         return;
     }
     Temporary m, product, next;
-    bnModExpSecret(result, x, key.dQ, key.q);
-    bnModExpSecret(m, x, key.dP, key.p);
+    bnModExpSecretPair(x, result, key.dQ, key.q, m, key.dP, key.p);
     joinPrime(result, m, key.qInv, key.p, key.q);
     bnMul(product, key.p, key.q);
     for (int i = 0; i < key.nPrimes - 2; ++i) {
