@@ -36,7 +36,7 @@ unsigned askProcessor()
     if (has(basic, bit_SSSE3 | bit_SSE4_1) && has(ebx, bit_SHA)) found |= bit(CpuFeature::shaExtensions);
     if (!has(basic, bit_OSXSAVE) || !has(savedRegisterSets(), sse | avx | avx512)) return found;
     if (has(ecx, bit_GFNI) && has(ebx, bit_AVX512F | bit_AVX512BW | bit_AVX512VL)) found |= bit(CpuFeature::gfni512);
-    if (has(ebx, bit_AVX512F | bit_AVX512IFMA | bit_BMI2)) found |= bit(CpuFeature::ifma512);
+    if (has(ebx, bit_AVX512F | bit_AVX512VL | bit_AVX512IFMA | bit_BMI2)) found |= bit(CpuFeature::ifma512);
     return found;
 }
 #else
