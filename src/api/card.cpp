@@ -39,31 +39,48 @@ namespace {
 constexpr const char* readerName = "PKI_STORAGE_Read";
 using Reader = int(int itemCode, const char* pin, unsigned char* buffer, int* length, char* message);
 
-constexpr int itemCapacity = 2048, randomValueCapacity = 128;
-constexpr int privateKeyItem = 0x20, randomValueItem = 0x30;
-
-// The two kinds of item, with the code that each role of a data type has for them.
-struct Kind {
-    int signing, encryption, other, otherEncryption; // roles 1, 2, 16, 32
-    const char* wrongType;
-    int readCode;
-    const char* readFailure;
+// The codes of the items that a role of a data type stands for.
+struct Role {
+    int role, certificate, privateKey;
 };
+constexpr Role roles[] = {{1, 0x10, 0x20}, {2, 0x40, 0x50}, {16, 0x01, 0x02}, {32, 0x04, 0x05}};
+constexpr int signingKeyItem = 0x20, randomValueItem = 0x30; // which goes with it
 
-constexpr Kind certificateKind{0x10,
-                               0x40,
-                               0x01,
-                               0x04,
-                               u8"지원되지 않는 인증서 데이터 타입입니다."_ksc,
-                               VRNO_ERR_CERT_READ,
-                               u8"인증서를 읽는데 실패하였습니다."_ksc};
-constexpr Kind privateKeyKind{0x20,
-                              0x50,
-                              0x02,
-                              0x05,
-                              u8"지원되지 않는 개인키 데이터 타입입니다."_ksc,
-                              VRNO_ERR_PRIKEY_READ,
-                              u8"개인키를 읽는데 실패하였습니다."_ksc};
+// A kind of item: its column of the roles, the bytes that one has at the most, and what is said when it is not to be had.
+struct Kind {
+    int Role::*code;
+    int capacity;
+    int failure;
+    const char* message;
+    const char* wrongType;
+    const char* emptyEntry;
+};
+constexpr int mostCapacity = 2048;
+
+constexpr Kind certificates{
+    .code = &Role::certificate,
+    .capacity = mostCapacity,
+    .failure = VRNO_ERR_CERT_READ,
+    .message = u8"인증서를 읽는데 실패하였습니다."_ksc,
+    .wrongType = u8"지원되지 않는 인증서 데이터 타입입니다."_ksc,
+    .emptyEntry = u8"해당 인증서 내용이 비어있습니다."_ksc,
+};
+constexpr Kind privateKeys{
+    .code = &Role::privateKey,
+    .capacity = mostCapacity,
+    .failure = VRNO_ERR_PRIKEY_READ,
+    .message = u8"개인키를 읽는데 실패하였습니다."_ksc,
+    .wrongType = u8"지원되지 않는 개인키 데이터 타입입니다."_ksc,
+    .emptyEntry = u8"해당 개인키 내용이 비어있습니다."_ksc,
+};
+constexpr Kind randomValues{
+    .code = nullptr,
+    .capacity = 128,
+    .failure = VRNO_ERR_RANDOM_VALUE_READ,
+    .message = u8"본인확인을 위한 랜덤값 읽기 실패하였습니다."_ksc,
+    .wrongType = nullptr,
+    .emptyEntry = nullptr,
+};
 
 // The item's code: the device, where it is one of eleven, and the role's; 0 for an unknown role.
 int itemCode(const Kind& kind, int nDataType)
@@ -71,21 +88,19 @@ int itemCode(const Kind& kind, int nDataType)
     const int role = nDataType % 256, number = nDataType / 256;
     const bool isDevice = number % 0x10 == 0 && number >= 0x10 && number <= 0xB0;
     const int device = isDevice ? number * 256 : 0;
-    switch (role) {
-    case 1:
-        return device | kind.signing;
-    case 2:
-        return device | kind.encryption;
-    case 16:
-        return device | kind.other;
-    case 32:
-        return device | kind.otherEncryption;
-    default:
-        return 0;
+    for (const Role& known : roles) {
+        if (known.role == role) return device | known.*kind.code;
     }
+    return 0;
 }
 
-Reader* findReader(Call& call)
+// The way to an item: the storage library's function, looked up at each call, and the item's code.
+struct Way {
+    Reader* read;
+    int code;
+};
+
+Way findWay(Call& call, const Kind& kind, int nDataType)
 {
     int error = 0;
     void* const symbol = platform::findSymbol(call.context().hMediaLib, readerName, error);
@@ -93,11 +108,13 @@ Reader* findReader(Call& call)
         call.fail(VRNO_ERR_LIB_FUNCTION,
                   formatted(u8"함수 %s()의 포인터 획득 실패 (fnc=GetProcAddress,errcode=%d)"_ksc, readerName, error));
     }
-    return reinterpret_cast<Reader*>(symbol);
+    const int code = itemCode(kind, nDataType);
+    call.check(code > 0, VRNO_ERR_DATA_TYPE, kind.wrongType);
+    return {reinterpret_cast<Reader*>(symbol), code};
 }
 
-// What the storage library's result means; `readCode` and `readFailure` stand for a failure without a meaning of its own.
-int judge(Call& call, int result, const char* detail, int readCode, const char* readFailure)
+// What the storage library's result means; the kind's own failure is the one without another meaning.
+int judge(Call& call, const Kind& kind, int result, const char* detail)
 {
     constexpr int noCard = 256, wrongPin = 257, wrongPinWithTries = 99; // the quotient by 256
     constexpr unsigned int noCardInReader = 0x80100069;
@@ -107,19 +124,18 @@ int judge(Call& call, int result, const char* detail, int readCode, const char* 
     if (result == wrongPin || result / 256 == wrongPinWithTries) {
         return call.dynamic(VRNO_ERR_CARD_PIN, u8"PIN 번호를 확인하세요."_ksc, readerName, result, detail);
     }
-    return call.dynamic(readCode, readFailure, readerName, result, detail);
+    return call.dynamic(kind.failure, kind.message, readerName, result, detail);
 }
 
 // Reads one item. A length that is not one of the buffer's is a failure like any other.
-int readItem(Call& call, Reader* read, int code, const char* pin, int capacity, int readCode, const char* readFailure,
-             ByteString& out)
+int readItem(Call& call, const Kind& kind, const Way& way, const char* pin, ByteString& out)
 {
-    SecretArea<itemCapacity> buffer;
+    SecretArea<mostCapacity> buffer;
     char message[512] = "";
-    int length = capacity;
-    const int result = read(code, pin, buffer.bytes, &length, message);
+    int length = kind.capacity;
+    const int result = way.read(way.code, pin, buffer.bytes, &length, message);
     message[sizeof message - 1] = '\0';
-    if (result != 0 || length < 0 || length > capacity) return judge(call, result, message, readCode, readFailure);
+    if (result != 0 || length < 0 || length > kind.capacity) return judge(call, kind, result, message);
     return out.setData(buffer.bytes, length) == 0 ? 0 : call.noMemory("item");
 }
 
@@ -134,37 +150,26 @@ bool isEmptyEntry(const ByteString& item)
 int VRNO_MEDIA_CARD_ReadCert(VRNO_API_CTX* pCtx, int nDataType, const char* pszPIN, VRNO_BINSTR* pCert)
 {
     Call call(pCtx);
-    const Kind& kind = certificateKind;
-    if (!call.input(pszPIN, u8"핀 번호(pszPIN)를 지정해 주세요."_ksc).output(NAMED(pCert)).libraryLoaded()) return call.code();
-    Reader* const read = findReader(call);
-    const int code = itemCode(kind, nDataType);
-    if (!call.check(code > 0, VRNO_ERR_DATA_TYPE, kind.wrongType)) return call.code();
     ByteString cert;
-    if (readItem(call, read, code, pszPIN, itemCapacity, kind.readCode, kind.readFailure, cert) > 0) return call.code();
-    if (isEmptyEntry(cert)) return call.fail(VRNO_ERR_FILE_EMPTY, u8"해당 인증서 내용이 비어있습니다."_ksc);
+    if (!call.input(pszPIN, u8"핀 번호(pszPIN)를 지정해 주세요."_ksc).output(NAMED(pCert)).libraryLoaded()) return call.code();
+    const Way way = findWay(call, certificates, nDataType);
+    if (!call || readItem(call, certificates, way, pszPIN, cert) > 0) return call.code();
+    call.check(!isEmptyEntry(cert), VRNO_ERR_FILE_EMPTY, certificates.emptyEntry);
     return call.deliver(cert, RecordOut{NAMED(pCert)});
 }
 
 int VRNO_MEDIA_CARD_ReadPriKey(VRNO_API_CTX* pCtx, int nDataType, const char* pszPIN, const char* pszPassword, VRNO_BINSTR* pPriKey)
 {
     Call call(pCtx);
-    const Kind& kind = privateKeyKind;
+    SecretString item, randomValue, key;
     if (!call.input(pszPIN, u8"핀 번호(pszPIN)를 지정해 주세요."_ksc).output(NAMED(pPriKey)).libraryLoaded()) return call.code();
-    Reader* const read = findReader(call);
-    const int code = itemCode(kind, nDataType);
-    if (!call.check(code > 0, VRNO_ERR_DATA_TYPE, kind.wrongType)) return call.code();
-    SecretString item;
-    if (readItem(call, read, code, pszPIN, itemCapacity, kind.readCode, kind.readFailure, item) > 0) return call.code();
-
-    const bool opens = pszPassword && *pszPassword;
-    SecretString randomValue, key;
-    if (opens && code == privateKeyItem &&
-        readItem(call, read, randomValueItem, pszPIN, randomValueCapacity, VRNO_ERR_RANDOM_VALUE_READ,
-                 u8"본인확인을 위한 랜덤값 읽기 실패하였습니다."_ksc, randomValue) > 0) {
-        return call.code();
-    }
-    if (isEmptyEntry(item)) return call.fail(VRNO_ERR_FILE_EMPTY, u8"해당 개인키 내용이 비어있습니다."_ksc);
+    const Way way = findWay(call, privateKeys, nDataType);
+    if (!call || readItem(call, privateKeys, way, pszPIN, item) > 0) return call.code();
+    const bool opens = pszPassword && *pszPassword, hasRandomValue = opens && way.code == signingKeyItem;
+    if (hasRandomValue && readItem(call, randomValues, {way.read, randomValueItem}, pszPIN, randomValue) > 0) return call.code();
+    if (!call.check(!isEmptyEntry(item), VRNO_ERR_FILE_EMPTY, privateKeys.emptyEntry)) return call.code();
     if (!opens) return call.deliver(item, RecordOut{NAMED(pPriKey)});
+
     if (openPrivateKey(call, pszPassword, item, key) > 0) return call.code();
     PPrivateKey privateKey;
     if (!isEmptyEntry(randomValue) && privateKey.setRandomNumber(key, randomValue) > 0) {
