@@ -296,8 +296,8 @@ TEST(Extensions, ThatOpenSSLMakesReadAsItReadsThem)
         "keyUsage=nonRepudiation,dataEncipherment,keyAgreement,keyCertSign,cRLSign,encipherOnly\nbasicConstraints=CA:FALSE\nextendedKeyUsage=timeStamping",
         "basicConstraints=CA:TRUE\nsubjectKeyIdentifier=hash\nauthorityKeyIdentifier=keyid:always,issuer:always",
         "certificatePolicies=1.2.3.4,2.5.29.32.0,@policy\ncrlDistributionPoints=URI:http://a,URI:http://b,point,relative,URI:http://d",
-        "subjectAltName=email:a@b.kr,DNS:a.kr,URI:http://a,IP:1.2.3.4,RID:1.2.3,dirName:dir,otherName:1.2.3;UTF8:x\nauthorityInfoAccess=OCSP;URI:http://"
-        "o,caIssuers;URI:http://i",
+        ("subjectAltName=email:a@b.kr,DNS:a.kr,URI:http://a,IP:1.2.3.4,RID:1.2.3,dirName:dir,otherName:1.2.3;UTF8:x\n"
+         "authorityInfoAccess=OCSP;URI:http://o,caIssuers;URI:http://i"),
     };
     std::map<std::string, int> texts;
     for (const char* const extensions : table) {
