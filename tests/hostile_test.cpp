@@ -2,6 +2,7 @@
 // under the sanitizers; here the codes must be documented ones.
 #include "ASN1/ASN1OctetString.h"
 #include "ASN1/ASN1Sequence.h"
+#include "ASN1Pkix/RPrivateKeyInfo.h"
 #include "ASN1Pkix/UDNSettings.h"
 #include "VNProcess/PCertUtil2.h"
 #include "support.h"
@@ -112,6 +113,12 @@ TEST(Hostile, HundredsOfThousandsOfPiecesCostLinearTime)
     ASSERT_EQ(sequence.fromASN1Object(data), 0);
     EXPECT_EQ(sequence.getComponentCount(), 400000);
     EXPECT_EQ(hex(bytes(sequence.getComponent(399999))), "0500");
+
+    const std::size_t before = FailingAllocation::size();
+    ByteString key = byteString(der("30{" + repeated("0500", 400000) + "}"));
+    RPrivateKeyInfo record; // which looks at four of them, and makes no table of the rest
+    EXPECT_EQ(record.fromASN1Object(key), 5);
+    EXPECT_LT(FailingAllocation::size() - before, 2100000U);
 
     ByteString segments = byteString(der("24{" + repeated("040141", 300000) + "}"));
     ASN1OctetString octets;

@@ -243,6 +243,24 @@ template <class String> static std::string taken()
     return out;
 }
 
+TEST(Sequence, KeepsWhatItsReaderLooksAtAndCountsTheRest)
+{
+    ASN1Sequence sequence;
+    ByteString data = byteString(der("30{0500 020105 0400 0400}"));
+    sequence.keepOnly(2);
+    ASSERT_EQ(sequence.fromASN1Object(data), 0);
+    EXPECT_EQ(sequence.getComponentCount(), 4);
+    EXPECT_EQ(hex(bytes(sequence.getComponent(1))), "020105");
+    EXPECT_EQ(sequence.getComponentUniversalTag(2), -1);
+    EXPECT_EQ(bytes(sequence.getComponent(2)), "");
+    EXPECT_EQ(sequence.getLastError(), 1);
+    EXPECT_EQ(sequence.addComponent(data, -1), 1);
+    sequence.keepOnly(4);
+    ASSERT_EQ(sequence.fromASN1Object(data), 0);
+    EXPECT_EQ(hex(bytes(sequence.takeLastComponent())), "0400");
+    EXPECT_EQ(bytes(sequence.getComponent(0)), ""); // gone with the value
+}
+
 TEST(Strings, CharacterSetsTakeNothingElse)
 {
     const std::string digits = "0123456789", upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ", lower = "abcdefghijklmnopqrstuvwxyz";

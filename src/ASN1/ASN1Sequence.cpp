@@ -1,5 +1,6 @@
 #include "ASN1/ASN1Sequence.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -47,14 +48,11 @@ int ASN1Sequence::ExtractComponentInfo()
         ElementTag tag;
         const TagRefusal refusal = readTag(value.subspan(offset), tag);
         if (refusal == tagNoMember) return fail(*this, 1, "checkASN1Member", *this);
-        if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0)
-            return fail(*this, 2, "ReallocCompontntInfo", *this);
-        ComponentInfo& component = pComponentInfo[m_nComponentCount];
-        component.nOffset = static_cast<unsigned int>(offset);
+        const int number = tag.taggedType == notTagged ? -tag.primitiveTag : tag.number;
+        ComponentInfo component{static_cast<unsigned int>(offset), 0, number};
         if (refusal == tagTooLong) {
             return fail<ASN1Object>(*this, 3, "GetHighTag", *this, Here::now().in("fromASN1Object"));
         }
-        component.nTag = tag.taggedType == notTagged ? -tag.primitiveTag : tag.number;
         offset += tag.octets;
 
         const Octets rest = value.subspan(offset);
@@ -68,14 +66,24 @@ int ASN1Sequence::ExtractComponentInfo()
         } else {
             offset = size.fit(rest.size()) ? offset + size.octets + size.value : value.size();
         }
-        ++m_nComponentCount;
-    }
-    auto end = static_cast<unsigned int>(value.size());
-    for (int i = m_nComponentCount - 1; i >= 0; --i) {
-        pComponentInfo[i].nLength = end - pComponentInfo[i].nOffset;
-        end = pComponentInfo[i].nOffset;
+        component.nLength = static_cast<unsigned int>(offset) - component.nOffset;
+        if (keep(component) > 0) return fail(*this, 2, "ReallocCompontntInfo", *this);
     }
     return 0;
+}
+
+int ASN1Sequence::keep(const ComponentInfo& component)
+{
+    const bool isKept = m_nComponentCount < m_nMostKept;
+    if (isKept && m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0) return 1;
+    if (isKept) pComponentInfo[m_nComponentCount] = component;
+    ++m_nComponentCount;
+    return 0;
+}
+
+const ComponentInfo* ASN1Sequence::entry(int index) const
+{
+    return index >= 0 && index < std::min(m_nComponentCount, m_nMostKept) ? pComponentInfo + index : nullptr;
 }
 
 // The table grows by 20 entries; a long one by half of its own size, so that a hostile value of hundreds of thousands
@@ -96,29 +104,44 @@ ByteString& ASN1Sequence::getComponent(int index)
 {
     m_nLastError = 0;
     m_bsOutput.clear();
-    if (index < 0 || index >= m_nComponentCount) {
+    const ComponentInfo* const component = entry(index);
+    if (!component) {
         return failOutput(*this, 1, "index", formatted("Component No(%d) <= index(%d) Error", m_nComponentCount, index));
     }
-    const ComponentInfo& component = pComponentInfo[index];
-    return giveOutput(m_bsValue.getBytes() + component.nOffset, component.nLength);
+    return giveOutput(m_bsValue.getBytes() + component->nOffset, component->nLength);
+}
+
+ByteString& ASN1Sequence::takeLastComponent()
+{
+    const int index = m_nComponentCount - 1;
+    const ComponentInfo* const last = entry(index);
+    if (!last) return getComponent(index);
+    m_nLastError = 0;
+    m_bsValue.dropFront(static_cast<int>(last->nOffset));
+    m_bsOutput.swap(m_bsValue);
+    m_bsValue.clear();
+    m_nMostKept = 0;
+    return m_bsOutput;
 }
 
 int ASN1Sequence::getComponentTagNo(int index) const
 {
-    return index >= 0 && index < m_nComponentCount ? pComponentInfo[index].nTag : -1;
+    const ComponentInfo* const component = entry(index);
+    return component ? component->nTag : -1;
 }
 
 int ASN1Sequence::getComponentUniversalTag(int index) const
 {
-    if (index < 0 || index >= m_nComponentCount) return -1;
-    const int tag = pComponentInfo[index].nTag;
-    return tag >= -31 && tag <= -1 ? -tag : -2;
+    const ComponentInfo* const component = entry(index);
+    if (!component) return -1;
+    return component->nTag >= -31 && component->nTag <= -1 ? -component->nTag : -2;
 }
 
 // The table's entry of a component that is about to be appended; it counts when it has been.
 int ASN1Sequence::makeEntry(int length, int tag, Here at)
 {
-    if (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0)
+    const bool isFull = m_nComponentCount >= m_nMostKept;
+    if (isFull || (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0))
         return fail(*this, 1, "ReallocCompontntInfo", *this, at);
     pComponentInfo[m_nComponentCount] = {static_cast<unsigned int>(m_bsValue.getLength()), static_cast<unsigned int>(length), tag};
     return 0;

@@ -22,9 +22,15 @@ public:
     // Codes 1 and 2 of the tag, 3 when the components cannot be told apart: the object must not be read then.
     int fromASN1Object(ByteString& data) override;
 
+    // How many components of what is decoded from now on are handed out; those behind them are counted. For readers that know
+    // how many they look at, so that no table of the others is made.
+    void keepOnly(int most) { m_nMostKept = most; }
+
     int getComponentCount() const { return m_nComponentCount; }
     // The component's bytes with its header; empty with `m_nLastError` 1 for an index that there is not.
     ByteString& getComponent(int index);
+    // The last one, in the block of the value: one copy less, and no component is handed out any more.
+    ByteString& takeLastComponent();
     // ComponentInfo::nTag; -1 behind the last component. [APPLICATION 3] and [3] look alike.
     int getComponentTagNo(int index) const;
     // The universal tag number, -2 for a component with an option tag, -1 behind the last component.
@@ -39,6 +45,7 @@ public:
 
     int m_nComponentCount = 0;
     int m_nComponentCapacity = 0;
+    int m_nMostKept = 0x7FFFFFFF;
     ComponentInfo* pComponentInfo = nullptr;
 
 protected:
@@ -46,6 +53,8 @@ protected:
     int decodeComponents(ByteString& data, const ASN1Type& type, Here at = Here::now());
 
 private:
+    const ComponentInfo* entry(int index) const; // null where there is none
+    int keep(const ComponentInfo& component);
     int makeEntry(int length, int tag, Here at);
     int ExtractComponentInfo();
     int ReallocCompontntInfo();

@@ -209,8 +209,10 @@ int PPKCS8::getPKCS8Data(ByteString& out)
     };
     if (encryptedPrivateKeyInfo.setEncryptionAlgorithm(algorithm) > 0) return failed(11);
     if (encryptedPrivateKeyInfo.setEncryptedData(cipherText) > 0) return failed(12);
-    out = encryptedPrivateKeyInfo.toASN1Object();
-    return encryptedPrivateKeyInfo.getLastError() > 0 || out.getError() > 0 ? failed(13) : 0;
+    ByteString& encoded = encryptedPrivateKeyInfo.toASN1Object();
+    if (encryptedPrivateKeyInfo.getLastError() > 0) return failed(13);
+    out.swap(encoded);
+    return 0;
 }
 
 int PPKCS8::makePbes2(RAlgorithmIdentifier& algorithm)
@@ -264,9 +266,12 @@ int PPKCS8::getPrivateKeyInfo(ByteString& data, ByteString& out)
     if (const int code = decryptData(data, plainText)) return fail(*this, code, "this", *this);
     RPrivateKeyInfo privateKeyInfo;
     if (privateKeyInfo.fromASN1Object(plainText) > 0) return fail(*this, wrongPassword, "privateKeyInfo", privateKeyInfo);
-    out = privateKeyInfo.toASN1Object();
-    const bool lost = privateKeyInfo.getLastError() > 0 || out.getError() > 0;
-    return lost ? fail(*this, 13, "privateKeyInfo", privateKeyInfo) : 0;
+    plainText.wipe(); // the record holds all of it
+    plainText.clear();
+    ByteString& encoded = privateKeyInfo.toASN1Object();
+    if (privateKeyInfo.getLastError() > 0) return fail(*this, 13, "privateKeyInfo", privateKeyInfo);
+    out.swap(encoded);
+    return 0;
 }
 
 int PPKCS8::decryptData(ByteString& data, ByteString& out)

@@ -7,7 +7,9 @@ namespace vrno {
 Decoder::Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at, const char* method)
     : m_record(record), m_class(recordClass), m_method(method), m_mask(mask)
 {
+    constexpr int mostRows = 16; // more than any record has
     if (m_mask) *m_mask = 0;
+    m_asnSeq.keepOnly(mostRows);
     if (m_asnSeq.fromASN1Object(data) > 0) refuse(1, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
     if (m_code == 0) m_record.takeOptionTag(m_asnSeq);
     m_spare = m_code == 0 ? m_asnSeq.getComponentCount() : 0;
@@ -45,7 +47,8 @@ void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at)
 ByteString* Decoder::fetch(int code, Here at)
 {
     if (m_code > 0) return nullptr;
-    ByteString& component = m_asnSeq.getComponent(m_index);
+    const bool isLast = m_index == m_asnSeq.getComponentCount() - 1; // which may be a large one
+    ByteString& component = isLast ? m_asnSeq.takeLastComponent() : m_asnSeq.getComponent(m_index);
     if (m_asnSeq.getLastError() > 0) {
         refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
         return nullptr;

@@ -3,6 +3,7 @@
 #include "base/ByteBuilder.h"
 #include "base/wipe.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -118,6 +119,14 @@ int ByteString::prepend(Octets front)
     m_pData = block;
     m_nLength += static_cast<int>(front.size());
     return good;
+}
+
+void ByteString::dropFront(int count)
+{
+    const int dropped = std::min(count, m_nLength);
+    if (dropped <= 0) return;
+    std::memmove(m_pData, m_pData + dropped, static_cast<std::size_t>(m_nLength - dropped));
+    shorten(m_nLength - dropped);
 }
 
 const unsigned char* ByteString::getBytes() const

@@ -36,6 +36,8 @@ public:
     // Puts bytes of another object in front, in the same block where the heap can make it larger: 0, or 2 with the content
     // as it was.
     int prepend(Octets front);
+    // Takes that many bytes off the front, at most all, in the same block.
+    void dropFront(int count);
 
     int getLength() const { return m_nLength; }
     bool isNull() const { return m_pData == nullptr; }
