@@ -95,31 +95,46 @@ void Mutex::giveWay()
 
 namespace {
 
-enum Registration : int { notDone, beingDone, done };
-constinit std::atomic<int> forkHandlers = notDone;
+// The process that registers the handlers, which its children inherit; or one of these.
+constexpr std::uint32_t notDone = 0, done = ~0U;
+constinit std::atomic<std::uint32_t> registrar = notDone;
 using Hook = void (*)();
 constinit std::atomic<Mutex*> heldDuringFork = nullptr; // both are written before the handlers can run, on any thread
 constinit std::atomic<Hook> forkedChild = nullptr;
+constinit thread_local int forkDepth = 0; // a child may have registered once more what it had from its parent
+
+void lockBeforeFork()
+{
+    if (forkDepth++ == 0) heldDuringFork.load()->lock();
+}
+
+void unlockAfterFork()
+{
+    if (--forkDepth == 0) heldDuringFork.load()->unlock();
+}
+
+void unlockInChild()
+{
+    if (--forkDepth > 0) return;
+    forkedChild.load()();
+    heldDuringFork.load()->unlock();
+}
 
 } // namespace
 
+// A child whose parent was registering has no thread that would finish: it registers itself.
 void holdDuringFork(Mutex& mutex, void (*inChild)())
 {
-    for (int state; (state = forkHandlers.load(std::memory_order_acquire)) != done;) {
-        if (state == beingDone || !forkHandlers.compare_exchange_strong(state, beingDone)) {
+    const std::uint32_t process = processId();
+    for (std::uint32_t state; (state = registrar.load(std::memory_order_acquire)) != done;) {
+        if (state == process || !registrar.compare_exchange_strong(state, process)) {
             sched_yield();
             continue;
         }
         heldDuringFork = &mutex;
         forkedChild = inChild;
-        const auto lock = [] { heldDuringFork.load()->lock(); };
-        const auto unlock = [] { heldDuringFork.load()->unlock(); };
-        const auto unlockInChild = [] {
-            forkedChild.load()();
-            heldDuringFork.load()->unlock();
-        };
-        const bool registered = pthread_atfork(lock, unlock, unlockInChild) == 0;
-        forkHandlers.store(registered ? done : notDone, std::memory_order_release);
+        const bool registered = pthread_atfork(lockBeforeFork, unlockAfterFork, unlockInChild) == 0;
+        registrar.store(registered ? done : notDone, std::memory_order_release);
         if (!registered) return; // no memory: the next call tries again
     }
 }
