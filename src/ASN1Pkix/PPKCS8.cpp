@@ -19,7 +19,7 @@ namespace vrno {
 namespace {
 
 constexpr int schemePbkdf1 = 7, schemeFixedIv = 8, lastClassicScheme = 13, schemePbes2 = 24;
-constexpr int saltLength = 8, sha1Length = 20, seedKeyLength = 16, seedIvLength = 16;
+constexpr int saltLength = 8, seedKeyLength = 16, seedIvLength = 16;
 constexpr int insidePbes2 = 2; // of m_nSchemeContext
 
 constexpr const char* oidSeedWithSha1 = "1 2 410 200004 1 15";
@@ -130,12 +130,12 @@ int PPKCS8::PBKDF2()
 {
     const bool derivesIv = m_bsIv.getLength() == 0;
     const int keyLength = m_nDerivedLength - m_nIvLength, used = derivesIv ? m_nDerivedLength : keyLength;
-    SecretArea<2 * sha1Length> t;
+    SecretArea<seedKeyLength + seedIvLength + 8> t; // two blocks
     if (used > static_cast<int>(sizeof t.bytes)) return fail(*this, 1, "m_nDerivedLength", "Two blocks are not enough.");
-    for (int done = 0; done < used; done += sha1Length) {
+    for (int done = 0; done < used; done += m_nHashLength) {
         SecretString block;
-        if (PBKDF2_F(static_cast<unsigned char>(done / sha1Length), block) > 0) return fail(*this, 1, "this", *this);
-        if (block.getLength() != sha1Length) return fail(*this, 1, "m_nIterationCount", "There is no block.");
+        if (PBKDF2_F(static_cast<unsigned char>(done / m_nHashLength), block) > 0) return fail(*this, 1, "this", *this);
+        if (block.getLength() != m_nHashLength) return fail(*this, 1, "m_nIterationCount", "There is no block.");
         std::memcpy(t.bytes + done, block.getBytes(), static_cast<std::size_t>(block.getLength()));
     }
     if (m_bsKey.setData(t.bytes, keyLength) > 0) return fail(*this, 1, "m_bsKey", memoryFailure);
