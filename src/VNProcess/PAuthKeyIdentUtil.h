@@ -1,7 +1,7 @@
 // The authority key identifier (RFC 5280, 4.2.1.1) as text.
 #pragma once
 
-#include "ASN1Pkix/RNames.h"
+#include "ASN1Pkix/records/RNames.h"
 #include "VNProcess/Rendering.h"
 
 namespace vrno {

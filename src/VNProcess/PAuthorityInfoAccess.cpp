@@ -1,6 +1,6 @@
 #include "VNProcess/PAuthorityInfoAccess.h"
 
-#include "ASN1Pkix/RExtensions.h"
+#include "ASN1Pkix/records/RExtensions.h"
 #include "VNProcess/PGeneralNameUtil.h"
 #include "text/Ksc.h"
 

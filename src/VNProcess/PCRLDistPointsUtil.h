@@ -1,7 +1,7 @@
 // The CRL distribution points (RFC 5280, 4.2.1.13) as text, and the places to fetch a CRL from.
 #pragma once
 
-#include "ASN1Pkix/RExtensions.h"
+#include "ASN1Pkix/records/RExtensions.h"
 #include "VNProcess/Rendering.h"
 
 namespace vrno {

@@ -1,6 +1,6 @@
 #include "VNProcess/PCertUtil2.h"
 
-#include "ASN1Pkix/UDNSettings.h"
+#include "ASN1Pkix/records/UDNSettings.h"
 
 #include <new>
 

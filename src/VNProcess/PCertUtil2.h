@@ -1,7 +1,7 @@
 // The loaded certificate.
 #pragma once
 
-#include "ASN1Pkix/RCertificate.h"
+#include "ASN1Pkix/records/RCertificate.h"
 #include "base/Objects.h"
 
 #include <memory>

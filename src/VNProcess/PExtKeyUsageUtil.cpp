@@ -1,6 +1,6 @@
 #include "VNProcess/PExtKeyUsageUtil.h"
 
-#include "ASN1Pkix/RExtensions.h"
+#include "ASN1Pkix/records/RExtensions.h"
 #include "VNProcess/Rendering.h"
 
 namespace vrno {

@@ -1,6 +1,6 @@
 #include "VNProcess/PGeneralNameUtil.h"
 
-#include "ASN1Pkix/PIdentifyDataUtil.h"
+#include "VNProcess/PIdentifyDataUtil.h"
 #include "text/Ksc.h"
 
 #include <iterator>

@@ -1,7 +1,7 @@
 // One GeneralName (RFC 5280, 4.2.1.6) as a label and a value.
 #pragma once
 
-#include "ASN1Pkix/RNames.h"
+#include "ASN1Pkix/records/RNames.h"
 #include "VNProcess/Rendering.h"
 
 namespace vrno {

@@ -1,7 +1,7 @@
 // The certificate policies (RFC 5280, 4.2.1.4) as text, and the list of their identifiers.
 #pragma once
 
-#include "ASN1Pkix/RPolicies.h"
+#include "ASN1Pkix/records/RPolicies.h"
 #include "VNProcess/Rendering.h"
 
 #include <memory>

@@ -1,5 +1,5 @@
 // VRNO_MEDIA_Load, _Unload and _CARD_*: items that a storage library reads from a smart card.
-#include "ASN1Pkix/PPrivateKey.h"
+#include "ASN1Pkix/keys/PPrivateKey.h"
 #include "api/prikey.h"
 #include "base/wipe.h"
 #include "platform/platform.h"

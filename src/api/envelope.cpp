@@ -2,7 +2,7 @@
 #include "api/envelope.h"
 
 #include "ASN1/ASN1BitString.h"
-#include "ASN1Pkix/PEnvelopedData.h"
+#include "ASN1Pkix/envelope/PEnvelopedData.h"
 #include "VNCrypto/VNCodes.h"
 #include "api/crypt.h"
 

@@ -1,5 +1,5 @@
 // VRNO_CERT_*: the extensions of the loaded certificate as text.
-#include "ASN1Pkix/RExtensions.h"
+#include "ASN1Pkix/records/RExtensions.h"
 #include "VNProcess/PAuthKeyIdentUtil.h"
 #include "VNProcess/PAuthorityInfoAccess.h"
 #include "VNProcess/PCRLDistPointsUtil.h"

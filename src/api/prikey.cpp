@@ -1,8 +1,8 @@
 // VRNO_PRIKEY_*: private keys under a password, and the test of a key pair.
 #include "api/prikey.h"
 
-#include "ASN1Pkix/PCryptUtil.h"
-#include "ASN1Pkix/PPKCS8.h"
+#include "ASN1Pkix/keys/PCryptUtil.h"
+#include "ASN1Pkix/keys/PPKCS8.h"
 
 using namespace vrno;
 

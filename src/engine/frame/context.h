@@ -4,7 +4,7 @@
 #include "engine/digest/hmac.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
-#include "engine/frame/hash_id.h"
+#include "engine/digest/hash_id.h"
 #include "engine/frame/zirc.h"
 #include "engine/kcdsa/kcdsa.h"
 #include "engine/rsa/rsa.h"

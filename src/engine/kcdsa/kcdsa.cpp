@@ -6,7 +6,7 @@
 #include "engine/der/der.h"
 #include "engine/digest/has160.h"
 #include "engine/digest/sha1.h"
-#include "engine/frame/hash_id.h"
+#include "engine/digest/hash_id.h"
 
 #include <cstring>
 #include <initializer_list>

@@ -5,7 +5,7 @@
 #include "engine/bignum/rows.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
-#include "engine/frame/hash_id.h"
+#include "engine/digest/hash_id.h"
 #include "engine/random/random.h"
 
 #include <algorithm>

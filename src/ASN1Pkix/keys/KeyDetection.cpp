@@ -1,0 +1,171 @@
+#include "ASN1Pkix/keys/KeyDetection.h"
+
+#include "ASN1Pkix/records/RKeys.h"
+#include "VNCrypto/VNCodes.h"
+
+namespace vrno {
+
+const KeySide privateSide{
+    .className = "PPrivateKey",
+    .detection = "GetPrivateKeyAlgorithm",
+    .oidName = "bsPrivateKeyAlgorithm",
+    .dsa = {26, "The DSA is not supported."},
+    .diffieHellman = {34, "The DH is not supported."},
+    .elliptic = {49, "The ECDSA and ECKCDSA are not supported"},
+    .unknown = {50, "bsPrivateKeyAlgorithm(%s) is unknwon algorithm."},
+    .rsaName = "rsaPrivateKey",
+    .rsaSize = {5, "The RSA %dbit is not supported."},
+    .rsaEncodeCode = 6,
+    .domainCode = 8,
+    .hashName = "nHashAlg",
+    .signature = "genSignature",
+    .pssCode = 11,
+    .hashCode1024 = 12,
+    .hashCode2048 = 13,
+};
+
+const KeySide publicSide{
+    .className = "PPublicKey",
+    .detection = "GetPublicKeyAlgorithm",
+    .oidName = "bsPublicKeyAlgorithm",
+    .dsa = {21, "DSA is not supported"},
+    .diffieHellman = {29, "DH is not supported"},
+    .elliptic = {43, "The ECDSA and ECKCDSA are not supported"},
+    .unknown = {42, "bsPublicKeyAlgorithm(%s) is unknwon algorithm."},
+    .rsaName = "rsaPublicKey",
+    .rsaSize = {2, "nLen(%d) is not proper RSA public key length."},
+    .rsaEncodeCode = 3,
+    .domainCode = 5,
+    .hashName = "nHashAlgorithm",
+    .signature = "verifySignature",
+    .pssCode = 6,
+    .hashCode1024 = 9,
+    .hashCode2048 = 10,
+};
+
+// ---- the family ----
+
+namespace {
+
+struct Family {
+    const char* oid;
+    KeyFamily family;
+    Refusal KeySide::*refusal = nullptr;
+};
+
+constexpr Family families[] = {
+    {"1 2 840 113549 1 1 1", KeyFamily::rsa},
+    {"1 2 410 200004 1 1", KeyFamily::kcdsa},
+    {"1 2 410 200004 1 21", KeyFamily::kcdsa},
+    {"1 2 840 10040 4 1", KeyFamily::refused, &KeySide::dsa},
+    {"1 2 840 10046 2 1", KeyFamily::refused, &KeySide::diffieHellman},
+    {"1 2 840 10045 2 1", KeyFamily::refused, &KeySide::elliptic},
+    {"1 2 410 200004 1 100 2 1", KeyFamily::refused, &KeySide::elliptic},
+    {"1 2 840 10045 4 1", KeyFamily::refused, &KeySide::elliptic},
+};
+
+} // namespace
+
+static const Family* findFamily(const ByteString& oid)
+{
+    const auto* const end = std::end(families);
+    const auto* const known = std::find_if(std::begin(families), end, [&](const Family& row) { return oid == row.oid; });
+    return known == end ? nullptr : known;
+}
+
+bool needsPublicKey(const ByteString& oid)
+{
+    const Family* const known = findFamily(oid);
+    return known && (known->family == KeyFamily::kcdsa || known->refusal == &KeySide::dsa);
+}
+
+KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid, int* code)
+{
+    const Family* const known = findFamily(oid);
+    if (known && known->family != KeyFamily::refused) return known->family;
+    const Refusal& refusal = known ? side.*known->refusal : side.unknown;
+    const ByteString message = formatted(refusal.message, oid.getText());
+    *code = side.fail(object, refusal.code, side.oidName, message.getText(), Here::now().in(side.detection));
+    return KeyFamily::refused;
+}
+
+// ---- RSA ----
+
+int rsaKeyCode(int modulusLength)
+{
+    if (modulusLength == 128) return VNAlgorithm::rsa1024();
+    return modulusLength == 256 ? VNAlgorithm::rsa2048() : 0;
+}
+
+namespace {
+
+struct SignatureRow {
+    int hashAlg;
+    bool pss;
+    int code1024, code2048;
+};
+
+constexpr SignatureRow signatureRows[] = {
+    {1002, false, 7001, 7002},
+    {VNAlgorithm::sha1(), false, 7011, 7012},
+    {VNAlgorithm::sha1(), true, 7060, 7061},
+    {1012, false, 7070, 7071},
+};
+
+} // namespace
+
+int rsaSignatureCode(PObject& object, const KeySide& side, int keyCode, int hashAlg, int pss, int* signatureCode)
+{
+    const Here at = Here::now().in(side.signature);
+    const bool is1024 = keyCode == VNAlgorithm::rsa1024();
+    bool hasColumn = false;
+    for (const SignatureRow& row : signatureRows) {
+        if (row.hashAlg != hashAlg) continue;
+        hasColumn = true;
+        if (row.pss != (pss == 1)) continue;
+        *signatureCode = is1024 ? row.code1024 : row.code2048;
+        return 0;
+    }
+    if (hasColumn && pss == 1) {
+        return side.fail(object, side.pssCode, "nHashAlgo", "The SHA256, MD5 With RSA-PSS is not supported.", at);
+    }
+    const ByteString message = formatted("The Hash algorithm (%d) does not suppoted for RSA signature.", hashAlg);
+    return side.fail(object, is1024 ? side.hashCode1024 : side.hashCode2048, "nHashAlgo", message.getText(), at);
+}
+
+// ---- KCDSA ----
+
+// Hands one number over as its octets; false for a negative one, or when there is no memory.
+static bool copyNumber(RKCDSAParameters& from, ByteString& (RKCDSAParameters::*get)(), RKCDSAParameters& to,
+                       int (RKCDSAParameters::*set)(ByteString&))
+{
+    ByteString& octets = (from.*get)();
+    return from.getLastError() == 0 && (to.*set)(octets) == 0;
+}
+
+int kcdsaDomain(PObject& object, const KeySide& side, ByteString& parameters, int hashAlg, ByteString& domain)
+{
+    constexpr int supportedLength = 128;
+    const Here at = Here::now().in(side.detection);
+    RKCDSAParameters kcdsaParams, reduced;
+    if (kcdsaParams.fromASN1Object(parameters) > 0) return side.fail(object, side.domainCode, "kcdsaParams", kcdsaParams, at);
+    const bool isReduced = copyNumber(kcdsaParams, &RKCDSAParameters::getP, reduced, &RKCDSAParameters::setP) &&
+                           copyNumber(kcdsaParams, &RKCDSAParameters::getQ, reduced, &RKCDSAParameters::setQ) &&
+                           copyNumber(kcdsaParams, &RKCDSAParameters::getG, reduced, &RKCDSAParameters::setG);
+    if (!isReduced) return side.fail(object, side.domainCode, "kcdsaParams", kcdsaParams, at);
+    domain = reduced.toASN1Object();
+    const bool lost = reduced.getLastError() > 0 || domain.getError() > 0;
+    if (lost) return side.fail(object, side.domainCode, "kcdsaParams", reduced, at);
+    if (hashAlg != VNAlgorithm::sha1()) {
+        return side.fail(object, 9, side.hashName, "Only support sha1WithKCDSA, has160WithKCDSA.", at);
+    }
+    const int length = reduced.getP().getLength();
+    if (reduced.getLastError() > 0) return side.fail(object, side.domainCode, "kcdsaParams", reduced, at);
+    if (length != supportedLength) {
+        const ByteString message = formatted("The SHA1 with KCDSA %dbit is not supported.", 8 * std::min(length, INT_MAX / 8));
+        return side.fail(object, 12, keySizeName, message.getText(), at);
+    }
+    return 0;
+}
+
+} // namespace vrno

@@ -1,0 +1,20 @@
+// AlgorithmIdentifiers of content ciphers.
+#pragma once
+
+#include "ASN1Pkix/records/RAlgorithmIdentifier.h"
+#include "base/Objects.h"
+
+namespace vrno {
+
+inline constexpr const char* oidSeedCbc = "1 2 410 200004 1 4";
+
+class PAlgorithmUtil : public PObject {
+public:
+    static constexpr const char* className = "PAlgorithmUtil";
+
+    // Facade codes, of which SEED in CBC mode is supported: its parameters are the IV (RFC 4010). 8: another algorithm,
+    // 2: another mode, 9 to 11: no memory.
+    int makeSymmetricAlgID(int alg, int mode, ByteString& iv, RAlgorithmIdentifier& out);
+};
+
+} // namespace vrno

@@ -1,0 +1,25 @@
+#include "ASN1Pkix/keys/PCryptUtil.h"
+
+#include "ASN1Pkix/keys/PPrivateKey.h"
+#include "ASN1Pkix/keys/PPublicKey.h"
+#include "VNCrypto/VNCodes.h"
+
+#include <cstring>
+
+namespace vrno {
+
+static constexpr const char* textToSign = "Do this private key and this certificate belong together?";
+
+int PCryptUtil::verifySignatureWithCert(ByteString& certificate, ByteString& privateKeyInfo)
+{
+    ByteString text(textToSign, static_cast<int>(std::strlen(textToSign))), signature;
+    PPrivateKey privateKey;
+    if (privateKey.genSignature(privateKeyInfo, VNAlgorithm::sha1(), text, signature, &certificate, 1, 0) > 0) {
+        return fail(*this, 1, "privateKey", privateKey);
+    }
+    PPublicKey publicKey;
+    if (publicKey.verifySignatureWithCert(certificate, text, signature, 0, 0) > 0) return fail(*this, 2, "publicKey", publicKey);
+    return 0;
+}
+
+} // namespace vrno

@@ -1,0 +1,161 @@
+#include "ASN1Pkix/records/RCertificate.h"
+
+namespace vrno {
+
+// ---- Validity ----
+
+// Validity ::= SEQUENCE { notBefore Time, notAfter Time }
+template <class V> void RValidity::walk(V& v)
+{
+    v.exactly(2, "The number of components is not 2.");
+    v.required(anyTag, NAMED(m_notBefore), 3, 1);
+    v.required(anyTag, NAMED(m_notAfter), 5, 2);
+    v.end(3);
+}
+
+int RValidity::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+ByteString& RValidity::toASN1Object()
+{
+    return encode(*this);
+}
+
+// ---- SubjectPublicKeyInfo ----
+
+// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
+template <class V> void RSubjectPublicKeyInfo::walk(V& v)
+{
+    v.exactly(2, "The number of components is not 2.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_algorithm), 3, 1, "algorithm component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_subjectPublicKey), 6, 2,
+               "subjectPublicKey component is not ASN1_TAG_BITSTRING.");
+    v.end(3);
+}
+
+int RSubjectPublicKeyInfo::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+ByteString& RSubjectPublicKeyInfo::toASN1Object()
+{
+    return encode(*this);
+}
+
+ByteString& RSubjectPublicKeyInfo::getSubjectPublicKey()
+{
+    return bitOctets(*this, NAMED(m_subjectPublicKey));
+}
+
+// ---- Extension ----
+
+// Extension ::= SEQUENCE { extnID OBJECT IDENTIFIER, critical BOOLEAN DEFAULT FALSE, extnValue OCTET STRING }
+void RExtension::walk(Decoder& v)
+{
+    v.between(2, 3, "asnSeq.getComponentCount()", "The number of components is not 2 or 3.");
+    v.required(Universal{ASN1_TAG_OID, "m_extnID"}, NAMED(m_extnID), 3, 0, "extnID component is not ASN1_TAG_OID.");
+    if (v.spare()) v.required(Universal{ASN1_TAG_BOOLEAN}, NAMED(m_critical), 6, 0, "critical component is not ASN1_TAG_BOOLEAN.");
+    v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_extnValue), 9, 0, "extnValue component is not ASN1_TAG_OCTETSTRING.");
+}
+
+int RExtension::fromASN1Object(ByteString& data)
+{
+    m_critical.setBoolValue(false);
+    return decode(*this, data);
+}
+
+ByteString& RExtension::getExtensionID()
+{
+    return oidText(*this, NAMED(m_extnID));
+}
+
+ByteString& RExtension::getValue()
+{
+    m_nLastError = 0;
+    return m_extnValue.getValue();
+}
+
+// ---- TBSCertificate ----
+
+RTBSCertificate::RTBSCertificate()
+{
+    setDefaultVersion();
+}
+
+void RTBSCertificate::setDefaultVersion()
+{
+    m_version.setIntValue(0);
+    m_version.setExplicitTag(0, contextClass);
+}
+
+// TBSCertificate ::= SEQUENCE {
+//     version [0] EXPLICIT INTEGER DEFAULT v1, serialNumber INTEGER, signature AlgorithmIdentifier, issuer Name,
+//     validity Validity, subject Name, subjectPublicKeyInfo SubjectPublicKeyInfo,
+//     issuerUniqueID [1] IMPLICIT BIT STRING OPTIONAL, subjectUniqueID [2] IMPLICIT BIT STRING OPTIONAL,
+//     extensions [3] EXPLICIT Extensions OPTIONAL }
+template <class V> void RTBSCertificate::walk(V& v)
+{
+    v.atLeast(6, "At least 6 components are required.");
+    v.optional(Option{0}, 0x01, NAMED(m_version), 3, 1);
+    if constexpr (V::decoding) {
+        if ((m_ucBitMask & 0x01) == 0) setDefaultVersion();
+    }
+    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_serialNumber), 5, 2, "serialNumber component is not ASN1_TAG_INTEGER.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_signature), 8, 3, "signature component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_issuer), 11, 4, "issuer component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_validity), 14, 5, "validity component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_subject), 17, 6, "subject component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_subjectPublicKeyInfo), 20, 7,
+               "subjectPublicKeyInfo component is not ASN1_TAG_SEQUENCE.");
+    v.optional(Option{1}, 0x02, NAMED(m_issuerUniqueID), 23, 8);
+    v.optional(Option{2}, 0x04, NAMED(m_subjectUniqueID), 25, 9);
+    v.optional(Option{3}, 0x08, NAMED(m_extensions), 27, 10);
+    v.end(11);
+}
+
+int RTBSCertificate::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+ByteString& RTBSCertificate::toASN1Object()
+{
+    return encode(*this);
+}
+
+ByteString& RTBSCertificate::getSerialNumber(bool keepSign)
+{
+    m_nLastError = 0;
+    m_serialNumber.getBytes(m_bsOutput, keepSign);
+    if (m_bsOutput.isNull() && m_serialNumber.getValueLength() > 0) {
+        return failOutput(*this, 1, "m_serialNumber", "Memory Allocation Error");
+    }
+    return m_bsOutput;
+}
+
+// ---- Certificate ----
+
+// Certificate ::= SEQUENCE { tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT STRING }
+void RCertificate::walk(Decoder& v)
+{
+    v.exactly(3, "The number of components is not 3.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_tbsCertificate), 3, 0, "tbsCertificate component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_signatureAlgorithm), 6, 0,
+               "signatureAlgorithm component is not ASN1_TAG_SEQUENCE.");
+    v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_signature), 9, 0, "signature component is not ASN1_TAG_BITSTRING.");
+}
+
+int RCertificate::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+ByteString& RCertificate::getSignature()
+{
+    return bitOctets(*this, NAMED(m_signature));
+}
+
+} // namespace vrno

@@ -1,0 +1,137 @@
+#include "ASN1Pkix/records/RExtensions.h"
+
+namespace vrno {
+
+// ---- basic constraints ----
+
+// BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER (0..MAX) OPTIONAL }
+void RBasicConstraints::walk(Decoder& v)
+{
+    v.optional(Universal{ASN1_TAG_BOOLEAN}, 0x01, NAMED(m_cA), 3, 0);
+    if ((m_ucBitMask & 0x01) == 0) v.rule(m_cA.setBoolValue(false) == 0, 5, "m_cA", "Memory Allocation Error");
+    v.optional(Universal{ASN1_TAG_INTEGER}, 0x02, NAMED(m_pathLenConstraint), 6, 0);
+}
+
+int RBasicConstraints::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+// ---- extended key usage ----
+
+ByteString& RExtKeyUsageSyntax::get(int index)
+{
+    ByteString& encoded = element(*this, NAMED(m_SEQ), index);
+    if (m_nLastError > 0) return encoded;
+    ASN1ObjectIdentifier asnKeyPurposeId;
+    if (asnKeyPurposeId.fromASN1Object(encoded) > 0) return failOutput(*this, 2, "asnKeyPurposeId", asnKeyPurposeId);
+    m_bsOutput = asnKeyPurposeId.getOID(' ');
+    if (asnKeyPurposeId.getLastError() > 0) return failOutput(*this, 3, "asnKeyPurposeId", asnKeyPurposeId);
+    if (m_bsOutput.getError() > 0) return failOutput(*this, 3, "asnKeyPurposeId", "Memory Allocation Error");
+    return m_bsOutput;
+}
+
+// ---- authority key identifier ----
+
+// AuthorityKeyIdentifier ::= SEQUENCE {
+//     keyIdentifier [0] OCTET STRING OPTIONAL, authorityCertIssuer [1] GeneralNames OPTIONAL,
+//     authorityCertSerialNumber [2] INTEGER OPTIONAL }
+//
+// What stands in [1] begins with an option tag, so the list reads it as the contents of a SEQUENCE in that wrapper.
+void RAuthorityKeyIdentifier::walk(Decoder& v)
+{
+    v.optional(Option{0}, 0x01, NAMED(m_keyIdentifier), 2, 0);
+    v.optional(Option{1}, 0x02, NAMED(m_authorityCertIssuer), 4, 0);
+    v.optional(Option{2}, 0x04, NAMED(m_authorityCertSerialNumber), 6, 0);
+    const int pair = m_ucBitMask & 0x06;
+    v.rule(pair == 0 || pair == 0x06, 4, "authorityCertIssuer and authorityCertSerialNumber",
+           "authorityCertIssuer and authorityCertSerialNumber shall both be present or both be absent");
+}
+
+int RAuthorityKeyIdentifier::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+ByteString& RAuthorityKeyIdentifier::getKeyIdentifier()
+{
+    return relay(*this, m_keyIdentifier.getValue(), NAMED(m_keyIdentifier));
+}
+
+ByteString& RAuthorityKeyIdentifier::getAuthorityCertSerialNumberByteString()
+{
+    return magnitude(*this, NAMED(m_authorityCertSerialNumber), "Serial Number is Negative");
+}
+
+// ---- CRL distribution points ----
+
+// DistributionPointName ::= CHOICE { fullName [0] GeneralNames, nameRelativeToCRLIssuer [1] RelativeDistinguishedName }
+int RDistributionPointName::fromASN1Object(ByteString& data)
+{
+    m_ucBitMask = 0;
+    ByteString element;
+    if (const int code = unwrap(*this, data, element)) return code;
+    ASN1Object asnObj;
+    if (asnObj.fromASN1Object(element) > 0) return fail(*this, 3, "asnObj", asnObj);
+    switch (asnObj.getOptionTagNo()) {
+    case 0:
+        m_ucBitMask = 0x01;
+        element.setAt(0, ASN1_TAG_SEQUENCE | constructedBit);
+        return m_fullName.fromASN1Object(element) > 0 ? fail(*this, 3, "m_fullName", m_fullName) : 0;
+    case 1:
+        m_ucBitMask = 0x02;
+        element.setAt(0, ASN1_TAG_SET | constructedBit);
+        if (m_nameRelativeToCRLIssuer.fromASN1Object(element) == 0) return 0;
+        return fail(*this, 4, "m_nameRelativeToCRLIssuer", m_nameRelativeToCRLIssuer);
+    default:
+        return fail(*this, 5, "m_ucBitMask", "Any component dose not chosen.");
+    }
+}
+
+// DistributionPoint ::= SEQUENCE {
+//     distributionPoint [0] DistributionPointName OPTIONAL, reasons [1] ReasonFlags OPTIONAL, cRLIssuer [2] GeneralNames OPTIONAL }
+void RDistributionPoint::walk(Decoder& v)
+{
+    ASN1Sequence asnSeqDP;
+    v.optional(Option{0}, 0x01, NAMED(asnSeqDP), 2, 0);
+    if ((m_ucBitMask & 0x01) != 0) {
+        const bool named = m_distributionPoint.fromASN1Object(asnSeqDP.getComponent(0)) == 0;
+        v.rule(named, 4, "m_distributionPoint", m_distributionPoint.getErrorTrail().getText());
+    }
+    v.optional(Option{1}, 0x02, NAMED(m_reasons), 5, 0);
+    v.optional(Implicit{2, ASN1_TAG_SEQUENCE | constructedBit}, 0x04, NAMED(m_cRLIssuer), 7, 0);
+}
+
+int RDistributionPoint::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+int RDistributionPoint::getReasons(ByteString& bits, int* unusedBits)
+{
+    bits = m_reasons.getBitString(unusedBits);
+    if (m_reasons.getLastError() > 0) return fail(*this, 1, "m_reasons", m_reasons);
+    return bits.getError() > 0 ? fail(*this, 1, "m_reasons", "Memory Allocation Error") : 0;
+}
+
+// ---- authority information access ----
+
+// AccessDescription ::= SEQUENCE { accessMethod OBJECT IDENTIFIER, accessLocation GeneralName }
+void RAccessDescription::walk(Decoder& v)
+{
+    v.exactly(2, "The number of components is not 2.");
+    v.required(Universal{ASN1_TAG_OID}, NAMED(m_accessMethod), 3, 0, "First component is not ASN1_TAG_OID.");
+    v.required(anyTag, NAMED(m_accessLocation), 6, 0);
+}
+
+int RAccessDescription::fromASN1Object(ByteString& data)
+{
+    return decode(*this, data);
+}
+
+ByteString& RAccessDescription::getsetAccessMethod()
+{
+    return oidText(*this, NAMED(m_accessMethod));
+}
+
+} // namespace vrno

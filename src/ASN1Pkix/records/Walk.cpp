@@ -1,0 +1,106 @@
+#include "ASN1Pkix/records/Walk.h"
+
+namespace vrno {
+
+// ---- decoding ----
+
+Decoder::Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at, const char* method)
+    : m_record(record), m_class(recordClass), m_method(method), m_mask(mask)
+{
+    constexpr int mostRows = 16; // more than any record has
+    if (m_mask) *m_mask = 0;
+    m_asnSeq.keepOnly(mostRows);
+    if (m_asnSeq.fromASN1Object(data) > 0) refuse(1, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    if (m_code == 0) m_record.takeOptionTag(m_asnSeq);
+    m_spare = m_code == 0 ? m_asnSeq.getComponentCount() : 0;
+}
+
+void Decoder::refuse(int code, const char* name, const char* message, Here at)
+{
+    m_code = code;
+    m_spare = 0;
+    m_record.addTrailFrame(at.file, at.line, m_class, m_method, name, code, message);
+}
+
+void Decoder::counted(int least, int most, const char* name, const char* message, Here at)
+{
+    if (m_code > 0) return;
+    const int count = m_asnSeq.getComponentCount();
+    m_spare = count - least;
+    if (count < least || count > most) refuse(2, name, message, at);
+}
+
+void Decoder::taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at)
+{
+    if (m_code == 0 && !tagFits) refuse(code + 2, tagFrame, message, at);
+    row(member, code, at);
+}
+
+void Decoder::optionalRow(unsigned char bit, Member member, int code, Here at)
+{
+    row(member, code, at);
+    if (m_code > 0) return;
+    *m_mask |= bit;
+    --m_spare;
+}
+
+ByteString* Decoder::fetch(int code, Here at)
+{
+    if (m_code > 0) return nullptr;
+    const bool isLast = m_index == m_asnSeq.getComponentCount() - 1; // which may be a large one
+    ByteString& component = isLast ? m_asnSeq.takeLastComponent() : m_asnSeq.getComponent(m_index);
+    if (m_asnSeq.getLastError() > 0) {
+        refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+        return nullptr;
+    }
+    ++m_index;
+    return &component;
+}
+
+void Decoder::row(Member member, int code, Here at)
+{
+    ByteString* const component = fetch(code, at);
+    if (!component) return;
+    if (m_firstOctet != 0) component->setAt(0, m_firstOctet);
+    m_firstOctet = 0;
+    if (member.ops->decode(member.object, *component) > 0) {
+        refuse(code + 1, member.name, member.ops->trail(member.object), at);
+    }
+}
+
+// ---- encoding ----
+
+Encoder::Encoder(RObject& record, const char* recordClass, const unsigned char* mask)
+    : m_record(record), m_class(recordClass), m_mask(mask)
+{
+    m_record.m_nLastError = 0;
+    m_record.m_bsOutput.clear();
+}
+
+void Encoder::refuse(int code, const char* name, const char* trail, Here at)
+{
+    if (m_record.m_nLastError > 0) return;
+    m_record.m_nLastError = code;
+    m_record.addTrailFrame(at.file, at.line, m_class, "toASN1Object", name, code, trail);
+}
+
+// A member's output is used up: a large one's block becomes the sequence's value, which end() makes the record's output.
+void Encoder::row(Member member, int code, Here at)
+{
+    if (m_record.m_nLastError > 0) return;
+    ByteString& encoded = member.ops->encode(member.object);
+    if (member.ops->lastError(member.object) > 0) return refuse(code, member.name, member.ops->trail(member.object), at);
+    const bool isScratch = &encoded == member.ops->scratch(member.object);
+    const int lost = isScratch ? m_asnSeq.takeComponent(encoded) : m_asnSeq.addComponent(encoded, -1);
+    if (lost > 0) refuse(code, member.name, m_asnSeq.getErrorTrail().getText(), at);
+}
+
+void Encoder::end(int code, Here at)
+{
+    if (m_record.m_nLastError > 0) return;
+    m_record.putOptionTag(m_asnSeq);
+    m_record.m_bsOutput.swap(m_asnSeq.useUpAsASN1Object());
+    if (m_asnSeq.getLastError() > 0) refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+}
+
+} // namespace vrno

@@ -1,0 +1,55 @@
+#include "engine/frame/seed_slots.h"
+
+#include "base/wipe.h"
+#include "engine/seed/seed.h"
+
+#include <cstring>
+
+namespace vrno {
+
+static_assert(sizeof(SEED_Schedule) == seedScheduleLength);
+
+static int generateKey(ZIRC_Context&, unsigned char* output, const unsigned char* userKey)
+{
+    SEED_Schedule schedule;
+    SEED_SetKey(schedule, userKey);
+    std::memcpy(output, &schedule, sizeof schedule);
+    wipe(&schedule, sizeof schedule);
+    return 0;
+}
+
+static int setKey(ZIRC_Context& context, const unsigned char* key, int length)
+{
+    if (length < context.sizes.nKeyLen) return 1;
+    std::memcpy(&context.keyArea.seed, key, sizeof context.keyArea.seed);
+    context.keyAreaUsed = sizeof context.keyArea.seed;
+    return 0;
+}
+
+using CbcRoutine = void (*)(const SEED_Schedule&, unsigned char*, const unsigned char*, std::size_t, unsigned char*);
+
+// One run of CBC over whole blocks, from the context's chaining value and back to it.
+static int runCbc(ZIRC_Context& context, CbcRoutine routine, unsigned char* output, int* outputLength, const unsigned char* input,
+                  int inputLength)
+{
+    if (inputLength % context.sizes.nInputBlockLen != 0) return 1;
+    routine(context.keyArea.seed, output, input, static_cast<std::size_t>(inputLength), context.iv);
+    *outputLength = inputLength;
+    return 0;
+}
+
+static int encrypt(ZIRC_Context& context, int, unsigned char* output, int* outputLength, const unsigned char* input,
+                   int inputLength)
+{
+    return runCbc(context, SEED_CbcEncrypt, output, outputLength, input, inputLength);
+}
+
+static int decrypt(ZIRC_Context& context, int, unsigned char* output, int* outputLength, const unsigned char* input,
+                   int inputLength)
+{
+    return runCbc(context, SEED_CbcDecrypt, output, outputLength, input, inputLength);
+}
+
+const Slots seedSlots{.fnGenerateKey = generateKey, .fnSetKey = setKey, .fnEncrypt = encrypt, .fnDecrypt = decrypt};
+
+} // namespace vrno

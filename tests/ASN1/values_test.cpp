@@ -1,0 +1,331 @@
+// The ASN.1 values: decoding and encoding of every class, and what their typed accessors add.
+#include "ASN1/ASN1BitString.h"
+#include "ASN1/ASN1Boolean.h"
+#include "ASN1/ASN1Integer.h"
+#include "ASN1/ASN1Null.h"
+#include "ASN1/ASN1ObjectIdentifier.h"
+#include "ASN1/ASN1OctetString.h"
+#include "ASN1/ASN1Sequence.h"
+#include "ASN1/ASN1Strings.h"
+#include "ASN1/ASN1Times.h"
+#include "support/support.h"
+
+#include <map>
+#include <memory>
+
+using namespace vrno;
+using namespace test;
+
+template <class Value> static std::unique_ptr<ASN1Object> make()
+{
+    return std::make_unique<Value>();
+}
+
+TEST(Values, DecodeAndEncodeAsTheTableSays)
+{
+    const std::map<std::string, std::unique_ptr<ASN1Object> (*)()> classes = {
+        {"ASN1Object", make<ASN1Object>},
+        {"ASN1Boolean", make<ASN1Boolean>},
+        {"ASN1Integer", make<ASN1Integer>},
+        {"ASN1BitString", make<ASN1BitString>},
+        {"ASN1OctetString", make<ASN1OctetString>},
+        {"ASN1Null", make<ASN1Null>},
+        {"ASN1Sequence", make<ASN1Sequence>},
+        {"ASN1ObjectIdentifier", make<ASN1ObjectIdentifier>},
+        {"ASN1Set", make<ASN1Set>},
+        {"ASN1PrintableString", make<ASN1PrintableString>},
+        {"ASN1IA5String", make<ASN1IA5String>},
+        {"ASN1VisibleString", make<ASN1VisibleString>},
+        {"ASN1T61String", make<ASN1T61String>},
+        {"ASN1UTF8String", make<ASN1UTF8String>},
+        {"ASN1BMPString", make<ASN1BMPString>},
+        {"ASN1UTCTime", make<ASN1UTCTime>},
+    };
+    for (const Case& c : cases("values.txt", 5)) {
+        SCOPED_TRACE(c.where);
+        const auto value = classes.at(c[0])();
+        const std::string input = der(c[1]);
+        // The input in a block of its own, so that a read behind it shows under AddressSanitizer.
+        ByteString data;
+        if (!input.empty()) data = byteString(input);
+        const bool encodingFails = c[2] == "1!";
+        const int code = value->fromASN1Object(data);
+        EXPECT_EQ(code, encodingFails ? 0 : std::stoi(c[2]));
+        if (encodingFails) {
+            EXPECT_EQ(bytes(value->toASN1Object()), "");
+            EXPECT_EQ(value->getLastError(), 1);
+        }
+        if (code != 0 || encodingFails) {
+            EXPECT_EQ(placeless(bytes(value->getErrorTrail())), c[3]);
+        } else {
+            EXPECT_EQ(hex(bytes(value->getValue())), hex(der(c[3])));
+            EXPECT_EQ(hex(bytes(value->toASN1Object())), hex(c[4] == "=" ? input : der(c[4])));
+        }
+    }
+}
+
+TEST(Values, LengthsAndHighTagsEncodeMinimally)
+{
+    ASN1OctetString value;
+    unsigned char out[8];
+    const auto length = [&out](unsigned int n) { return hex({reinterpret_cast<char*>(out), size_t(ASN1Object::PutLength(n, out))}); };
+    EXPECT_EQ(length(0), "00");
+    EXPECT_EQ(length(127), "7f");
+    EXPECT_EQ(length(128), "8180");
+    EXPECT_EQ(length(256), "820100");
+    EXPECT_EQ(length(0xFFFFFFFF), "84ffffffff");
+    value.m_ucOptionTagClass = 0x80;
+    const auto tag = [&](unsigned int n, bool lead) { return hex({reinterpret_cast<char*>(out), size_t(value.PutHighTag(n, out, lead))}); };
+    EXPECT_EQ(tag(0, false), "00");
+    EXPECT_EQ(tag(128, true), "9f8100");
+    EXPECT_EQ(tag(0xFFFFFFFF, false), "8fffffff7f");
+    value.setImplicitTag(-1, 0x80);
+    EXPECT_EQ(bytes(value.toASN1Object()), "");
+    EXPECT_EQ(value.getLastError(), 2);
+}
+
+TEST(Boolean, OnlyAllOnesIsTrue)
+{
+    ASN1Boolean value;
+    EXPECT_FALSE(value.getBoolValue());
+    value.setBoolValue(1);
+    EXPECT_EQ(hex(bytes(value.toASN1Object())), "0101ff");
+    EXPECT_TRUE(value.getBoolValue());
+    value.setValue("\x01");
+    EXPECT_FALSE(value.getBoolValue());
+}
+
+TEST(Integer, NumbersTakeTheirMinimalForm)
+{
+    for (const auto& [number, octets] : std::map<int, const char*>{{0, "00"},
+                                                                   {1, "01"},
+                                                                   {127, "7f"},
+                                                                   {128, "0080"},
+                                                                   {255, "00ff"},
+                                                                   {256, "0100"},
+                                                                   {-1, "ff"},
+                                                                   {-128, "80"},
+                                                                   {-129, "ff7f"},
+                                                                   {-65535, "ff0001"},
+                                                                   {0x7FFFFFFF, "7fffffff"},
+                                                                   {-0x7FFFFFFF - 1, "80000000"}}) {
+        ASN1Integer value;
+        value.setIntValue(number);
+        EXPECT_EQ(hex(bytes(value.getValue())), octets);
+        EXPECT_EQ(value.getIntValue(), number);
+    }
+    ASN1Integer value;
+    value.setValue("\x01\x01\x01\x01\x01");
+    EXPECT_EQ(value.getIntValue(), 0);
+}
+
+TEST(Integer, OctetsKeepOrLoseTheirSign)
+{
+    const struct {
+        const char* in;
+        int sign;
+        const char* held;
+        bool keepSign;
+        const char* out;
+        int result;
+    } table[] = {
+        {"80", 0, "0080", false, "80", 0},   {"80", 0, "0080", true, "0080", 0}, {"0001", 0, "0001", false, "01", 0},
+        {"7f", -1, "ff7f", false, "7f", -1}, {"80", -1, "80", false, "80", -1},  {"80", 1, "80", false, "80", -1},
+        {"00", 0, "00", false, "00", 0},     {"ff", 1, "ff", false, "ff", -1},   {"", 0, "", false, "", 0},
+    };
+    for (const auto& row : table) {
+        ASN1Integer value;
+        ByteString in = byteString(der(row.in)), out = byteString("stale");
+        value.setBytes(in, row.sign);
+        EXPECT_EQ(hex(bytes(value.getValue())), row.held);
+        EXPECT_EQ(value.getBytes(out, row.keepSign), row.result) << row.in;
+        EXPECT_EQ(hex(bytes(out)), row.out);
+    }
+}
+
+TEST(BitString, TrimmingCountsUnusedBits)
+{
+    ASN1BitString value;
+    int unused = -1;
+    EXPECT_EQ(bytes(value.getBitString(&unused)), "");
+    EXPECT_EQ(value.getLastError(), 1);
+    EXPECT_EQ(innermost(bytes(value.getErrorTrail())), "ASN1BitString Format Error(Length = 0)");
+    ByteString bits = byteString(der("A000")), zeros = byteString(der("0000")), none;
+    EXPECT_EQ(value.setBitString(bits, true), 0);
+    EXPECT_EQ(hex(bytes(value.getValue())), "05a0");
+    EXPECT_EQ(value.setBitString(zeros, true), 1);
+    EXPECT_EQ(hex(bytes(value.getValue())), "05a0");
+    EXPECT_EQ(value.setBitString(bits, false), 0);
+    EXPECT_EQ(hex(bytes(value.getBitString(&unused))), "a000");
+    EXPECT_EQ(unused, 0);
+    EXPECT_EQ(value.setBitString(none, true), 0);
+    EXPECT_EQ(hex(bytes(value.getValue())), "00");
+}
+
+TEST(ObjectIdentifier, TextAndOctetsBothWays)
+{
+    ASN1ObjectIdentifier oid;
+    for (const char* text : {"1.2.840.113549", "1 2 840 113549", "oid 1-2-840-113549."}) {
+        EXPECT_EQ(oid.setOID(text), 0);
+        EXPECT_EQ(bytes(oid.getOID(' ')), "1 2 840 113549");
+        EXPECT_EQ(bytes(oid.getOID('.')), "1.2.840.113549");
+    }
+    EXPECT_EQ(oid.setOID("7"), 2);
+    EXPECT_EQ(oid.setOID(static_cast<const char*>(nullptr)), 2);
+    EXPECT_EQ(oid.setOID("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20"), 1);
+    EXPECT_EQ(innermost(bytes(oid.getErrorTrail())), "Value(1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20) is not ASN1 OID Format");
+    EXPECT_EQ(bytes(oid.getOID(' ')), "1 2 840 113549"); // as it was
+    EXPECT_EQ(oid.setOID("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 99999999999999"), 0);
+
+    for (const auto& [octets, text] : std::map<std::string, std::string>{{"78", "3 0"},
+                                                                         {"8837 00", "26 39 0"},
+                                                                         {"2A FFFFFF7F", "1 2 268435455"},
+                                                                         {"2A 8100", "1 2 128"},
+                                                                         {"", ""},
+                                                                         {"2A 81", ""},
+                                                                         {"2A FFFFFFFF7F", ""},
+                                                                         {"2A0101010101010101010101010101010101 01", "1 2 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+                                                                         {"2A0101010101010101010101010101010101 010101", ""}}) {
+        oid.setValue(der(octets).data(), static_cast<int>(der(octets).size()));
+        EXPECT_EQ(bytes(oid.getOID(' ')), text) << octets;
+        EXPECT_EQ(oid.getLastError(), octets.empty() ? 2 : text.empty() ? 1 : 0);
+    }
+}
+
+TEST(Sequence, ComponentsAreToldApart)
+{
+    ASN1Sequence sequence;
+    ByteString data = byteString(der("30{0101FF 800141 A103020105 3080020107 0000 BF8180010141 040541}"));
+    ASSERT_EQ(sequence.fromASN1Object(data), 0);
+    ASSERT_EQ(sequence.getComponentCount(), 6);
+    const int tagNumbers[] = {-1, 0, 1, -16, 16385, -4, -1}, universalTags[] = {1, -2, -2, 16, -2, 4, -1};
+    const char* const components[] = {"0101ff", "800141", "a103020105", "30800201070000", "bf8180010141", "040541", ""};
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(sequence.getComponentTagNo(i), tagNumbers[i]) << i;
+        EXPECT_EQ(sequence.getComponentUniversalTag(i), universalTags[i]) << i;
+        EXPECT_EQ(hex(bytes(sequence.getComponent(i))), components[i]) << i;
+    }
+    EXPECT_EQ(sequence.getLastError(), 1);
+    EXPECT_EQ(innermost(bytes(sequence.getErrorTrail())), "Component No(6) <= index(6) Error");
+    ASN1OctetString cut;
+    EXPECT_EQ(cut.fromASN1Object(sequence.getComponent(5)), 1);
+}
+
+TEST(Sequence, TheTableGrowsByTwenty)
+{
+    ASN1Set set;
+    ByteString component = byteString(der("020105"));
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(set.addComponent(component, -1), 0);
+    EXPECT_EQ(set.m_nComponentCapacity, 20);
+    set.addComponent(component, 7);
+    EXPECT_EQ(set.m_nComponentCapacity, 40);
+    EXPECT_EQ(set.getComponentTagNo(20), 7);
+    EXPECT_EQ(bytes(set.getComponent(20)), bytes(component));
+    EXPECT_EQ(hex(bytes(set.toASN1Object())).substr(0, 4), "313f");
+    set.clearComponents();
+    EXPECT_EQ(hex(bytes(set.toASN1Object())), "3100");
+}
+
+// The octets that all three setValue forms take, in order.
+template <class String> static std::string taken()
+{
+    std::string out;
+    for (int octet = 1; octet < 256; ++octet) {
+        const char text[] = {static_cast<char>(octet), '\0'};
+        ByteString copy(text, 1);
+        String one, two, three;
+        const bool takes = one.setValue(text, 1) == 0;
+        EXPECT_EQ(two.setValue(text) == 0, takes);
+        EXPECT_EQ(three.setValue(copy) == 0, takes);
+        EXPECT_EQ(three.getValueLength(), takes ? 1 : 0);
+        if (takes) out += text;
+    }
+    return out;
+}
+
+TEST(Sequence, KeepsWhatItsReaderLooksAtAndCountsTheRest)
+{
+    ASN1Sequence sequence;
+    ByteString data = byteString(der("30{0500 020105 0400 0400}"));
+    sequence.keepOnly(2);
+    ASSERT_EQ(sequence.fromASN1Object(data), 0);
+    EXPECT_EQ(sequence.getComponentCount(), 4);
+    EXPECT_EQ(hex(bytes(sequence.getComponent(1))), "020105");
+    EXPECT_EQ(sequence.getComponentUniversalTag(2), -1);
+    EXPECT_EQ(bytes(sequence.getComponent(2)), "");
+    EXPECT_EQ(sequence.getLastError(), 1);
+    EXPECT_EQ(sequence.addComponent(data, -1), 1);
+    sequence.keepOnly(4);
+    ASSERT_EQ(sequence.fromASN1Object(data), 0);
+    EXPECT_EQ(hex(bytes(sequence.takeLastComponent())), "0400");
+    EXPECT_EQ(bytes(sequence.getComponent(0)), ""); // gone with the value
+}
+
+TEST(Strings, CharacterSetsTakeNothingElse)
+{
+    const std::string digits = "0123456789", upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ", lower = "abcdefghijklmnopqrstuvwxyz";
+    std::string ascii;
+    for (char c = 32; c < 127; ++c) ascii += c;
+    EXPECT_EQ(taken<ASN1IA5String>(), ascii);
+    EXPECT_EQ(taken<ASN1PrintableString>(), " '()+,-./" + digits + ":=?" + upper + lower);
+    EXPECT_EQ(taken<ASN1VisibleString>(), " !\"%&'()*+,-./" + digits + ":;<=>?@" + upper + "\\^_" + lower + "|~");
+    EXPECT_EQ(taken<ASN1T61String>().size(), 255U);
+
+    ASN1IA5String ia5;
+    ASN1VisibleString visible;
+    EXPECT_EQ(ia5.setValue("kept"), 0);
+    EXPECT_EQ(ia5.setValue("a\nb"), 1);
+    EXPECT_EQ(bytes(ia5.getValue()), "kept");
+    EXPECT_EQ(innermost(bytes(ia5.getErrorTrail())), "Value(a)is not ASN1IA5String");
+    EXPECT_EQ(visible.setValue("#"), 1);
+    EXPECT_EQ(innermost(bytes(visible.getErrorTrail())), "Char (232d)does not in ASN1_TAG_VISIBLESTRING");
+}
+
+TEST(Times, TextsBecomeInstantsWhateverTheZone)
+{
+    for (const char* zone : {"UTC", "Asia/Seoul", "America/St_Johns"}) {
+        setenv("TZ", zone, 1);
+        tzset();
+        for (const Case& c : cases("times.txt", 4)) {
+            SCOPED_TRACE(c.where + " " + zone);
+            ByteString data = byteString(der(c[0] + "{\"" + c[1] + "\"}"));
+            ASN1UTCTime utc;
+            ASN1GeneralizedTime general;
+            const bool isUtc = c[0] == "17";
+            const int code = isUtc ? utc.fromASN1Object(data) : general.fromASN1Object(data, true);
+            const std::string trail = bytes(isUtc ? utc.getErrorTrail() : general.getErrorTrail());
+            EXPECT_EQ(code, c[2] == "0" ? 0 : 3);
+            if (code == 0) {
+                EXPECT_EQ(isUtc ? utc.getGMTTime() : general.getGMTTime(), std::stoi(c[3]));
+            } else {
+                const auto at = c[3].find('%');
+                EXPECT_EQ(placeless(trail), at == std::string::npos ? c[3] : c[3].substr(0, at) + c[1] + c[3].substr(at + 1));
+            }
+        }
+    }
+    unsetenv("TZ");
+    tzset();
+}
+
+TEST(Times, InstantsBecomeTexts)
+{
+    ASN1UTCTime utc;
+    ASN1GeneralizedTime general;
+    EXPECT_EQ(utc.setGMTTime(0), 0);
+    EXPECT_EQ(bytes(utc.getValue()), "700101000000Z");
+    EXPECT_EQ(utc.setGMTTime(1078056000), 0);
+    EXPECT_EQ(bytes(utc.getValue()), "040229120000Z");
+    EXPECT_EQ(general.setGMTTime(0x7FFFFFFF, 5), 0);
+    EXPECT_EQ(bytes(general.getValue()), "20380119031407Z");
+    EXPECT_EQ(utc.setGMTTime(-1), 1);
+    EXPECT_EQ(innermost(bytes(utc.getErrorTrail())), "-1 represents a date before midnight, January 1, 1970");
+
+    EXPECT_EQ(utc.setValue("0401011200Z"), 0);
+    EXPECT_EQ(utc.setValue("0401"), 1);
+    EXPECT_EQ(bytes(utc.getValue()), "0401011200Z");
+    EXPECT_EQ(general.setValue("20040229120000.25Z"), 0);
+    EXPECT_EQ(general.m_nFraction, 25);
+    ByteString early = byteString(der("18{\"19691231235959Z\"}"));
+    EXPECT_EQ(general.fromASN1Object(early, false), 0);
+    EXPECT_EQ(general.getGMTTime(), -1);
+}

@@ -1,0 +1,186 @@
+// ByteString and what stands on it: the trail, the clock, Base64 and the builder.
+#include "base/Base64.h"
+#include "base/ByteBuilder.h"
+#include "base/DateTime.h"
+#include "base/Objects.h"
+#include "support/support.h"
+
+#include <openssl/evp.h>
+
+#include <cstdlib>
+#include <ctime>
+
+using namespace vrno;
+using namespace test;
+
+TEST(ByteString, EmptyComesInTwoForms)
+{
+    ByteString none, block("", 0), negative("x", -1), fromBlock, copy(block);
+    fromBlock = block;
+    EXPECT_TRUE(none.isNull() && negative.isNull() && fromBlock.isNull());
+    EXPECT_FALSE(block.isNull() || copy.isNull());
+    EXPECT_TRUE(none == static_cast<const char*>(nullptr));
+    EXPECT_TRUE(block != static_cast<const char*>(nullptr));
+    EXPECT_TRUE(none == "" && block == "");
+    EXPECT_STREQ(none.getText(), "");
+    EXPECT_STREQ(block.getTextOrEmpty(), "");
+    EXPECT_EQ(block.setData(nullptr, 5), 0);
+    EXPECT_TRUE(block.isNull());
+}
+
+TEST(ByteString, HoldsZeroBytesAndEndsInOne)
+{
+    const std::string data("a\0b", 3);
+    ByteString string = byteString(data), copy(string), assigned, appended("x", 1), cut;
+    assigned = string;
+    appended += string;
+    cut = string.getText();
+    EXPECT_EQ(bytes(copy), data);
+    EXPECT_EQ(bytes(assigned), data);
+    EXPECT_EQ(bytes(appended), "x" + data);
+    EXPECT_EQ(bytes(cut), "a");
+    EXPECT_EQ(appended.getBytes()[4], 0);
+    EXPECT_FALSE(string == "a");
+}
+
+TEST(ByteString, EveryOperationTakesTheObjectItself)
+{
+    ByteString string("ab", 2);
+    string += string;
+    string += string.getText() + 3;
+    EXPECT_TRUE(string == "ababb");
+    string = *&string;
+    string = string.getText() + 1;
+    EXPECT_TRUE(string == "babb");
+    EXPECT_EQ(string.setData(string.getBytes() + 2, 2), 0);
+    EXPECT_EQ(string.format("<%s>", string.getText()), 0);
+    EXPECT_TRUE(string == "<bb>");
+    string = "";
+    string += nullptr;
+    EXPECT_TRUE(string.isNull());
+}
+
+TEST(ByteString, BytesAreReachedWithinTheLength)
+{
+    ByteString string("ab", 2);
+    unsigned char out = 9;
+    EXPECT_EQ(string.getAt(2, &out), 1);
+    EXPECT_EQ(string.getAt(-1, &out), 1);
+    EXPECT_EQ(string.setAt(2, 'x'), 1);
+    EXPECT_EQ(out, 9);
+    EXPECT_EQ(string.setAt(1, 'c'), 0);
+    EXPECT_EQ(string.getAt(1, &out), 0);
+    EXPECT_EQ(out, 'c');
+    string.wipe();
+    EXPECT_EQ(bytes(string), std::string(2, '\0'));
+}
+
+TEST(ByteString, HexadecimalForms)
+{
+    ByteString string = byteString(der("0AFF")), three = byteString(der("0102AB")), none;
+    EXPECT_TRUE(string.toHex() == "0aff");
+    EXPECT_TRUE(none.toHex() == "");
+    EXPECT_TRUE(three.toHexGrouped(2, 4) == "01 02 \r\nAB");
+    EXPECT_TRUE(three.toHexGrouped(0, 0) == "0102AB");
+    EXPECT_TRUE(three.toHexGrouped(3, 0) == "010 2AB");
+    EXPECT_TRUE(three.toHexGrouped(-1, 2) == "01\r\n02\r\nAB");
+}
+
+TEST(ByteString, FormatStopsAt2047Bytes)
+{
+    ByteString string("old", 3);
+    const std::string longest(2047, 'a'), tooLong(2048, 'a');
+    EXPECT_EQ(string.format("%s", tooLong.c_str()), 4);
+    EXPECT_TRUE(string == "old");
+    EXPECT_EQ(string.format("%s", longest.c_str()), 0);
+    EXPECT_EQ(bytes(string), longest);
+    EXPECT_EQ(string.format("a%cb", 0), 0);
+    EXPECT_TRUE(string == "a");
+}
+
+TEST(Trail, FramesStandFromTheOutermostInwards)
+{
+    PObject inner;
+    VNObject outer;
+    inner.addTrailFrame("C:\\src\\a.cpp", 7, "A", "f", "x", 3, nullptr);
+    EXPECT_TRUE(inner.getErrorTrail() == "[a.cpp:7]A::f-x(3)");
+    inner.addTrailFrame("/src/b.cpp", 8, "B", "g", "y", 4, inner.getErrorTrail().getText());
+    outer.addTrailFrame("c.cpp", 9, "C", "h", "z", 5, inner.getErrorTrail().getText());
+    EXPECT_TRUE(outer.getErrorTrail() == "[c.cpp:9]C::h-z(5),[b.cpp:8]B::g-y(4),[a.cpp:7]A::f-x(3)");
+}
+
+TEST(Builder, StaysFailed)
+{
+    ByteBuilder builder;
+    ByteString out("x", 1);
+    {
+        const FailingAllocation second(2);
+        for (int i = 0; i < 100; ++i) builder.add('a');
+    }
+    builder.add('b');
+    EXPECT_TRUE(builder.failed());
+    EXPECT_EQ(builder.into(out), 2);
+    EXPECT_TRUE(out.isNull());
+}
+
+TEST(DateTime, ShowsLocalTimeInSummerAndWinter)
+{
+    const std::string started = getenv("TZ") ? getenv("TZ") : "";
+    if (started == "Asia/Seoul") {
+        EXPECT_EQ(DateTime().getZoneOffset(), -32400); // read once a process
+    }
+    const struct {
+        const char* zone;
+        int value;
+        const char* text;
+    } table[] = {
+        {"UTC", 0, "1970-01-01 00:00:00"},
+        {"Asia/Seoul", 1078056000, "2004-02-29 21:00:00"},
+        {"America/New_York", 1078056000, "2004-02-29 07:00:00"},
+        {"America/New_York", 1088683200, "2004-07-01 08:00:00"},
+        {"Asia/Seoul", 0x7FFFFFFF, "2038-01-19 12:14:07"},
+    };
+    for (const auto& row : table) {
+        setenv("TZ", row.zone, 1);
+        tzset();
+        DateTime time;
+        time.setTime(row.value, true);
+        EXPECT_TRUE(time.formatTime("%Y-%m-%d %H:%M:%S") == row.text) << row.zone << " " << bytes(time.m_bsText);
+    }
+    setenv("TZ", started.c_str(), 1);
+    tzset();
+    DateTime utc;
+    utc.setTime(1078056000, false);
+    EXPECT_EQ(utc.m_nHour, 12);
+    EXPECT_EQ(utc.m_nMonth, 2);
+    EXPECT_TRUE(utc.formatTime("") == "");
+}
+
+TEST(Base64, IsThatOfOpenSSLForEveryLength)
+{
+    std::string data;
+    for (int length = 0; length < 200; ++length, data += static_cast<char>(length * 37)) {
+        ByteString in = byteString(data), text, back;
+        ASSERT_EQ(base64Encode(in, text), 0);
+        std::string expected(data.size() * 2 + 8, '\0');
+        expected.resize(static_cast<std::size_t>(
+            EVP_EncodeBlock(reinterpret_cast<unsigned char*>(expected.data()), reinterpret_cast<const unsigned char*>(data.data()), length)));
+        ASSERT_EQ(bytes(text), expected);
+        ASSERT_EQ(base64Decode(text, back), 0);
+        ASSERT_EQ(bytes(back), data);
+    }
+}
+
+TEST(Base64, DecodesNothingButTheAlphabet)
+{
+    for (const char* text : {"====", "A===", "A", "AA", "AAA", "AA=A", "AA\nA", "AA A", "=AAA", "AAA\xC0", "AAAA\n", "AA==AAAA", "-_AA"}) {
+        ByteString in = byteString(text), out("kept", 4);
+        EXPECT_EQ(base64Decode(in, out), 1) << text;
+        EXPECT_TRUE(out == "kept");
+    }
+    ByteString loose = byteString("QR=="), none, out;
+    EXPECT_EQ(base64Decode(loose, out), 0);
+    EXPECT_TRUE(out == "A");
+    EXPECT_EQ(base64Decode(none, out), 0);
+    EXPECT_EQ(out.getLength(), 0);
+}

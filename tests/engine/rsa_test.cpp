@@ -1,0 +1,342 @@
+// RSA of the engine against OpenSSL, both ways.
+#include "engine/frame/context.h"
+#include "engine/rsa/rsa.h"
+#include "support/support.h"
+
+#include <openssl/evp.h>
+#include <openssl/rsa.h>
+#include <openssl/x509.h>
+
+#include <map>
+#include <memory>
+
+using namespace vrno;
+using namespace test;
+
+namespace {
+
+using Buffer = std::vector<unsigned char>;
+
+struct FreeKey {
+    void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
+    void operator()(EVP_PKEY_CTX* context) const { EVP_PKEY_CTX_free(context); }
+};
+
+struct Key {
+    std::unique_ptr<EVP_PKEY, FreeKey> key;
+    std::string publicBlob, privateBlob;
+
+    explicit Key(unsigned bits) : key(EVP_RSA_gen(bits))
+    {
+        unsigned char *pub = nullptr, *priv = nullptr;
+        const int publicLength = i2d_PublicKey(key.get(), &pub), privateLength = i2d_PrivateKey(key.get(), &priv);
+        publicBlob.assign(reinterpret_cast<char*>(pub), static_cast<std::size_t>(publicLength));
+        privateBlob.assign(reinterpret_cast<char*>(priv), static_cast<std::size_t>(privateLength));
+        OPENSSL_free(pub);
+        OPENSSL_free(priv);
+    }
+};
+
+const Key& keyOf(unsigned bits)
+{
+    static std::map<unsigned, Key> keys;
+    return keys.try_emplace(bits, bits).first->second;
+}
+
+// One operation of the engine on a message; the code, and the result in `out`.
+int cipher(bool encrypts, int id, int mode, const std::string& blob, const std::string& in, std::string& out)
+{
+    Buffer key(blob.begin(), blob.end()), result(2048);
+    int length = 2048;
+    const int code = (encrypts ? ZIRC_EncryptData : ZIRC_DecryptData)(key.data(), static_cast<int>(key.size()), id, mode, result.data(), &length, at(in),
+                                                                      static_cast<int>(in.size()), nullptr, 0, 0);
+    out = code == 0 ? text(result.data(), static_cast<std::size_t>(length)) : "";
+    return code;
+}
+
+int sign(int id, const std::string& blob, const std::string& in, std::string& out)
+{
+    Buffer result(2048);
+    int length = 2048;
+    const int code = ZIRC_SignData(at(blob), static_cast<int>(blob.size()), id, result.data(), &length, at(in), static_cast<int>(in.size()));
+    out = code == 0 ? text(result.data(), static_cast<std::size_t>(length)) : "";
+    return code;
+}
+
+int verify(int id, const std::string& blob, const std::string& in, const std::string& signature)
+{
+    return ZIRC_VerifyData(at(blob), static_cast<int>(blob.size()), id, at(signature), static_cast<int>(signature.size()), at(in), static_cast<int>(in.size()));
+}
+
+using Start = int (*)(EVP_PKEY_CTX*);
+using Run = int (*)(EVP_PKEY_CTX*, unsigned char*, std::size_t*, const unsigned char*, std::size_t);
+
+// One operation of OpenSSL; empty where it fails.
+std::string openssl(const Key& key, Start start, Run run, int padding, const std::string& in, const EVP_MD* digest = nullptr)
+{
+    const std::unique_ptr<EVP_PKEY_CTX, FreeKey> context(EVP_PKEY_CTX_new(key.key.get(), nullptr));
+    Buffer out(512);
+    std::size_t length = out.size();
+    start(context.get());
+    EVP_PKEY_CTX_set_rsa_padding(context.get(), padding);
+    if (digest) EVP_PKEY_CTX_set_signature_md(context.get(), digest);
+    if (padding == RSA_PKCS1_PSS_PADDING) EVP_PKEY_CTX_set_rsa_pss_saltlen(context.get(), 0);
+    return run(context.get(), out.data(), &length, at(in), in.size()) > 0 ? text(out.data(), length) : "";
+}
+
+std::string digestOf(const EVP_MD* algorithm, const std::string& in)
+{
+    Buffer out(64);
+    unsigned length = 0;
+    EVP_Digest(in.data(), in.size(), out.data(), &length, algorithm, nullptr);
+    return text(out.data(), length);
+}
+
+} // namespace
+
+TEST(Rsa, EnciphersBothWaysWithOpenSSL)
+{
+    const struct {
+        int id;
+        unsigned bits;
+        int padding, longest;
+    } table[] = {
+        {12000, 512, RSA_PKCS1_PADDING, 53},       {12001, 1024, RSA_PKCS1_PADDING, 117},      {12002, 2048, RSA_PKCS1_PADDING, 245},
+        {13101, 1024, RSA_PKCS1_OAEP_PADDING, 86}, {13102, 2048, RSA_PKCS1_OAEP_PADDING, 214},
+    };
+    for (const auto& row : table) {
+        const Key& key = keyOf(row.bits);
+        for (const int length : {0, 1, 16, row.longest - 1, row.longest}) {
+            SCOPED_TRACE(std::to_string(row.id) + " " + std::to_string(length));
+            const std::string in(static_cast<std::size_t>(length), 'm');
+            std::string out, back;
+            ASSERT_EQ(cipher(true, row.id, 6, key.publicBlob, in, out), 0);
+            EXPECT_EQ(openssl(key, EVP_PKEY_decrypt_init, EVP_PKEY_decrypt, row.padding, out), in);
+            ASSERT_EQ(cipher(false, row.id, 7, key.privateBlob, openssl(key, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, row.padding, in), back), 0);
+            EXPECT_EQ(back, in);
+        }
+        std::string out;
+        const std::string tooLong(static_cast<std::size_t>(row.longest) + 1, 'm'), shorter(row.bits / 8 - 1, 'c');
+        EXPECT_EQ(cipher(true, row.id, 6, key.publicBlob, tooLong, out), 3110);
+        EXPECT_EQ(cipher(false, row.id, 7, key.privateBlob, shorter, out), 2114);
+        EXPECT_EQ(cipher(true, row.id, 6, key.publicBlob, std::string(1001, 'm'), out), 2101); // more than can wait
+        if (row.id > 13000) {
+            EXPECT_EQ(cipher(true, row.id, 7, key.privateBlob, "m", out), 3110);
+            EXPECT_EQ(cipher(false, row.id, 6, key.publicBlob, std::string(row.bits / 8, 'c'), out), 3110);
+        } else {
+            ASSERT_EQ(cipher(true, row.id, 7, key.privateBlob, "signed", out), 0); // the private key first
+            std::string back;
+            ASSERT_EQ(cipher(false, row.id, 6, key.publicBlob, out, back), 0);
+            EXPECT_EQ(back, "signed");
+        }
+    }
+}
+
+TEST(Rsa, SignsWhatOpenSSLSigns)
+{
+    const struct {
+        int id;
+        unsigned bits;
+        const EVP_MD* digest;
+        int padding;
+    } table[] = {
+        {121200, 512, EVP_md5(), RSA_PKCS1_PADDING},       {121201, 1024, EVP_md5(), RSA_PKCS1_PADDING},      {121202, 2048, EVP_md5(), RSA_PKCS1_PADDING},
+        {121400, 512, EVP_sha1(), RSA_PKCS1_PADDING},      {121401, 1024, EVP_sha1(), RSA_PKCS1_PADDING},     {121402, 2048, EVP_sha1(), RSA_PKCS1_PADDING},
+        {131401, 1024, EVP_sha1(), RSA_PKCS1_PSS_PADDING}, {131402, 2048, EVP_sha1(), RSA_PKCS1_PSS_PADDING},
+    };
+    const std::string message = "a message to sign";
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.id);
+        const Key& key = keyOf(row.bits);
+        std::string signature;
+        ASSERT_EQ(sign(row.id, key.privateBlob, message, signature), 0);
+        EXPECT_EQ(hex(signature), hex(openssl(key, EVP_PKEY_sign_init, EVP_PKEY_sign, row.padding, digestOf(row.digest, message), row.digest)));
+        EXPECT_EQ(verify(row.id, key.publicBlob, message, signature), 0);
+        EXPECT_EQ(verify(row.id, key.publicBlob, message + " ", signature), 3116);
+        EXPECT_EQ(verify(row.id, key.publicBlob, message, signature.substr(1)), 3116);
+        EXPECT_EQ(verify(row.id, key.publicBlob, message, ""), 3116);
+        for (const std::size_t spoiled : {std::size_t{0}, signature.size() / 2, signature.size() - 1}) {
+            std::string bad = signature;
+            bad[spoiled] = static_cast<char>(bad[spoiled] ^ 1);
+            EXPECT_EQ(verify(row.id, key.publicBlob, message, bad), 3116);
+        }
+    }
+}
+
+// Blocks that OpenSSL's bare operation puts under the key. "~" stands for as many of the octet before it as fill the block.
+TEST(Rsa, BadPaddingsAreRefused)
+{
+    const Key& key = keyOf(1024);
+    const std::string digest = digestOf(EVP_sha1(), "m"), info = der("3021300906052B0E03021A05000414") + digest;
+    const auto block = [](const std::string& front, const std::string& back) {
+        return front + std::string(128 - front.size() - back.size(), front.back()) + back;
+    };
+    const struct {
+        const char* what;
+        std::string em;
+        int decrypt, check;
+    } table[] = {
+        {"a good block of type 2", block(der("0002AA"), der("00") + "m"), 0, 3116},
+        {"type 1", block(der("0001FF"), der("00") + info), 3110, 0},
+        {"a first byte that is not 0", block(der("0102AA"), der("00") + "m"), 3110, 3116},
+        {"type 2 without the zero in front", block(der("02AA"), der("00") + "m"), 3110, 3116},
+        {"type 1 without the zero in front", block(der("01FF"), der("00") + info), 3110, 3116},
+        {"type 2 behind two zeros", block(der("000002AA"), der("00") + "m"), 3110, 3116},
+        {"type 1 behind two zeros", block(der("000001FF"), der("00") + info), 3110, 3116},
+        {"type 3", block(der("0003AA"), der("00") + "m"), 3110, 3116},
+        {"no separator", block(der("0002AA"), ""), 3110, 3116},
+        {"no separator in type 1", block(der("0001FF"), ""), 3110, 3116},
+        {"seven bytes of padding", block(der("0002AAAAAAAAAAAAAA00") + "m", ""), 3110, 3116},
+        {"seven bytes of 0xFF", block(der("0001FFFFFFFFFFFFFF00") + info + der("00"), ""), 3110, 3116},
+        {"another byte in the padding", block(der("0001FF"), der("FE00") + info), 3110, 3116},
+        {"nothing behind the separator", block(der("0002AA"), der("00")), 0, 3116},
+        {"the digest alone", block(der("0001FF"), der("00") + digest), 3110, 0},
+        {"something behind the DigestInfo", block(der("0001FF"), der("00") + info + "more"), 3110, 0},
+        {"a DigestInfo without NULL", block(der("0001FF"), der("00301F300706052B0E03021A0414") + digest), 3110, 3116},
+        {"a length that is not minimal", block(der("0001FF"), der("00308121300906052B0E03021A05000414") + digest), 3110, 3116},
+        {"a cut digest", block(der("0001FF"), der("00") + info.substr(0, 34)), 3110, 3116},
+        {"more than a signature holds", block(der("0001FFFFFFFFFFFFFFFF00") + info + der("11"), ""), 3110, 3116},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.what);
+        ASSERT_EQ(row.em.size(), 128U);
+        std::string out;
+        const std::string forPrivate = openssl(key, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, RSA_NO_PADDING, row.em);
+        const std::string forPublic = openssl(key, EVP_PKEY_decrypt_init, EVP_PKEY_decrypt, RSA_NO_PADDING, row.em);
+        ASSERT_FALSE(forPrivate.empty() || forPublic.empty());
+        EXPECT_EQ(cipher(false, 12001, 7, key.privateBlob, forPrivate, out), row.decrypt);
+        EXPECT_EQ(verify(121401, key.publicBlob, "m", forPublic), row.check);
+    }
+}
+
+TEST(Rsa, BlobsAreReadToTheirEnd)
+{
+    const Key& key = keyOf(512);
+    ZIRC_RsaKey read;
+    const auto reads = [&read](bool isPrivate, const std::string& blob) {
+        // In a block of its own, so that a read behind it shows under AddressSanitizer.
+        const std::unique_ptr<unsigned char[]> copy(new unsigned char[blob.size()]);
+        std::copy(blob.begin(), blob.end(), copy.get());
+        return (isPrivate ? rsaReadPrivateKey : rsaReadPublicKey)(read, copy.get(), static_cast<int>(blob.size()));
+    };
+    EXPECT_TRUE(reads(false, key.publicBlob));
+    EXPECT_TRUE(reads(true, key.privateBlob));
+    for (std::size_t length = 0; length < key.privateBlob.size(); ++length) {
+        EXPECT_FALSE(reads(true, key.privateBlob.substr(0, length)));
+        EXPECT_FALSE(reads(false, key.publicBlob.substr(0, std::min(length, key.publicBlob.size() - 1))));
+    }
+    for (std::size_t i = 0; i < key.privateBlob.size(); ++i) {
+        for (const int flip : {1, 0x80, 0xFF}) {
+            std::string changed = key.privateBlob, out;
+            changed[i] = static_cast<char>(changed[i] ^ flip);
+            if (!reads(true, changed)) continue;
+            const int code = sign(121400, changed, "m", out);
+            EXPECT_TRUE(code == 0 || code == 1107 || code == 3107 || code == 3110) << code;
+        }
+    }
+    const std::string n = "02{C000000000000001}", one = "020101", five = "020105", seven = "0203010001";
+    const std::string big = "02{" + hex(std::string(600, '\x7F')) + "}", tooBig = "02{" + hex(std::string(601, '\x7F')) + "}";
+    const struct {
+        const char* what;
+        bool isPrivate;
+        std::string blob;
+        bool taken;
+    } table[] = {
+        {"a negative number", false, "30{" + n + seven + "}", true},
+        {"the indefinite form", false, "3080" + n + seven + "0000", true},
+        {"an indefinite form without end", false, "3080" + n + seven, false},
+        {"lengths that are not minimal", false, "3082000E" + n.substr(0, 2) + "8108C000000000000001" + "020103", true},
+        {"another tag", false, "31{" + n + seven + "}", false},
+        {"a byte left", false, "30{" + n + seven + "00}", false},
+        {"one number", false, "30{" + n + "}", false},
+        {"a zero modulus", false, "30{020100" + seven + "}", false},
+        {"a modulus of 1", false, "30{" + one + seven + "}", false},
+        {"an even modulus", false, "30{020106" + seven + "}", false},
+        {"a modulus of 4800 bits", false, "30{" + big + seven + "}", false},
+        {"a version beyond 600 bytes", true, "30{" + tooBig + n + seven + "020103 020103 020100 020100 020100 020100 020100}", false},
+        {"a negative number beyond 600 bytes", false, "30{02{" + hex(std::string(700, '\x80')) + "}" + seven + "}", false},
+        {"no primes", true, "30{020100 0203010001 020103 020103 020100 020100 020100 020100 020100}", true},
+        {"a prime of 1", true, "30{020100 0203010001 020103 020103 020101 0203010001 020100 020100 020101}", false},
+        {"primes longer than the modulus", true, "30{020100 020123 020103 020103 0203010001 0203010001 020100 020100 020101}", false},
+        {"further primes under version 0", true, "30{020100 02020AEF 020103 020103 02010D 020107 020105 020103 020102 30{30{02011F 020101 020101}}}", false},
+        {"further primes under version 1", true, "30{020101 02020AEF 020103 020103 02010D 020107 020105 020103 020102 30{30{02011F 020101 020101}}}", true},
+        {"three further primes", true,
+         "30{020101 02020AEF 020103 020103 02010D 020107 020105 020103 020102 30{30{020103 020101 020101} 30{020103 020101 020101} 30{020103 020101 020101}}}",
+         false},
+    };
+    for (const auto& row : table) EXPECT_EQ(reads(row.isPrivate, der(row.blob)), row.taken) << row.what;
+    ASSERT_TRUE(reads(false, der("30{" + n + seven + "}")));
+    unsigned char magnitude[600];
+    EXPECT_EQ(hex({reinterpret_cast<char*>(magnitude), static_cast<std::size_t>(bnToBytes(magnitude, read.n))}), "3fffffffffffffff");
+}
+
+TEST(Rsa, KeysThatWeMakeAreKeysToOpenSSL)
+{
+    for (const int primes : {2, 3, 4, 0}) { // 0: the form for two primes alone
+        SCOPED_TRACE(primes);
+        ZIRC_RsaKey key;
+        ASSERT_TRUE(primes ? rsaGenerateMultiPrimeKeyPair(key, 512, 65537, primes) : rsaGenerateKeyPair(key, 512, 65537));
+        EXPECT_EQ(bnBits(key.n), 512);
+        Buffer priv(2048), pub(2048);
+        const int privateLength = rsaWritePrivateKey(key, priv.data(), 2048), publicLength = rsaWritePublicKey(key, pub.data(), 2048);
+        ASSERT_GT(privateLength, 0);
+        EXPECT_EQ(rsaWritePrivateKey(key, priv.data(), privateLength - 1), -1);
+        ASSERT_EQ(rsaWritePrivateKey(key, priv.data(), privateLength), privateLength);
+        const unsigned char* from = priv.data();
+        const std::unique_ptr<EVP_PKEY, FreeKey> read(d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &from, privateLength));
+        ASSERT_TRUE(read);
+        const std::unique_ptr<EVP_PKEY_CTX, FreeKey> context(EVP_PKEY_CTX_new(read.get(), nullptr));
+        if (primes < 3) { EXPECT_EQ(EVP_PKEY_pairwise_check(context.get()), 1); }
+        std::string signature;
+        ASSERT_EQ(sign(121400, text(priv.data(), static_cast<std::size_t>(privateLength)), "m", signature), 0);
+        EXPECT_EQ(verify(121400, text(pub.data(), static_cast<std::size_t>(publicLength)), "m", signature), 0);
+    }
+}
+
+TEST(Rsa, TheSlotTakesAnExponentInDer)
+{
+    const struct {
+        const char* parameter;
+        const char* tail; // of the public blob
+        int code = 0;
+    } table[] = {{"", "0203010001"},       {"020103", "020103"}, {"0203010001", "0203010001"},      {"02050000000003", "0203010001"}, {"020203", "0203010001"},
+                 {"030103", "0203010001"}, {"020101", "020101"}, {"020102", "", ZIRC_INVALID_DATA}, {"0200", "", ZIRC_INVALID_DATA}};
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.parameter);
+        ZIRC_Context context;
+        ASSERT_EQ(bindSignature(context, 121400), 0);
+        Buffer pub(512), priv(1024);
+        int publicLength = 512, privateLength = 1024;
+        const std::string parameter = der(row.parameter);
+        const int result =
+            context.slots.fnGenerateKeyPair(context, pub.data(), &publicLength, priv.data(), &privateLength, at(parameter), static_cast<int>(parameter.size()));
+        EXPECT_EQ(result, row.code ? 1 : 0);
+        if (row.code) {
+            EXPECT_EQ(context.nError, row.code);
+        } else {
+            const std::string blob = hex(text(pub.data(), static_cast<std::size_t>(publicLength)));
+            EXPECT_EQ(blob.substr(blob.size() - std::string(row.tail).size()), row.tail);
+            publicLength = 20;
+            EXPECT_EQ(context.slots.fnGenerateKeyPair(context, pub.data(), &publicLength, priv.data(), &privateLength, nullptr, 0), 1);
+            EXPECT_EQ(context.nError, ZIRC_NOT_ENOUGH_BUFFER);
+        }
+    }
+}
+
+TEST(Rsa, AKeyOfAnotherSizeThanItsIdFitsItsOutput)
+{
+    const Key& key = keyOf(2048);
+    Buffer blob(key.publicBlob.begin(), key.publicBlob.end());
+    for (const int id : {12000, 12001, 13101}) {
+        for (const int room : {128, 255, 256}) {
+            Buffer out(static_cast<std::size_t>(room)); // a block of its own, so that a write behind it shows
+            int length = room;
+            const int code = ZIRC_EncryptData(blob.data(), static_cast<int>(blob.size()), id, 6, out.data(), &length, at("m"), 1, nullptr, 0, 0);
+            EXPECT_EQ(code, room == 256 ? 0 : 3110) << id << " " << room;
+        }
+    }
+    std::string signature;
+    ASSERT_EQ(sign(131402, key.privateBlob, "m", signature), 0);
+    EXPECT_EQ(verify(131402, key.publicBlob, "m", signature.substr(0, 255)), 3116);
+    EXPECT_EQ(verify(131402, key.publicBlob, "m", '\0' + signature), 3116);
+}

@@ -1,0 +1,311 @@
+// Enveloped messages: what libcrypto makes of them, and what the builder and the exported function refuse.
+#include "ASN1Pkix/envelope/PEnvelopedData.h"
+#include "api/envelope.h"
+#include "support/support.h"
+
+#include <openssl/cms.h>
+#include <openssl/evp.h>
+#include <openssl/x509.h>
+
+#include <functional>
+
+using namespace vrno;
+using namespace test;
+using P = PEnvelopedData;
+
+namespace {
+
+const std::string rsa = "06{2A864886F70D010101} 0500", seed = "06{2A831A8C9A440104}", dataOid = "06{2A864886F70D010701}";
+const std::string issuer = "30{31{30{06{550403} 0C{\"CA\"}}}}", keyUsage = "06{551D0F}", forEncryption = "30{" + keyUsage + "04{03020520}}";
+
+EVP_PKEY* rsaKey(unsigned bits)
+{
+    seedByOpenssl(std::string(16, 'k'), std::string(16, 'i'), "", true); // for its providers
+    static EVP_PKEY* const keys[] = {EVP_RSA_gen(1024), EVP_RSA_gen(2048)};
+    return keys[bits / 2048];
+}
+
+// The octets of the key's BIT STRING.
+std::string publicKey(unsigned bits)
+{
+    unsigned char* out = nullptr;
+    const int length = i2d_PublicKey(rsaKey(bits), &out);
+    const std::string key = text(out, static_cast<std::size_t>(length));
+    OPENSSL_free(out);
+    return key;
+}
+
+std::string certificateOf(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption,
+                          const std::string& serial = "2A")
+{
+    const std::string keyId = "30{06{551D0E} 04{04{" + hex(sha1ByOpenssl(key)) + "}}}";
+    return certificate({.serial = serial, .name = issuer, .algorithm = algorithm, .key = hex(key), .extensions = "A3{30{" + extensions + keyId + "}}"});
+}
+
+std::string holder(unsigned bits, const std::string& extensions = forEncryption)
+{
+    return certificateOf(rsa, publicKey(bits), extensions);
+}
+
+std::string inContentInfo(const std::string& enveloped)
+{
+    return der("30{06{2A864886F70D010703} A0{" + hex(enveloped) + "}}");
+}
+
+// The content of a ContentInfo, as the holder of the key reads it; "closed" when the message does not open.
+std::string opened(const std::string& message, const std::string& cert, unsigned bits)
+{
+    const unsigned char *cms = at(message), *x509 = at(cert);
+    CMS_ContentInfo* const info = d2i_CMS_ContentInfo(nullptr, &cms, static_cast<long>(message.size()));
+    X509* const recipient = d2i_X509(nullptr, &x509, static_cast<long>(cert.size()));
+    BIO* const out = BIO_new(BIO_s_mem());
+    const bool whole = cms == at(message) + message.size();
+    const bool opens = whole && CMS_decrypt(info, rsaKey(bits), recipient, nullptr, out, CMS_BINARY) == 1;
+    const char* data = nullptr;
+    const long length = BIO_get_mem_data(out, &data);
+    std::string content = opens ? std::string(data, static_cast<std::size_t>(length)) : "closed";
+    BIO_free_all(out);
+    X509_free(recipient);
+    CMS_ContentInfo_free(info);
+    return content;
+}
+
+// The element at a path of component numbers, below SEQUENCE and SET.
+std::string part(std::string element, std::initializer_list<int> path)
+{
+    for (const int index : path) {
+        ByteString in = byteString("\x30" + element.substr(1));
+        ASN1Sequence sequence;
+        EXPECT_EQ(sequence.fromASN1Object(in), 0);
+        element = bytes(sequence.getComponent(index));
+    }
+    return element;
+}
+
+// One call of the exported function, with what it left.
+struct Sealed {
+    int code;
+    std::string message, error, key, iv;
+};
+
+Sealed sealed(const std::string& cert, const std::string& content, unsigned option = VRNO_CMS_CONTENT_INFO, int alg = VRNO_SYM_SEED)
+{
+    Context context;
+    BinStr c(cert), d(content), out("old"), key, iv, oldKey("the old key.....");
+    EXPECT_EQ(VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, oldKey, oldKey), 0);
+    const int code = VRNO_CMS_EncryptData(context, option, c, d, alg, out);
+    const std::string error = placeless(context.error());
+    int symAlg = 0;
+    EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &symAlg, key, iv), 0);
+    EXPECT_EQ(symAlg, VRNO_SYM_SEED);
+    EXPECT_EQ(code != 0, out.data() == "old");
+    EXPECT_EQ(code != 0, key.data() == oldKey.data());
+    return {code, out.data(), error, key.data(), iv.data()};
+}
+
+const std::string function = "[VRNO_CMS_EncryptData] ";
+
+} // namespace
+
+TEST(Envelope, OpenSSLReadsTheContent)
+{
+    for (const unsigned bits : {1024U, 2048U}) {
+        const std::string cert = holder(bits);
+        for (const std::size_t size : {0U, 1U, 15U, 16U, 17U, 975U, 976U, 977U, 1U << 20}) {
+            const std::string content = std::string(size, 'c');
+            EXPECT_EQ(opened(sealed(cert, content).message, cert, bits), content) << size;
+            for (const unsigned option : {0U, 1U, 4U}) {
+                EXPECT_EQ(opened(inContentInfo(sealed(cert, content, option).message), cert, bits), content) << size;
+                if (size > 1000) break;
+            }
+        }
+    }
+    const std::string large(64 << 20, 'c');
+    EXPECT_TRUE(opened(sealed(holder(2048), large).message, holder(2048), 2048) == large);
+}
+
+TEST(Envelope, FieldsStandInTheirOrderAndTheSessionKeyIsTheMessages)
+{
+    for (const unsigned bits : {1024U, 2048U}) {
+        for (const std::string& serial : {std::string("2A"), std::string("0080FF")}) {
+            const std::string cert = certificateOf(rsa, publicKey(bits), forEncryption, serial);
+            const Sealed result = sealed(cert, "content", 0);
+            ASSERT_EQ(result.code, 0) << result.error;
+            const std::string encryptedKey = hex(part(result.message, {1, 0, 3}));
+            const std::string ktri = "30{020100 30{" + issuer + "02{" + serial + "}} 30{" + rsa + "}" + encryptedKey + "}";
+            const std::string cipherText = seedByOpenssl(result.key, result.iv, "content", true);
+            EXPECT_EQ(hex(result.message), hex(der("30{020100 31{" + ktri + "} 30{" + dataOid + "30{" + seed + "04{" + hex(result.iv) +
+                                                   "}} 80{" + hex(cipherText) + "}}}")));
+            const Sealed again = sealed(cert, "content", 0);
+            EXPECT_NE(again.key, result.key);
+            EXPECT_NE(again.iv, result.iv);
+        }
+    }
+}
+
+TEST(Envelope, RecipientsShareOneKeyAndOneMayBeNamedByIt)
+{
+    const std::string one = holder(1024), two = certificateOf(rsa, publicKey(2048), forEncryption, "2B");
+    for (const bool byKey : {false, true}) {
+        PEnvelopedData enveloped;
+        ByteString first = byteString(one), second = byteString(two), content = byteString("content"), out, again, key, iv;
+        enveloped.setEncAlgorithm(3020, 0);
+        enveloped.setContent(content);
+        EXPECT_EQ(enveloped.choiceRecipientIdentifier(1), 0);
+        EXPECT_EQ(enveloped.addRecipientByCert(first), 0);
+        EXPECT_EQ(enveloped.choiceRecipientIdentifier(byKey ? 2 : 1), 0);
+        EXPECT_EQ(enveloped.addRecipientByCert(second), 0);
+        EXPECT_EQ(enveloped.addRecipientByCert(content), 1); // no certificate: adds nothing
+        ASSERT_EQ(enveloped.makeEnvelopedData(out), 0) << bytes(enveloped.getErrorTrail());
+        EXPECT_EQ(enveloped.makeEnvelopedData(again), 0);
+        EXPECT_EQ(hex(bytes(again)), hex(bytes(out)));
+        EXPECT_EQ(enveloped.getSymmetricKey(key, iv), 0);
+
+        const std::string message = bytes(out), version = byKey ? "020102" : "020100";
+        EXPECT_EQ(opened(inContentInfo(message), one, 1024), "content");
+        EXPECT_EQ(opened(inContentInfo(message), two, 2048), "content");
+        EXPECT_EQ(hex(part(message, {0})), hex(der(version)));
+        EXPECT_EQ(hex(part(message, {1, 1, 0})), hex(der(version)));
+        if (byKey) { EXPECT_EQ(hex(part(message, {1, 1, 1})), "8014" + hex(sha1ByOpenssl(publicKey(2048)))); }
+        EXPECT_EQ(hex(part(message, {2, 2})), hex(der("80{" + hex(seedByOpenssl(bytes(key), bytes(iv), "content", true)) + "}")));
+
+        enveloped.setOption(PEnvelopedData::withoutContent | PEnvelopedData::inContentInfo);
+        EXPECT_EQ(enveloped.makeEnvelopedData(out), 0);
+        const std::string info = der("30{" + dataOid + "30{" + seed + "04{" + hex(bytes(iv)) + "}}}");
+        EXPECT_EQ(hex(bytes(out)), hex(inContentInfo(der("30{" + hex(part(message, {0}) + part(message, {1}) + info) + "}"))));
+    }
+}
+
+TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
+{
+    const std::string add = "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-", ktri = "this(10),PEnvelopedData::recipientInfoIsKTRI-";
+    const std::string noAlgorithm = add + "this(1),PEnvelopedData::makeSymetricKey-nEncAlg(1),Unknown symmetric algoritm.";
+    const std::string noDsa = add + "cert(5),Can't encrypt key by dsa or kcdsa algorithm.", make = "PEnvelopedData::makeEnvelopedData-";
+    const struct {
+        std::string trail;
+        std::function<void(P&)> prepare = [](P&) {};
+        std::string algorithm = rsa, key = publicKey(1024);
+    } table[] = {
+        {noAlgorithm, [](P& p) { p.setEncAlgorithm(3000, 4); }},
+        {noAlgorithm, [](P& p) { p.setEncAlgorithm(3011, 4); }},
+        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.", [](P& p) { p.setEncAlgorithm(3090, 4); }},
+        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeSymmetricAlgID-pAlgOID(2),The nMode(5) is not supported.", [](P& p) { p.setEncAlgorithm(3020, 5); }},
+        {make + "m_bsContentType(4),REncryptedContentInfo::setContentType-m_contentType(1)", [](P& p) { p.setContentType(""); }},
+        {make + "encrypt(14),Encryption Error", [](P& p) { p.m_bsKey.setData("short", 5); }},
+        {"PEnvelopedData::choiceRecipientIdentifier-m_nRecIdentifier(1),input error(input ISSUERANDSERIALNUMBER or SUBJECT_KEY_IDENTIFIER)", [](P& p) { p.choiceRecipientIdentifier(3); }},
+        {add + ktri + "keyEncAlgId(12),The RSA OAEP is not supported.", [](P& p) { p.setOption(P::rsaOaep); }},
+        {add + "this(12),PEnvelopedData::encrypt-Algorithm(51),The KARI recipientInfoType is not supported.", [](P& p) { p.m_nRecipientType = 2; }},
+        {"PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipient-pKeyEncryptionKey(2),KeyEncrytionKey does not set.", [](P& p) { p.m_nRecipientType = 3; }},
+        {"PEnvelopedData::addRecipientByCert-this(3),PEnvelopedData::encrypt-Algorithm(14),The KEKRI recipientInfoType is not supported.", [](P& p) { ByteString kek("key", 3), none; p.m_nRecipientType = 3; p.addRecipient(none, &kek); }},
+        {add + "m_nRecipientType(13),The recipientType is not chosen.", [](P& p) { p.m_nRecipientType = 4; }},
+        {noDsa, {}, "06{2A831A8C9A440101}"},
+        {noDsa, {}, "06{2A8648CE380401}"},
+        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-kcdsaParams(5)", {}, "06{2A831A8C9A440115}"},
+        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nPrivateKey(2),nLen(8) is not proper RSA public key length.", {}, rsa, der("30{020103 020103}")},
+        {add + "pAlgorithmId(6),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1)", {}, "0600"},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.trail);
+        PEnvelopedData enveloped;
+        enveloped.setEncAlgorithm(3020, 4);
+        if (row.prepare) row.prepare(enveloped);
+        ByteString cert = byteString(certificateOf(row.algorithm, row.key)), out("old", 3);
+        const bool adds = enveloped.getErrorTrail().getLength() == 0, added = adds && enveloped.addRecipientByCert(cert) == 0;
+        EXPECT_EQ(enveloped.m_pRecipientInfos->getCount(), added ? 1 : 0);
+        if (added) enveloped.makeEnvelopedData(out);
+        EXPECT_EQ(placeless(bytes(enveloped.getErrorTrail())).substr(0, row.trail.size()), row.trail);
+        EXPECT_EQ(bytes(out), "old");
+    }
+}
+
+TEST(Envelope, RefusalsComeInTheirOrderAndKeepTheSessionKey)
+{
+    Context context;
+    BinStr good(holder(1024)), content("content"), out("old");
+    EXPECT_EQ(VRNO_CMS_EncryptData(nullptr, 0, good, content, 48, out), 1001);
+    EXPECT_EQ(VRNO_CMS_EncryptData(context, 0, BinStr(), content, 17, nullptr), 1004);
+    EXPECT_EQ(context.error(), function + "수신자의 인증서(pCert)를 지정해 주세요.");
+    EXPECT_EQ(VRNO_CMS_EncryptData(context, 0, good, content, 17, nullptr), 1004);
+    EXPECT_EQ(context.error(), function + "pEnvelopedData의 포인터가 NULL입니다.");
+
+    const std::string badCert = function + "잘못된 인증서 형식입니다. <tarnlib> PCertUtil2::getExtensionValue-cert(1)", badRecipient = function + "잘못된 수신자의 인증서입니다. <tarnlib> ";
+    const std::string badUsage = "[VRNO_CERT_GetKeyUsage] 잘못된 인증서 형식입니다. <tarnlib> ASN1BitString::", notForThis = function + "암호화용 인증서가 아닙니다.", noAlgorithm = function + "지원하지 않는 대칭키 알고리즘입니다.";
+    const auto usage = [](const std::string& value) { return holder(1024, "30{" + keyUsage + "04{" + value + "}}"); };
+    const struct {
+        std::string cert;
+        int alg, code;
+        std::string error;
+    } table[] = {
+        {"no certificate", 17, 5000, noAlgorithm},
+        {"no certificate", 0, 5000, noAlgorithm},
+        {"no certificate", 16, 1500, badCert},
+        {usage("03020780"), 32, 3001, notForThis},
+        {usage("030100"), 48, 3001, notForThis},
+        {usage("03030520A8"), 48, 0, "none"},
+        {usage("03020308"), 48, 0, "none"},
+        {usage(""), 48, 0, "none"}, // counts as absent
+        {holder(1024, ""), 48, 0, "none"},
+        {usage("0300"), 48, 1500, badUsage + "getBitString-"},
+        {usage("040120"), 48, 1500, badUsage + "fromASN1Object-"},
+        {holder(1024), 16, 1500, badRecipient},
+        {holder(1024), 32, 1500, badRecipient},
+        {certificateOf("06{2A831A8C9A440101}", "key"), 48, 1500, badRecipient + "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-cert(5),Can't"},
+    };
+    for (const auto& row : table) {
+        const Sealed result = sealed(row.cert, "content", 0, row.alg);
+        EXPECT_EQ(result.code, row.code) << row.error;
+        EXPECT_EQ(result.error.substr(0, row.error.size()), row.error);
+    }
+    ByteString cert = byteString(usage("03020520"));
+    Call call(context, "F");
+    EXPECT_EQ(checkRecipientKeyUsage(call, Purpose::signing, cert), 3000);
+    EXPECT_EQ(context.error(), "[F] 서명용 인증서가 아닙니다.");
+    {
+        const NoRandomBytes none;
+        EXPECT_EQ(sealed(holder(1024), "content").code, 1500);
+    }
+    unsigned char octet = 0;
+    VRNO_BINSTR noLength{&octet, 0};
+    for (const VRNO_BINSTR* const nothing : {static_cast<VRNO_BINSTR*>(nullptr), &noLength}) {
+        EXPECT_EQ(VRNO_CMS_EncryptData(context, 2, good, nothing, 48, out), 0);
+        EXPECT_EQ(opened(out.data(), holder(1024), 1024), "");
+    }
+    EXPECT_EQ(VRNO_CMS_EncryptData(context, 2, good, content, 48, content), 0); // an output may be the input
+    EXPECT_EQ(opened(content.data(), holder(1024), 1024), "content");
+}
+
+TEST(Envelope, ContentsTooLongAreRefusedUnread)
+{
+    Context context;
+    BinStr cert(holder(1024)), out("old");
+    unsigned char octet = 0; // all that there is of a content
+    for (const unsigned length : {0x7FFFFDFFU, 0x7FFFFFF0U, 0x7FFFFFFEU, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        const FailingAllocation none(0);
+        const VRNO_BINSTR huge{&octet, length};
+        EXPECT_EQ(VRNO_CMS_EncryptData(context, 2, cert, &huge, 48, out), length < 0x7FFFFFFF ? 3006 : 1002) << length;
+        EXPECT_LT(FailingAllocation::size(), 1U << 20);
+        EXPECT_EQ(out.data(), "old");
+    }
+    EXPECT_EQ(context.error(), function + "메모리를(pData) 할당하는데 실패하였습니다.");
+}
+
+// Each allocation in turn fails: the message is whole, or there is a code and the old message; and the old session key, unless
+// what failed is the new one's slot.
+TEST(Envelope, EveryAllocationMayFail)
+{
+    const std::string cert = holder(1024), content(1000, 'c');
+    BinStr c(cert), d(content), old("the old key.....");
+    bool failed = true;
+    for (long number = 1; failed; ++number) {
+        Context context;
+        BinStr out("old"), key, iv;
+        VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, old, old);
+        const FailingAllocation fails(number);
+        const int code = VRNO_CMS_EncryptData(context, VRNO_CMS_CONTENT_INFO, c, d, VRNO_SYM_SEED, out);
+        failed = FailingAllocation::count() >= number;
+        EXPECT_TRUE(code == 0 || code == 1002 || code == 1500 || code == 3006) << number;
+        EXPECT_EQ(opened(out.data(), cert, 1024), code == 0 ? content : "closed") << number;
+        if (code == 1500 || code == 3006) { EXPECT_EQ(bytes(*static_cast<VRNO_API_CTX*>(context)->pSessionKey), old.data()); }
+        ASSERT_LT(number, 2000);
+    }
+}
