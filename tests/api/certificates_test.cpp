@@ -126,7 +126,10 @@ TEST(Certificates, FieldsOfEveryKind)
     for (const auto& row : table) {
         SCOPED_TRACE(row.algorithmName);
         Context context;
-        ASSERT_EQ(context.load(certificate({.version = row.version, .signature = "06{" + std::string(row.algorithm) + "}", .algorithm = "06{" + std::string(row.key) + "}"})), 0) << context.error();
+        ASSERT_EQ(context.load(certificate(
+                      {.version = row.version, .signature = "06{" + std::string(row.algorithm) + "}", .algorithm = "06{" + std::string(row.key) + "}"})),
+                  0)
+            << context.error();
         int version = 0;
         EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 0);
         EXPECT_EQ(version, row.versionNumber);

@@ -1,6 +1,6 @@
 // The getters of extensions: their texts and failures by table, and against what OpenSSL reads in real certificates.
-#include "VNProcess/PIdentifyDataUtil.h"
 #include "ASN1Pkix/records/RExtensions.h"
+#include "VNProcess/PIdentifyDataUtil.h"
 #include "VNProcess/PPolicyUtil.h"
 #include "VNProcess/PSubAltNameUtil.h"
 #include "support/certificates.h"

@@ -19,8 +19,8 @@ static const std::string hong = readFile(SAMPLES "/hong.der"), hongsKey = readFi
 
 static void expectDocumented(const std::vector<Result>& results)
 {
-    static const std::set<int> documented = {0,    1002, 1004, 1005, 1500, 1501, 1502, 2000, 2001, 2002, 2003, 2004,
-                                             3001, 3006, 5001, 5004, 5005, 5006, 5015, 5500, 5501};
+    static const std::set<int> documented = {0,    1002, 1004, 1005, 1500, 1501, 1502, 2000, 2001, 2002, 2003,
+                                             2004, 3001, 3006, 5001, 5004, 5005, 5006, 5015, 5500, 5501};
     for (const Result& result : results) EXPECT_TRUE(documented.count(result.code)) << result.code;
 }
 
@@ -202,7 +202,8 @@ static void failEachAllocation(const Scenario& use)
             const std::vector<Result> results = use();
             expectDocumented(results);
             for (std::size_t i = 0; i < results.size(); ++i) {
-                for (const int lie : {1502, 2000, 2004}) EXPECT_TRUE(results[i].code != lie || well[i].code == lie) << "call " << i << ", allocation " << number;
+                for (const int lie : {1502, 2000, 2004})
+                    EXPECT_TRUE(results[i].code != lie || well[i].code == lie) << "call " << i << ", allocation " << number;
                 if (results[i].code == 0) { EXPECT_EQ(results[i].output, well[i].output) << "call " << i << ", allocation " << number; }
             }
         }

@@ -35,8 +35,7 @@ std::string publicKey(unsigned bits)
     return key;
 }
 
-std::string certificateOf(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption,
-                          const std::string& serial = "2A")
+std::string certificateOf(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption, const std::string& serial = "2A")
 {
     const std::string keyId = "30{06{551D0E} 04{04{" + hex(sha1ByOpenssl(key)) + "}}}";
     return certificate({.serial = serial, .name = issuer, .algorithm = algorithm, .key = hex(key), .extensions = "A3{30{" + extensions + keyId + "}}"});
@@ -134,8 +133,8 @@ TEST(Envelope, FieldsStandInTheirOrderAndTheSessionKeyIsTheMessages)
             const std::string encryptedKey = hex(part(result.message, {1, 0, 3}));
             const std::string ktri = "30{020100 30{" + issuer + "02{" + serial + "}} 30{" + rsa + "}" + encryptedKey + "}";
             const std::string cipherText = seedByOpenssl(result.key, result.iv, "content", true);
-            EXPECT_EQ(hex(result.message), hex(der("30{020100 31{" + ktri + "} 30{" + dataOid + "30{" + seed + "04{" + hex(result.iv) +
-                                                   "}} 80{" + hex(cipherText) + "}}}")));
+            EXPECT_EQ(hex(result.message),
+                      hex(der("30{020100 31{" + ktri + "} 30{" + dataOid + "30{" + seed + "04{" + hex(result.iv) + "}} 80{" + hex(cipherText) + "}}}")));
             const Sealed again = sealed(cert, "content", 0);
             EXPECT_NE(again.key, result.key);
             EXPECT_NE(again.iv, result.iv);
@@ -178,7 +177,8 @@ TEST(Envelope, RecipientsShareOneKeyAndOneMayBeNamedByIt)
 
 TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
 {
-    const std::string add = "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-", ktri = "this(10),PEnvelopedData::recipientInfoIsKTRI-";
+    const std::string add = "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-",
+                      ktri = "this(10),PEnvelopedData::recipientInfoIsKTRI-";
     const std::string noAlgorithm = add + "this(1),PEnvelopedData::makeSymetricKey-nEncAlg(1),Unknown symmetric algoritm.";
     const std::string noDsa = add + "cert(5),Can't encrypt key by dsa or kcdsa algorithm.", make = "PEnvelopedData::makeEnvelopedData-";
     const struct {
@@ -188,20 +188,32 @@ TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
     } table[] = {
         {noAlgorithm, [](P& p) { p.setEncAlgorithm(3000, 4); }},
         {noAlgorithm, [](P& p) { p.setEncAlgorithm(3011, 4); }},
-        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.", [](P& p) { p.setEncAlgorithm(3090, 4); }},
+        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.",
+         [](P& p) { p.setEncAlgorithm(3090, 4); }},
         {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeSymmetricAlgID-pAlgOID(2),The nMode(5) is not supported.", [](P& p) { p.setEncAlgorithm(3020, 5); }},
         {make + "m_bsContentType(4),REncryptedContentInfo::setContentType-m_contentType(1)", [](P& p) { p.setContentType(""); }},
         {make + "encrypt(14),Encryption Error", [](P& p) { p.m_bsKey.setData("short", 5); }},
-        {"PEnvelopedData::choiceRecipientIdentifier-m_nRecIdentifier(1),input error(input ISSUERANDSERIALNUMBER or SUBJECT_KEY_IDENTIFIER)", [](P& p) { p.choiceRecipientIdentifier(3); }},
+        {"PEnvelopedData::choiceRecipientIdentifier-m_nRecIdentifier(1),input error(input ISSUERANDSERIALNUMBER or SUBJECT_KEY_IDENTIFIER)",
+         [](P& p) { p.choiceRecipientIdentifier(3); }},
         {add + ktri + "keyEncAlgId(12),The RSA OAEP is not supported.", [](P& p) { p.setOption(P::rsaOaep); }},
         {add + "this(12),PEnvelopedData::encrypt-Algorithm(51),The KARI recipientInfoType is not supported.", [](P& p) { p.m_nRecipientType = 2; }},
-        {"PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipient-pKeyEncryptionKey(2),KeyEncrytionKey does not set.", [](P& p) { p.m_nRecipientType = 3; }},
-        {"PEnvelopedData::addRecipientByCert-this(3),PEnvelopedData::encrypt-Algorithm(14),The KEKRI recipientInfoType is not supported.", [](P& p) { ByteString kek("key", 3), none; p.m_nRecipientType = 3; p.addRecipient(none, &kek); }},
+        {"PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipient-pKeyEncryptionKey(2),KeyEncrytionKey does not set.",
+         [](P& p) { p.m_nRecipientType = 3; }},
+        {"PEnvelopedData::addRecipientByCert-this(3),PEnvelopedData::encrypt-Algorithm(14),The KEKRI recipientInfoType is not supported.",
+         [](P& p) {
+             ByteString kek("key", 3), none;
+             p.m_nRecipientType = 3;
+             p.addRecipient(none, &kek);
+         }},
         {add + "m_nRecipientType(13),The recipientType is not chosen.", [](P& p) { p.m_nRecipientType = 4; }},
         {noDsa, {}, "06{2A831A8C9A440101}"},
         {noDsa, {}, "06{2A8648CE380401}"},
         {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-kcdsaParams(5)", {}, "06{2A831A8C9A440115}"},
-        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nPrivateKey(2),nLen(8) is not proper RSA public key length.", {}, rsa, der("30{020103 020103}")},
+        {add + ktri +
+             "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nPrivateKey(2),nLen(8) is not proper RSA public key length.",
+         {},
+         rsa,
+         der("30{020103 020103}")},
         {add + "pAlgorithmId(6),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1)", {}, "0600"},
     };
     for (const auto& row : table) {
@@ -228,8 +240,10 @@ TEST(Envelope, RefusalsComeInTheirOrderAndKeepTheSessionKey)
     EXPECT_EQ(VRNO_CMS_EncryptData(context, 0, good, content, 17, nullptr), 1004);
     EXPECT_EQ(context.error(), function + "pEnvelopedData의 포인터가 NULL입니다.");
 
-    const std::string badCert = function + "잘못된 인증서 형식입니다. <tarnlib> PCertUtil2::getExtensionValue-cert(1)", badRecipient = function + "잘못된 수신자의 인증서입니다. <tarnlib> ";
-    const std::string badUsage = "[VRNO_CERT_GetKeyUsage] 잘못된 인증서 형식입니다. <tarnlib> ASN1BitString::", notForThis = function + "암호화용 인증서가 아닙니다.", noAlgorithm = function + "지원하지 않는 대칭키 알고리즘입니다.";
+    const std::string badCert = function + "잘못된 인증서 형식입니다. <tarnlib> PCertUtil2::getExtensionValue-cert(1)",
+                      badRecipient = function + "잘못된 수신자의 인증서입니다. <tarnlib> ";
+    const std::string badUsage = "[VRNO_CERT_GetKeyUsage] 잘못된 인증서 형식입니다. <tarnlib> ASN1BitString::",
+                      notForThis = function + "암호화용 인증서가 아닙니다.", noAlgorithm = function + "지원하지 않는 대칭키 알고리즘입니다.";
     const auto usage = [](const std::string& value) { return holder(1024, "30{" + keyUsage + "04{" + value + "}}"); };
     const struct {
         std::string cert;
@@ -249,7 +263,8 @@ TEST(Envelope, RefusalsComeInTheirOrderAndKeepTheSessionKey)
         {usage("040120"), 48, 1500, badUsage + "fromASN1Object-"},
         {holder(1024), 16, 1500, badRecipient},
         {holder(1024), 32, 1500, badRecipient},
-        {certificateOf("06{2A831A8C9A440101}", "key"), 48, 1500, badRecipient + "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-cert(5),Can't"},
+        {certificateOf("06{2A831A8C9A440101}", "key"), 48, 1500,
+         badRecipient + "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-cert(5),Can't"},
     };
     for (const auto& row : table) {
         const Sealed result = sealed(row.cert, "content", 0, row.alg);

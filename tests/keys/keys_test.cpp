@@ -123,9 +123,11 @@ TEST(KeyPairs, FitOrAreToldApart)
         {"an RSA key of another size", small.certificate, large.privateKey, doesNotHold + "Final stage; Verification of signature or"},
         {"another KCDSA key", first.certificate, stranger.privateKey, doesNotHold + "Final stage; Verification of signature or"},
         {"an RSA key of no supported size", odd.certificate, odd.privateKey, detection + "nPrivateKey(5),The RSA 1536bit is not supported."},
-        {"no private key", small.certificate, "x", byPrivate + "privateKeyInfo(4108),RPrivateKeyInfo::fromASN1Object-asnSeq(1),ASN1Sequence::fromASN1Object-ASN1Object::fromASN1Object(1),"},
+        {"no private key", small.certificate, "x",
+         byPrivate + "privateKeyInfo(4108),RPrivateKeyInfo::fromASN1Object-asnSeq(1),ASN1Sequence::fromASN1Object-ASN1Object::fromASN1Object(1),"},
         {"no certificate", "x", small.privateKey, byPublic + "this(1),PPublicKey::getPublicKeyInfoFromCert-unCertKind(6),Unknown certificate type."},
-        {"a wireless certificate", "\x01", small.privateKey, byPublic + "this(1),PPublicKey::getPublicKeyInfoFromCert-WCertUtil(5),The WCertUtil class dose not suppot."},
+        {"a wireless certificate", "\x01", small.privateKey,
+         byPublic + "this(1),PPublicKey::getPublicKeyInfoFromCert-WCertUtil(5),The WCertUtil class dose not suppot."},
         {"KCDSA without its certificate", "x", first.privateKey, byPrivate + "cert(6),RCertificate::fromASN1Object-asnSeq(1),"},
         {"a refused certificate", certificate({.algorithm = oidDsa, .key = "0500"}), small.privateKey,
          byPublic + "this(2),PPublicKey::verifySignature-this(5),PPublicKey::GetPublicKeyAlgorithm-bsPublicKeyAlgorithm(21),DSA is not supported"},
@@ -337,7 +339,8 @@ TEST(Cards, EveryResultIsTold)
         SCOPED_TRACE(row.output.substr(0, 200));
         BinStr out("old");
         if (!row.result.empty()) card.put("0010.result", row.result);
-        const int code = row.isKey ? VRNO_MEDIA_CARD_ReadPriKey(context, row.type, "1234", nullptr, out) : VRNO_MEDIA_CARD_ReadCert(context, row.type, "1234", out);
+        const int code =
+            row.isKey ? VRNO_MEDIA_CARD_ReadPriKey(context, row.type, "1234", nullptr, out) : VRNO_MEDIA_CARD_ReadCert(context, row.type, "1234", out);
         card.remove("0010.result");
         EXPECT_EQ(code, row.code);
         EXPECT_EQ(out.data(), code == 0 ? row.output : "old");
@@ -367,7 +370,8 @@ TEST(Cards, KeysAreOpenedAndGetTheirRandomNumber)
     EXPECT_EQ(read(0x2001, "password"), 0);
     EXPECT_EQ(out.data(), plain);
     EXPECT_EQ(read(1, "password"), 2519);
-    EXPECT_EQ(context.error(), "[VRNO_MEDIA_CARD_ReadPriKey] 본인확인을 위한 랜덤값 읽기 실패하였습니다. <dynamiclib> fnc=PKI_STORAGE_Read,errcode=0x6a82,msg=no such item");
+    EXPECT_EQ(context.error(),
+              "[VRNO_MEDIA_CARD_ReadPriKey] 본인확인을 위한 랜덤값 읽기 실패하였습니다. <dynamiclib> fnc=PKI_STORAGE_Read,errcode=0x6a82,msg=no such item");
     for (const std::string& value : {std::string(), std::string("\0value", 6)}) {
         card.put("0030.item", value);
         EXPECT_EQ(read(1, "password"), 0);
@@ -396,7 +400,8 @@ TEST(Cards, KeysAreOpenedAndGetTheirRandomNumber)
     ASSERT_EQ(VRNO_PRIKEY_Encrypt(context, 48, "password", odd, blob), 0);
     card.put("0020.item", blob.data());
     EXPECT_EQ(read(1, "password"), 2000);
-    EXPECT_EQ(placeless(context.error()).find("[VRNO_MEDIA_CARD_ReadPriKey] 잘못된 개인키 형식입니다. <tarnlib> PPrivateKey::setRandomNumber-attribute(2),"), 0U);
+    EXPECT_EQ(placeless(context.error()).find("[VRNO_MEDIA_CARD_ReadPriKey] 잘못된 개인키 형식입니다. <tarnlib> PPrivateKey::setRandomNumber-attribute(2),"),
+              0U);
 }
 
 // A library that the system does not let go: its handle is given back behind our back.

@@ -188,14 +188,21 @@ TEST(Pkcs8, RefusesWithTheReason)
     const auto row = [&](int code, const std::string& rest) { return read + std::to_string(code) + decrypt + rest; };
     refused("30{06{2A03}}", row(8, "this(8),PPKCS8::GetAlgorithm-bsOID(1),bsOID(1 2 3) is unknown OID."));
     refused("30{06{2A} 0500}", row(8, "this(8),PPKCS8::GetAlgorithm-bsOID(1),bsOID(1 2) is unknown OID."));
-    refused("30{06{} 0500}", row(3, "pAlgorithmId(3),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),ASN1ObjectIdentifier::getOID-nOID(2),ASN1 OID Format Error"));
-    refused("30{" + oidPbes2 + "0500}", row(5, "pbes2Params(5),RPBES2_params::fromASN1Object-asnSeq(1),ASN1Sequence::fromASN1Object-m_ucPrimitiveTag(2),TagType(5)is not ASN1_TAG_SEQUENCE"));
-    refused(pbes2("0500", oidSeed), row(6, "this(6),PPKCS8::parseKeyDerivationFunc-pbkdf2Params(2),RPBKDF2_params::fromASN1Object-nCount(2),At least 2 components are required."));
-    refused(pbes2(s + "30{06{2A864886F70D0207} 0500}", oidSeed), row(6, "this(6),PPKCS8::parseKeyDerivationFunc-pbkdf2Params(4),Only support HMAC-SHA-1 Pseudorandom function."));
+    refused("30{06{} 0500}",
+            row(3, "pAlgorithmId(3),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),ASN1ObjectIdentifier::getOID-nOID(2),ASN1 OID Format Error"));
+    refused(
+        "30{" + oidPbes2 + "0500}",
+        row(5, "pbes2Params(5),RPBES2_params::fromASN1Object-asnSeq(1),ASN1Sequence::fromASN1Object-m_ucPrimitiveTag(2),TagType(5)is not ASN1_TAG_SEQUENCE"));
+    refused(pbes2("0500", oidSeed),
+            row(6, "this(6),PPKCS8::parseKeyDerivationFunc-pbkdf2Params(2),RPBKDF2_params::fromASN1Object-nCount(2),At least 2 components are required."));
+    refused(pbes2(s + "30{06{2A864886F70D0207} 0500}", oidSeed),
+            row(6, "this(6),PPKCS8::parseKeyDerivationFunc-pbkdf2Params(4),Only support HMAC-SHA-1 Pseudorandom function."));
     refused(pbes2(s, "06{2A864886F70D0302}"), row(7, "this(7),PPKCS8::parseEncryptionScheme-rc2CBCParameter(1),The RC2 algorithm dose not supported."));
     refused(pbes2(s, "06{2A864886F70D0309}"), row(7, "this(7),PPKCS8::parseEncryptionScheme-rc5CBCParameters(3),The RC5 algorithm is not supported."));
-    refused(pbes2(s, oidSeed + "0500"), row(7, "this(7),PPKCS8::parseEncryptionScheme-this(9),ASN1OctetString::fromASN1Object-m_ucPrimitiveTag(2),TagType(5)is not ASN1_TAG_OCTETSTRING"));
-    refused(pbes2(s, "06{2A864886F70D0307}" + octets("12345678")), row(7, "this(7),PPKCS8::parseEncryptionScheme-this(10),PPKCS8::GetAlgorithm-bsOID(11),The 3DES algorithm is not supported."));
+    refused(pbes2(s, oidSeed + "0500"),
+            row(7, "this(7),PPKCS8::parseEncryptionScheme-this(9),ASN1OctetString::fromASN1Object-m_ucPrimitiveTag(2),TagType(5)is not ASN1_TAG_OCTETSTRING"));
+    refused(pbes2(s, "06{2A864886F70D0307}" + octets("12345678")),
+            row(7, "this(7),PPKCS8::parseEncryptionScheme-this(10),PPKCS8::GetAlgorithm-bsOID(11),The 3DES algorithm is not supported."));
     refused("30{" + oidSeed + "30{" + s + "0500}}", row(9, "pbeParameter(9),RPBEParameter::fromASN1Object-asnSeq(2),The number of components is not 2."));
     for (const std::string& count : {std::string("020100"), std::string("0201FF"), std::string("02{7FFFFFFFFF}")}) {
         const std::string told = count == "0201FF" ? "-1" : "0";

@@ -63,9 +63,7 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     EXPECT_EQ(enveloped.setVersion(2), 0);
     EXPECT_EQ(enveloped.setRecipientInfos(recipients), 0);
     EXPECT_EQ(enveloped.setEncryptedContentInfo(content), 0);
-    const auto ktri = [](const std::string& id, const std::string& key) {
-        return "30{020102 80{" + id + "} 30{06{2A03}} 04{\"" + key + "\"}}";
-    };
+    const auto ktri = [](const std::string& id, const std::string& key) { return "30{020102 80{" + id + "} 30{06{2A03}} 04{\"" + key + "\"}}"; };
     const std::string version = "020102", set = "31{" + ktri("BB", "two") + ktri("AA", "one") + "}";
     const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}", plain = "30{" + version + set + info + "}";
     EXPECT_EQ(encoded(enveloped), hex(der(plain)));
@@ -87,8 +85,7 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     EXPECT_EQ(enveloped.setOriginatorInfo(originator), 0);
     EXPECT_EQ(enveloped.setUnprotectedAttrs(attributes), 0);
     EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0); // over the first one
-    EXPECT_EQ(encoded(enveloped),
-              hex(der("30{" + version + "A0{A0{30{020101}}}" + set + info + "A1{30{06{2A06} 31{0500}}}}")));
+    EXPECT_EQ(encoded(enveloped), hex(der("30{" + version + "A0{A0{30{020101}}}" + set + info + "A1{30{06{2A06} 31{0500}}}}")));
 }
 
 TEST(Cms, SettersAndEncodingTellWhatIsMissing)
@@ -142,9 +139,7 @@ std::string foreignMessage(unsigned flags, bool stream)
     flags |= CMS_BINARY | (stream ? CMS_STREAM : CMS_PARTIAL);
     CMS_ContentInfo* const cms = CMS_encrypt(nullptr, nullptr, EVP_aes_128_cbc(), flags | CMS_PARTIAL);
     EXPECT_TRUE(CMS_add1_recipient_cert(cms, x509, flags));
-    const auto copy = [](const char* octets) {
-        return static_cast<unsigned char*>(OPENSSL_memdup(octets, 16));
-    };
+    const auto copy = [](const char* octets) { return static_cast<unsigned char*>(OPENSSL_memdup(octets, 16)); };
     EXPECT_TRUE(CMS_add0_recipient_key(cms, NID_id_aes128_wrap, copy("0123456789abcdef"), 16, copy("the shared key's"), 16,
                                        ASN1_GENERALIZEDTIME_set(nullptr, 1700000000), nullptr, nullptr));
     if (stream) {
@@ -188,8 +183,7 @@ TEST(Cms, AMessageOfAnotherProgramIsWrittenBack)
             if (recipient.getBitMask() != RRecipientInfo::keyTransRecipientInfo) continue;
             ASSERT_EQ(ktri.fromASN1Object(element), 0);
             EXPECT_EQ(encoded(ktri), hex(bytes(element)));
-            EXPECT_EQ(ktri.m_rid.getBitMask(), flags ? RRecipientIdentifier::subjectKeyIdentifier
-                                                     : RRecipientIdentifier::issuerAndSerialNumber);
+            EXPECT_EQ(ktri.m_rid.getBitMask(), flags ? RRecipientIdentifier::subjectKeyIdentifier : RRecipientIdentifier::issuerAndSerialNumber);
         }
         EXPECT_EQ(kinds, 1 << RRecipientInfo::keyTransRecipientInfo | 1 << RRecipientInfo::kEKRecipientInfo);
 
