@@ -8,6 +8,7 @@ namespace vrno {
 
 int ASN1BitString::setBitString(ByteString& bits, bool trim)
 {
+    if (bits.isOutOfMemory()) return setValue(bits);
     Octets octets = bits.octets();
     int unused = 0;
     if (trim && !octets.empty()) {
@@ -18,7 +19,7 @@ int ASN1BitString::setBitString(ByteString& bits, bool trim)
     ByteBuilder value;
     value.add(static_cast<unsigned char>(unused));
     value.append(octets);
-    return value.into(m_bsValue);
+    return valueSet(value.into(m_bsValue));
 }
 
 ByteString& ASN1BitString::getBitString(int* unusedBits)

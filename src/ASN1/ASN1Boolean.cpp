@@ -5,7 +5,7 @@ namespace vrno {
 int ASN1Boolean::setBoolValue(int value)
 {
     const unsigned char octet = value ? 0xFF : 0;
-    return m_bsValue.setData(&octet, 1);
+    return valueSet(m_bsValue.setData(&octet, 1));
 }
 
 bool ASN1Boolean::getBoolValue() const

@@ -38,11 +38,12 @@ int ASN1Integer::setBytes(const unsigned char* data, int length, int sign)
     if (sign == 0 && negative) octets.add(0x00);
     if (sign == -1 && !negative) octets.add(0xFF);
     octets.append(data, static_cast<std::size_t>(length));
-    return octets.into(m_bsValue);
+    return valueSet(octets.into(m_bsValue));
 }
 
 int ASN1Integer::setBytes(ByteString& data, int sign)
 {
+    if (data.isOutOfMemory()) return setValue(data);
     return setBytes(data.getBytes(), data.getLength(), sign);
 }
 

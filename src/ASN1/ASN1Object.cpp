@@ -35,10 +35,10 @@ int ASN1Object::CheckASN1Member(unsigned char tag, unsigned char* primitiveTag, 
 
 int ASN1Object::GetHighTag(const unsigned char* data, int length, int* tagValue, bool hasLeadOctet)
 {
-    constexpr int most = 4;
+    constexpr int maxOctets = 4;
     m_nLastError = 0;
     int value = 0;
-    for (int count = hasLeadOctet ? 1 : 0; count < length && count < most;) {
+    for (int count = hasLeadOctet ? 1 : 0; count < length && count < maxOctets;) {
         const unsigned char octet = data[count++];
         value = value << 7 | (octet & 0x7F);
         if ((octet & 0x80) == 0) {
@@ -46,7 +46,7 @@ int ASN1Object::GetHighTag(const unsigned char* data, int length, int* tagValue,
             return count;
         }
     }
-    fail(*this, 0, "nTagValue", length < most ? "ASN1 Format(Length) Error" : "Too Long(>4)");
+    fail(*this, 0, "nTagValue", length < maxOctets ? "ASN1 Format(Length) Error" : "Too Long(>4)");
     return 0;
 }
 
@@ -138,27 +138,25 @@ int ASN1Object::findIndefiniteLengEnd(const unsigned char* data, int length, int
             at += size.octets + size.value;
         }
     }
-    const char* const message = levels.failed() ? "Memory Allocation Error" : "Error at finding Indefinitive Length End(0x00 0x00)";
-    return failInLevels(levels, fail(*this, 5, "Value Length", message));
+    if (levels.failed()) return failInLevels(levels, failMemory(*this, 5, "Value Length"));
+    return failInLevels(levels, fail(*this, 5, "Value Length", "Error at finding Indefinitive Length End(0x00 0x00)"));
 }
 
-// Lays the frame of each open level around the failure that the trail holds, all in one go. A hostile input has as many
-// levels as half its octets; of those the outermost hundred are told, which is more text than an error can hold anyway.
-// Returns the outermost level's code, or `code` when no level is open.
+// Puts the frames of the open levels in front of the trail, in one step. A hostile input has as many levels as half its
+// octets. The frames of the outermost hundred are more text than the boundary's message holds. Returns the outermost
+// level's code, or `code` when no level is open.
 int ASN1Object::failInLevels(const ByteBuilder& levels, int code, Here at)
 {
     constexpr int codeOther = 4, codeExplicit = 3;
-    constexpr std::size_t mostTold = 100;
-    const Octets open = levels.octets().first(std::min(levels.octets().size(), mostTold));
+    constexpr std::size_t maxFrames = 100;
+    const Octets open = levels.octets().first(std::min(levels.octets().size(), maxFrames));
     if (open.empty()) return code;
-    const auto frame = [&at](int levelCode) {
-        return trailFrame(at.file, at.line, className, at.function, "Value Length", levelCode, true);
-    };
+    const auto frame = [&at](int levelCode) { return Trail::frameText(at, className, "Value Length", levelCode, true); };
     const ByteString frames[] = {frame(codeOther), frame(codeExplicit)};
-    ByteBuilder trail;
-    for (const unsigned char isExplicit : open) trail.append(frames[isExplicit].octets());
-    trail.append(m_bsErrorTrail.octets());
-    trail.into(m_bsErrorTrail);
+    ByteBuilder outer;
+    for (const unsigned char isExplicit : open) outer.append(frames[isExplicit].octets());
+    m_bsErrorTrail.prepend(outer.octets());
+    if (outer.failed() || frames[0].isOutOfMemory() || frames[1].isOutOfMemory()) m_bsErrorTrail.setOutOfMemory();
     return open.front() ? codeExplicit : codeOther;
 }
 
@@ -169,19 +167,20 @@ int ASN1Object::failInLevels(const ByteBuilder& levels, int code, Here at)
 // search for an end finds does fit, so the code between has no use.
 int ASN1Object::takeContents(Octets lengthAndRest, int firstCode, Octets& contents)
 {
+    const FailuresOf failed{*this, "fromASN1Object"};
     const Length size = readLength(lengthAndRest);
     if (size.form == LengthForm::indefinite) {
         const Octets rest = lengthAndRest.subspan(size.octets);
         int length = 0;
         if (findIndefiniteLengEnd(rest.data(), static_cast<int>(rest.size()), &length) > 0) {
-            return fail(*this, firstCode + 1, "Value Length", *this, Here::now().in("fromASN1Object"));
+            return failed(firstCode + 1, "Value Length", *this);
         }
         contents = rest.first(static_cast<std::size_t>(length));
         return 0;
     }
     if (!size.fit(lengthAndRest.size())) {
         const int code = size.form == LengthForm::longForm ? firstCode : firstCode + 3;
-        return fail(*this, code, "nValueLen", "ASN1 Format(Length) Error", Here::now().in("fromASN1Object"));
+        return failed(code, "nValueLen", "ASN1 Format(Length) Error");
     }
     contents = lengthAndRest.subspan(size.octets, size.value);
     return 0;
@@ -190,11 +189,12 @@ int ASN1Object::takeContents(Octets lengthAndRest, int firstCode, Octets& conten
 int ASN1Object::keepValue(Octets contents)
 {
     if (m_bsValue.setData(contents.data(), static_cast<int>(contents.size())) == 0) return 0;
-    return fail(*this, 13, "m_bsValue", "Memory Allocation Error", Here::now().in("fromASN1Object"));
+    return failMemory(*this, 13, "m_bsValue", memoryFailure, Here::now().in("fromASN1Object"));
 }
 
 int ASN1Object::fromASN1Object(ByteString& data)
 {
+    if (data.isOutOfMemory()) return failMemory(*this, 1, "baData");
     if (data.isNull()) return fail(*this, 1, "baData", "The bsData is NULL pointer.");
     if (data.getLength() < 2) return fail(*this, 1, "baData", "ASN1 Format(Length) Error");
 
@@ -228,18 +228,12 @@ int ASN1Object::fromASN1Object(ByteString& data)
     return keepValue(contents);
 }
 
-int ASN1Object::failAs(const ASN1Type& type, int code, const char* name, const char* message, Here at)
-{
-    addTrailFrame(at.file, at.line, type.className, at.function, name, code, message);
-    return code;
-}
-
 int ASN1Object::decodeTyped(ByteString& data, const ASN1Type& type, Here at)
 {
-    if (ASN1Object::fromASN1Object(data) > 0) return failAs(type, 1, "ASN1Object::fromASN1Object", m_bsErrorTrail.getText(), at);
+    if (ASN1Object::fromASN1Object(data) > 0) return failAs(*this, type.className, 1, "ASN1Object::fromASN1Object", *this, at);
     if (m_ucTaggedType == implicitTag) m_ucPrimitiveTag = type.tag; // nothing in the data can contradict it
     if (m_ucPrimitiveTag == type.tag) return 0;
-    return failAs(type, 2, "m_ucPrimitiveTag", formatted(type.mismatch, m_ucPrimitiveTag).getText(), at);
+    return failAs(*this, type.className, 2, "m_ucPrimitiveTag", formatted(type.mismatch, m_ucPrimitiveTag), at);
 }
 
 // ---- encoding ----
@@ -252,6 +246,10 @@ std::size_t ASN1Object::putHeader(unsigned char* out, Here at)
         failOutput(*this, code, name, "ASN1 Format Error", at);
         return std::size_t{0};
     };
+    if (m_bsValue.isOutOfMemory()) {
+        failOutputMemory(*this, 3, "m_bsValue", at);
+        return 0;
+    }
     const bool isExplicit = m_ucTaggedType == explicitTag;
     const bool anyTag = m_ucPrimitiveTag == ASN1_TAG_ANY;
     const bool container = m_ucPrimitiveTag == ASN1_TAG_SEQUENCE || m_ucPrimitiveTag == ASN1_TAG_SET;
@@ -283,14 +281,14 @@ std::size_t ASN1Object::putHeader(unsigned char* out, Here at)
 
 ByteString& ASN1Object::toASN1Object()
 {
-    unsigned char header[mostHeader];
+    unsigned char header[maxHeader];
     const std::size_t octets = putHeader(header, Here::now());
     if (octets == 0) return m_bsOutput;
     const Octets value = m_bsValue.octets();
-    constexpr std::size_t most = INT_MAX - 1; // what a ByteString holds
+    constexpr std::size_t maxLength = INT_MAX - 1; // of a ByteString
     const std::size_t total = octets + value.size();
-    unsigned char* const element = total <= most ? m_bsOutput.makeRoom(static_cast<int>(total)) : nullptr;
-    if (!element) return failOutput(*this, 3, "m_bsOutput", "Memory Allocation Error");
+    unsigned char* const element = total <= maxLength ? m_bsOutput.makeRoom(static_cast<int>(total)) : nullptr;
+    if (!element) return failOutputMemory(*this, 3, "m_bsOutput");
     std::memcpy(element, header, octets);
     std::memcpy(element + octets, value.data(), value.size());
     return m_bsOutput;
@@ -298,42 +296,47 @@ ByteString& ASN1Object::toASN1Object()
 
 ByteString& ASN1Object::useUpAsASN1Object()
 {
-    unsigned char header[mostHeader];
+    unsigned char header[maxHeader];
     const std::size_t octets = putHeader(header, Here::now().in("toASN1Object"));
     if (octets == 0) return m_bsOutput;
     m_bsOutput.swap(m_bsValue);
-    if (m_bsOutput.prepend({header, octets}) > 0) return failOutput(*this, 3, "m_bsOutput", "Memory Allocation Error");
+    if (m_bsOutput.prepend({header, octets}) > 0) return failOutputMemory(*this, 3, "m_bsOutput");
     return m_bsOutput;
 }
 
 ByteString& ASN1Object::giveOutput(const void* data, std::size_t length, Here at)
 {
-    if (m_bsOutput.setData(data, static_cast<int>(length)) > 0)
-        return failOutput(*this, noMemoryCode, "m_bsOutput", "Memory Allocation Error", at);
+    if (m_bsOutput.setData(data, static_cast<int>(length)) > 0) return failOutputMemory(*this, 1, "m_bsOutput", at);
     return m_bsOutput;
 }
 
 // ---- plain access ----
 
+int ASN1Object::valueSet(int result, Here at)
+{
+    return result > 0 ? failMemory(*this, result, "m_bsValue", memoryFailure, at) : 0;
+}
+
 int ASN1Object::setValue(ByteString& value)
 {
     m_bsValue = value;
-    return m_bsValue.getError();
+    return valueSet(m_bsValue.getError());
 }
 
 int ASN1Object::setValue(const void* data, int length)
 {
-    return m_bsValue.setData(data, length);
+    return valueSet(m_bsValue.setData(data, length));
 }
 
 int ASN1Object::setValue(const char* text)
 {
     m_bsValue = text;
-    return m_bsValue.getError();
+    return valueSet(m_bsValue.getError());
 }
 
 int ASN1CheckedValue::setValue(ByteString& value)
 {
+    if (value.isOutOfMemory()) return ASN1Object::setValue(value);
     return setValue(value.getBytes(), value.getLength());
 }
 

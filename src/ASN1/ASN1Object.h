@@ -21,22 +21,19 @@ struct ASN1Type {
 //
 // An operation that returns a code gives 0 or the number of its failing check. One that returns a reference sets
 // `m_nLastError` and gives `m_bsOutput`, which the next such operation replaces. Every failure leaves a frame.
-class ASN1Object {
+class ASN1Object : public Trailed {
 public:
     static constexpr const char* className = "ASN1Object";
 
     ASN1Object() = default;
     explicit ASN1Object(unsigned char primitiveTag) : m_ucPrimitiveTag(primitiveTag) {}
-    ASN1Object(const ASN1Object&) = delete;
-    ASN1Object& operator=(const ASN1Object&) = delete;
 
-    virtual ~ASN1Object() = default;
     virtual ByteString& toASN1Object();
     // A context, application or private tag in constructed form is read as an explicit tag around the value, in
     // primitive form as an implicit one. An explicit tag around a further option tag keeps that element as the value.
     // A failure leaves the tag fields as far as they were read.
     virtual int fromASN1Object(ByteString& data);
-    // Unchecked copies here, which fail for want of memory only; classes with a character set test the octets.
+    // Copies, which fail on allocation failure alone; classes with a character set test the octets.
     virtual int setValue(ByteString& value);
     virtual int setValue(const void* data, int length);
     virtual int setValue(const char* text);
@@ -51,13 +48,6 @@ public:
     void setPrimitiveTag(unsigned char tag) { m_ucPrimitiveTag = tag; }
     int getValueLength() const { return m_bsValue.getLength(); }
     unsigned char isConstructed() const { return m_ucConstructed; }
-    int getLastError() const { return m_nLastError; }
-    ByteString& getErrorTrail() { return m_bsErrorTrail; }
-    void addTrailFrame(const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName, int nCode,
-                       const char* pszMessage)
-    {
-        vrno::addTrailFrame(m_bsErrorTrail, pszFile, nLine, pszClass, pszMethod, pszName, nCode, pszMessage);
-    }
 
     // Classifies one tag octet. An option tag leaves `primitiveTag` alone, a universal one `optionTagNo`, and a high tag
     // number both; `optionTagClass` takes the top three bits always. 1 for a universal tag that is none of ours.
@@ -107,31 +97,30 @@ protected:
     // A refusal leaves the frame of CheckASN1Member or GetHighTag. There must be an octet.
     TagRefusal readTag(Octets data, ElementTag& tag);
 
-    // The octets as `m_bsOutput`; a failure for want of memory.
+    // The octets as `m_bsOutput`; code 1 on allocation failure.
     ByteString& giveOutput(const void* data, std::size_t length, Here at = Here::now());
 
-    // As toASN1Object, but the value goes into the result and is gone from the object: one block instead of two.
+    // The end of a setter that has filled `m_bsValue`: its result, with a frame where the allocation failed.
+    int valueSet(int result, Here at = Here::now());
+
+    // As toASN1Object, but the result takes the value's block over: one block instead of two. The object has no value then.
     ByteString& useUpAsASN1Object();
 
     // The decoding of all typed values: the codec, then the universal tag. Codes 1 and 2.
     int decodeTyped(ByteString& data, const ASN1Type& type, Here at = Here::now());
-    // A frame in the name of the value's own class.
-    int failAs(const ASN1Type& type, int code, const char* name, const char* message, Here at = Here::now());
 
 public:
     unsigned char m_ucPrimitiveTag = ASN1_TAG_ANY;
     unsigned char m_ucTaggedType = notTagged;
     int m_nOptionTagNo = -1;
     unsigned char m_ucOptionTagClass = 0;
-    int m_nLastError = 0;
     ByteString m_bsValue;
     ByteString m_bsOutput;
-    ByteString m_bsErrorTrail;
     unsigned char m_ucConstructed = 0;
 
 private:
-    static constexpr std::size_t mostHeader = 17;
-    // The octets in front of the value, at most mostHeader; 0 on failure, with `m_nLastError` set and the frame laid.
+    static constexpr std::size_t maxHeader = 17;
+    // The octets in front of the value, at most maxHeader; 0 on failure, with `m_nLastError` set and a frame.
     std::size_t putHeader(unsigned char* out, Here at);
     int takeContents(Octets lengthAndRest, int firstCode, Octets& contents);
     int keepValue(Octets contents);

@@ -8,7 +8,7 @@
 
 namespace vrno {
 
-static constexpr int mostArcs = 19;
+static constexpr int maxArcs = 19;
 
 int ASN1ObjectIdentifier::setOID(const char* text)
 {
@@ -17,16 +17,18 @@ int ASN1ObjectIdentifier::setOID(const char* text)
 
 int ASN1ObjectIdentifier::setOID(ByteString& text)
 {
+    if (text.isOutOfMemory()) return setValue(text);
     return setOID(text.getBytes(), text.getLength());
 }
 
 int ASN1ObjectIdentifier::setOID(const void* text, int length)
 {
     const ByteString copy(text, length);
+    if (copy.isOutOfMemory()) return failMemory(*this, 2, "nOID");
     const auto malformed = [this, &copy](int code, Here at) {
         return fail(*this, code, "nOID", formatted("Value(%s) is not ASN1 OID Format", copy.getText()), at);
     };
-    unsigned int arcs[mostArcs];
+    unsigned int arcs[maxArcs];
     int count = 0;
     const char* const end = copy.getText() + copy.getLength();
     for (const char* at = copy.getText(); at != end;) {
@@ -34,7 +36,7 @@ int ASN1ObjectIdentifier::setOID(const void* text, int length)
             ++at;
             continue;
         }
-        if (count == mostArcs) return malformed(1, Here::now());
+        if (count == maxArcs) return malformed(1, Here::now());
         unsigned int arc = 0;
         const auto [next, error] = std::from_chars(at, end, arc);
         arcs[count++] = error == std::errc{} && arc <= INT_MAX ? arc : INT_MAX;
@@ -48,7 +50,7 @@ int ASN1ObjectIdentifier::setOID(const void* text, int length)
         unsigned char digits[5];
         value.append(digits, static_cast<std::size_t>(PutHighTag(arcs[i], digits, false)));
     }
-    return value.into(m_bsValue);
+    return valueSet(value.into(m_bsValue));
 }
 
 ByteString& ASN1ObjectIdentifier::getOID(char separator)
@@ -58,12 +60,12 @@ ByteString& ASN1ObjectIdentifier::getOID(char separator)
     Octets rest = m_bsValue.octets();
     if (rest.empty()) return failOutput(*this, 2, "nOID", "ASN1 OID Format Error");
 
-    char text[mostArcs * 12 + 12];
+    char text[maxArcs * 12 + 12];
     char* at = text;
     const auto put = [&at, &text](int arc) { at = std::to_chars(at, text + sizeof text, arc).ptr; };
     for (int count = 0; !rest.empty(); ++count) {
         int arc = 0;
-        const int octets = count < mostArcs ? GetHighTag(rest.data(), static_cast<int>(rest.size()), &arc, false) : 0;
+        const int octets = count < maxArcs ? GetHighTag(rest.data(), static_cast<int>(rest.size()), &arc, false) : 0;
         if (octets == 0) return failOutput(*this, 1, "nOID", "ASN1 OID Format Error");
         if (count == 0) {
             put(arc / 40);

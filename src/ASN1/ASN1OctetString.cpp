@@ -15,19 +15,19 @@ int ASN1OctetString::fromASN1Object(ByteString& data)
 
 int ASN1OctetString::extractValue()
 {
-    const Here at = Here::now().in("fromASN1Object");
+    const FailuresOf failed{*this, "fromASN1Object"};
     ByteBuilder value;
     for (Octets rest = m_bsValue.octets(); !rest.empty();) {
-        if (rest[0] != ASN1_TAG_OCTETSTRING) return fail(*this, 1, "Value", formatted(type.mismatch, rest[0]), at);
+        if (rest[0] != ASN1_TAG_OCTETSTRING) return failed(1, "Value", formatted(type.mismatch, rest[0]));
         rest = rest.subspan(1);
         const Length size = readLength(rest);
-        if (size.form == LengthForm::indefinite || !size.fit(rest.size()))
-            return fail(*this, 1, "Value", "ASN1 Format(Length) Error", at);
+        if (size.form == LengthForm::indefinite || !size.fit(rest.size())) {
+            return failed(1, "Value", "ASN1 Format(Length) Error");
+        }
         value.append(rest.subspan(size.octets, size.value));
         rest = rest.subspan(size.octets + size.value);
     }
-    if (value.into(m_bsValue) > 0) return fail(*this, 1, "Value", "Memory Allocation Error", at);
-    return 0;
+    return value.into(m_bsValue) > 0 ? failed.memory(1, "Value") : 0;
 }
 
 } // namespace vrno

@@ -9,10 +9,7 @@ namespace vrno {
 static constexpr ASN1Type sequenceType{ASN1Sequence::className, ASN1_TAG_SEQUENCE, "TagType(%d)is not ASN1_TAG_SEQUENCE"};
 static constexpr ASN1Type setType{ASN1Set::className, ASN1_TAG_SET, "TagType(%d)is not ASN1_TAG_SET"};
 
-ASN1Sequence::ASN1Sequence(unsigned char primitiveTag) : ASN1Object(primitiveTag)
-{
-    ReallocCompontntInfo(); // what fails here is tried and told when the first component comes
-}
+ASN1Sequence::ASN1Sequence(unsigned char primitiveTag) : ASN1Object(primitiveTag) {}
 
 ASN1Sequence::ASN1Sequence() : ASN1Sequence(sequenceType.tag) {}
 
@@ -36,7 +33,7 @@ int ASN1Set::fromASN1Object(ByteString& data)
 int ASN1Sequence::decodeComponents(ByteString& data, const ASN1Type& type, Here at)
 {
     if (const int code = decodeTyped(data, type, at)) return code;
-    if (ExtractComponentInfo() > 0) return failAs(type, 3, "ExtractComponentInfo", m_bsErrorTrail.getText(), at);
+    if (ExtractComponentInfo() > 0) return failAs(*this, type.className, 3, "ExtractComponentInfo", *this, at);
     return 0;
 }
 
@@ -51,7 +48,7 @@ int ASN1Sequence::ExtractComponentInfo()
         const int number = tag.taggedType == notTagged ? -tag.primitiveTag : tag.number;
         ComponentInfo component{static_cast<unsigned int>(offset), 0, number};
         if (refusal == tagTooLong) {
-            return fail<ASN1Object>(*this, 3, "GetHighTag", *this, Here::now().in("fromASN1Object"));
+            return failAs(*this, ASN1Object::className, 3, "GetHighTag", *this, Here::now().in("fromASN1Object"));
         }
         offset += tag.octets;
 
@@ -74,7 +71,7 @@ int ASN1Sequence::ExtractComponentInfo()
 
 int ASN1Sequence::keep(const ComponentInfo& component)
 {
-    const bool isKept = m_nComponentCount < m_nMostKept;
+    const bool isKept = m_nComponentCount < m_nMaxKept;
     if (isKept && m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0) return 1;
     if (isKept) pComponentInfo[m_nComponentCount] = component;
     ++m_nComponentCount;
@@ -83,7 +80,7 @@ int ASN1Sequence::keep(const ComponentInfo& component)
 
 const ComponentInfo* ASN1Sequence::entry(int index) const
 {
-    return index >= 0 && index < std::min(m_nComponentCount, m_nMostKept) ? pComponentInfo + index : nullptr;
+    return index >= 0 && index < std::min(m_nComponentCount, m_nMaxKept) ? pComponentInfo + index : nullptr;
 }
 
 // The table grows by 20 entries; a long one by half of its own size, so that a hostile value of hundreds of thousands
@@ -92,7 +89,7 @@ int ASN1Sequence::ReallocCompontntInfo()
 {
     const int capacity = m_nComponentCapacity + (m_nComponentCapacity < 1000 ? 20 : m_nComponentCapacity / 2);
     auto* const table = new (std::nothrow) ComponentInfo[static_cast<std::size_t>(capacity)];
-    if (!table) return fail(*this, 1, "pComponentInfo", "Memory Allocation Error");
+    if (!table) return failMemory(*this, 1, "pComponentInfo");
     if (m_nComponentCount > 0) std::memcpy(table, pComponentInfo, static_cast<std::size_t>(m_nComponentCount) * sizeof *table);
     delete[] pComponentInfo;
     pComponentInfo = table;
@@ -120,7 +117,7 @@ ByteString& ASN1Sequence::takeLastComponent()
     m_bsValue.dropFront(static_cast<int>(last->nOffset));
     m_bsOutput.swap(m_bsValue);
     m_bsValue.clear();
-    m_nMostKept = 0;
+    m_nMaxKept = 0;
     return m_bsOutput;
 }
 
@@ -140,7 +137,7 @@ int ASN1Sequence::getComponentUniversalTag(int index) const
 // The table's entry of a component that is about to be appended; it counts when it has been.
 int ASN1Sequence::makeEntry(int length, int tag, Here at)
 {
-    const bool isFull = m_nComponentCount >= m_nMostKept;
+    const bool isFull = m_nComponentCount >= m_nMaxKept;
     if (isFull || (m_nComponentCount == m_nComponentCapacity && ReallocCompontntInfo() > 0))
         return fail(*this, 1, "ReallocCompontntInfo", *this, at);
     pComponentInfo[m_nComponentCount] = {static_cast<unsigned int>(m_bsValue.getLength()), static_cast<unsigned int>(length), tag};
@@ -151,25 +148,25 @@ int ASN1Sequence::addComponent(ByteString& encoded, int tag)
 {
     if (const int code = makeEntry(encoded.getLength(), tag, Here::now())) return code;
     m_bsValue += encoded;
-    if (m_bsValue.getError() > 0) return fail(*this, 1, "m_bsValue", "Memory Allocation Error");
+    if (m_bsValue.isOutOfMemory()) return failMemory(*this, 1, "m_bsValue");
     ++m_nComponentCount;
     return 0;
 }
 
 int ASN1Sequence::takeComponent(ByteString& encoded)
 {
-    const Here at = Here::now().in("addComponent");
-    if (const int code = makeEntry(encoded.getLength(), -1, at)) return code;
-    int lost = 0;
+    const FailuresOf failed{*this, "addComponent"};
+    if (const int code = makeEntry(encoded.getLength(), -1, Here::now().in("addComponent"))) return code;
+    bool outOfMemory = false;
     if (encoded.getLength() > m_bsValue.getLength()) { // the smaller of the two is what is copied
-        lost = encoded.prepend(m_bsValue.octets());
-        if (lost == 0) m_bsValue.swap(encoded);
+        outOfMemory = encoded.prepend(m_bsValue.octets()) > 0;
+        if (!outOfMemory) m_bsValue.swap(encoded);
     } else {
         m_bsValue += encoded;
-        lost = m_bsValue.getError();
+        outOfMemory = m_bsValue.isOutOfMemory();
     }
     encoded.clear();
-    if (lost > 0) return fail(*this, 1, "m_bsValue", "Memory Allocation Error", at);
+    if (outOfMemory) return failed.memory(1, "m_bsValue");
     ++m_nComponentCount;
     return 0;
 }

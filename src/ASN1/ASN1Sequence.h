@@ -24,28 +24,28 @@ public:
 
     // How many components of what is decoded from now on are handed out; those behind them are counted. For readers that know
     // how many they look at, so that no table of the others is made.
-    void keepOnly(int most) { m_nMostKept = most; }
+    void keepOnly(int count) { m_nMaxKept = count; }
 
     int getComponentCount() const { return m_nComponentCount; }
-    // The component's bytes with its header; empty with `m_nLastError` 1 for an index that there is not.
+    // The component's bytes with its header; empty with `m_nLastError` 1 for an index out of range.
     ByteString& getComponent(int index);
-    // The last one, in the block of the value: one copy less, and no component is handed out any more.
+    // The last one, in the block of the value: one copy less. No component is handed out any more.
     ByteString& takeLastComponent();
     // ComponentInfo::nTag; -1 behind the last component. [APPLICATION 3] and [3] look alike.
     int getComponentTagNo(int index) const;
     // The universal tag number, -2 for a component with an option tag, -1 behind the last component.
     int getComponentUniversalTag(int index) const;
-    // Appends in call order, in a SET too. 0, or 1 when there is no memory.
+    // Appends in call order, in a SET too. 0, or 1 on allocation failure.
     int addComponent(ByteString& encoded, int tag);
-    // The same with -1, and `encoded` comes back empty: a large one's block serves for the value.
+    // The same with the tag -1. `encoded` is empty afterwards: the block of a large one becomes the value's.
     int takeComponent(ByteString& encoded);
-    // As toASN1Object, and the components are gone from the object: their block serves for the result.
+    // As toASN1Object, but the result takes the components' block over, and the object has none then.
     ByteString& useUpAsASN1Object();
     void clearComponents();
 
     int m_nComponentCount = 0;
     int m_nComponentCapacity = 0;
-    int m_nMostKept = 0x7FFFFFFF;
+    int m_nMaxKept = 0x7FFFFFFF;
     ComponentInfo* pComponentInfo = nullptr;
 
 protected:
@@ -53,7 +53,7 @@ protected:
     int decodeComponents(ByteString& data, const ASN1Type& type, Here at = Here::now());
 
 private:
-    const ComponentInfo* entry(int index) const; // null where there is none
+    const ComponentInfo* entry(int index) const; // null for an index out of range
     int keep(const ComponentInfo& component);
     int makeEntry(int length, int tag, Here at);
     int ExtractComponentInfo();

@@ -61,7 +61,7 @@ int ASN1VisibleString::setValue(const void* data, int length)
 ByteString& ASN1UTF8String::getUnicode()
 {
     m_nLastError = 0;
-    if (UUTF8String::UTF8ToUnicode(m_bsValue, m_bsOutput) > 0) return failOutput(*this, 1, "m_bsValue", "Memory Allocation Error");
+    if (UUTF8String::UTF8ToUnicode(m_bsValue, m_bsOutput) > 0) return failOutputMemory(*this, 1, "m_bsValue");
     return m_bsOutput;
 }
 

@@ -67,31 +67,34 @@ bool toFields(int instant, Fields& t)
     return true;
 }
 
-// What the checks of the two classes share: a failure tells the text with the message.
+// What the checks of the two classes share: the fields of a text, and failures whose message holds it.
 template <class Time> class TextCheck {
 public:
-    TextCheck(Time& time, const void* data, int length, const char* method) : m_time(time), m_text(data, length), m_method(method)
+    TextCheck(Time& time, const void* data, int length, const char* method)
+        : m_failed(time, method),
+          m_text(static_cast<const unsigned char*>(data), data && length > 0 ? static_cast<std::size_t>(length) : 0)
     {}
 
-    int length() const { return m_text.getLength(); }
-    unsigned char at(std::size_t index) const { return m_text.getBytes()[index]; }
-    int digits(std::size_t from, std::size_t count) const { return number(m_text.octets().subspan(from, count)); }
+    int length() const { return static_cast<int>(m_text.size()); }
+    unsigned char at(std::size_t index) const { return m_text[index]; }
+    int digits(std::size_t from, std::size_t count) const { return number(m_text.subspan(from, count)); }
 
-    // One frame; `message` may hold a %s for the text.
+    // `message` may hold a %s for the text.
     int fails(int code, const char* name, const char* message, Here here = Here::now())
     {
-        return fail(m_time, code, name, formatted(message, m_text.getText()), here.in(m_method));
+        const ByteString text(m_text.data(), length());
+        if (text.isOutOfMemory()) return m_failed.memory(code, name, memoryFailure, here);
+        return m_failed(code, name, formatted(message, text.getText()), here);
     }
 
 private:
-    Time& m_time;
-    const ByteString m_text;
-    const char* m_method;
+    const FailuresOf m_failed;
+    const Octets m_text;
 };
 
-constexpr char outOfRange[] =
+constexpr char outOfRangeMessage[] =
     "%s references a date before midnight, January 1, 1970, or if the calendar time cannot be represented.";
-constexpr char beforeEpoch[] = "%d represents a date before midnight, January 1, 1970";
+constexpr char beforeEpochMessage[] = "%d represents a date before midnight, January 1, 1970";
 
 } // namespace
 
@@ -131,7 +134,7 @@ int ASN1UTCTime::checkUTCTime(const void* data, int length)
     default:
         return text.fails(13, "length", "%s : UTC Time Format Error");
     }
-    if (!toInstant(t, offset, m_GMTTime)) return text.fails(14, "data", outOfRange);
+    if (!toInstant(t, offset, m_GMTTime)) return text.fails(14, "data", outOfRangeMessage);
     return 0;
 }
 
@@ -152,8 +155,8 @@ int ASN1UTCTime::setGMTTime(int time)
 {
     m_GMTTime = time;
     Fields t;
-    if (!toFields(time, t)) return fail(*this, 1, "m_GMTTime", formatted(beforeEpoch, time));
-    return m_bsValue.format("%02d%02d%02d%02d%02d%02dZ", t.year % 100, t.month, t.day, t.hour, t.minute, t.second);
+    if (!toFields(time, t)) return fail(*this, 1, "m_GMTTime", formatted(beforeEpochMessage, time));
+    return valueSet(m_bsValue.format("%02d%02d%02d%02d%02d%02dZ", t.year % 100, t.month, t.day, t.hour, t.minute, t.second));
 }
 
 // ---- GeneralizedTime ----
@@ -174,7 +177,7 @@ int ASN1GeneralizedTime::checkGMTTime(const void* data, int length, bool check)
     if (text.at(last) != 'Z') return text.fails(8, "data", "%s : invalid format");
     if (toInstant(t, 0, m_GMTTime)) return 0;
     m_GMTTime = -1;
-    return check ? text.fails(9, "data", outOfRange) : 0;
+    return check ? text.fails(9, "data", outOfRangeMessage) : 0;
 }
 
 int ASN1GeneralizedTime::fromASN1Object(ByteString& data, bool check)
@@ -195,8 +198,8 @@ int ASN1GeneralizedTime::setGMTTime(int time, int fraction)
     m_GMTTime = time;
     m_nFraction = fraction;
     Fields t;
-    if (!toFields(time, t)) return fail(*this, 1, "m_GMTTime", formatted(beforeEpoch, time));
-    return m_bsValue.format("%04d%02d%02d%02d%02d%02dZ", t.year, t.month, t.day, t.hour, t.minute, t.second);
+    if (!toFields(time, t)) return fail(*this, 1, "m_GMTTime", formatted(beforeEpochMessage, time));
+    return valueSet(m_bsValue.format("%04d%02d%02d%02d%02d%02dZ", t.year, t.month, t.day, t.hour, t.minute, t.second));
 }
 
 } // namespace vrno

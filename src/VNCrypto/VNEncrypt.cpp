@@ -68,7 +68,15 @@ int VNEncrypt::plan(int nAlgID, int nMode, int nPaddingType, Plan& plan, Here at
 int VNEncrypt::cipherFailure(const Direction& direction, const Plan& plan, int code, int result, Here at)
 {
     const ByteString what = formatted(direction.failure, plan.algorithm, plan.mode, plan.padding);
+    if (what.isOutOfMemory()) return failMemory(*this, code, direction.failure, memoryFailure, at);
     return engineFailure(*this, code, what.getText(), result, at);
+}
+
+// No block for the output: its allocation failed, or the input is too long.
+int VNEncrypt::outputFailure(int code, const ByteString& block, Here at)
+{
+    constexpr const char* name = "Momory allocation is failed.";
+    return block.isOutOfMemory() ? failMemory(*this, code, name, "", at) : fail(*this, code, name, "", at);
 }
 
 // ---- whole messages ----
@@ -81,7 +89,8 @@ int VNEncrypt::publicKeyRoad(const Direction& direction, const Plan& plan, ByteS
     const int result = direction.run(key.mutableBytes(), key.getLength(), plan.algorithm, plan.mode, output.bytes, &length, in.data,
                                      in.length, iv.mutableBytes(), iv.getLength(), plan.padding);
     if (result != 0) return cipherFailure(direction, plan, direction.rsaCode, result, at);
-    if (out.setData(output.bytes, length) > 0) return fail(*this, direction.outputCode, "Momory allocation is failed.", "", at);
+    if (out.setData(output.bytes, length) > 0)
+        return failMemory(*this, direction.outputCode, "Momory allocation is failed.", "", at);
     return 0;
 }
 
@@ -92,15 +101,15 @@ int VNEncrypt::symmetricRoad(const Direction& direction, const Plan& plan, ByteS
     SecretArea<ivAreaLength> ivArea;
     const int ivLength = take(ivArea, iv); // none that is too long, which the engine then refuses
     int scheduleLength = GENKEY_MAX_LEN;
-    SecretString pKey(key.getBytes(), key.getLength());
-    if (pKey.getError() > 0) return fail(*this, direction.keyCode, "pKey", "Memory(pKey) allocation is failed.", at);
+    ByteString pKey(key);
+    if (pKey.isOutOfMemory()) return failMemory(*this, direction.keyCode, "pKey", "Memory(pKey) allocation is failed.", at);
     if (!plan.isKeyPairMode()) {
         const int result = ZIRC_GenerateKey(schedule.bytes, &scheduleLength, plan.algorithm, pKey.getBytes(), pKey.getLength());
         if (result != 0) return engineFailure(*this, direction.scheduleCode, direction.scheduleFailure, result, at);
     }
     ByteString block;
     unsigned char* const output = makeOutput(block, in.length);
-    if (!output) return fail(*this, direction.outputCode, "Momory allocation is failed.", "", at);
+    if (!output) return outputFailure(direction.outputCode, block, at);
     int length = block.getLength();
     const int result = direction.run(schedule.bytes, scheduleLength, plan.algorithm, plan.mode, output, &length, in.data, in.length,
                                      ivArea.bytes, ivLength, plan.padding);
@@ -165,7 +174,7 @@ int VNEncrypt::chained(const Direction& direction, int nAlgID, int nMode, ByteSt
     if (const int code = this->plan(nAlgID, nMode, nPaddingType, plan, at)) return code;
     ByteString block;
     unsigned char* const output = makeOutput(block, in.length);
-    if (!output) return fail(*this, 5, "Momory allocation is failed.", "", at);
+    if (!output) return outputFailure(5, block, at);
     SecretArea<ivAreaLength> ivArea;
     const int ivLength = take(ivArea, iv);
     if (schedule.getLength() > GENKEY_MAX_LEN) {

@@ -53,6 +53,7 @@ private:
               Here at);
     int chained(const Direction&, int nAlgID, int nMode, ByteString& schedule, ByteString& iv, Input in, ByteString& out,
                 int nPaddingType, Here at);
+    int outputFailure(int code, const ByteString& block, Here at);
     int cipherFailure(const Direction&, const Plan&, int code, int result, Here at);
 };
 

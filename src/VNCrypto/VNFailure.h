@@ -10,7 +10,8 @@ namespace vrno {
 // `what` holds a %d for the code that is not supported; there is no message.
 template <class Object> int unsupported(Object& object, int code, const char* what, int value, Here at)
 {
-    return fail(object, code, formatted(what, value).getText(), "", at);
+    const ByteString name = formatted(what, value);
+    return name.isOutOfMemory() ? failMemory(object, code, what, memoryFailure, at) : fail(object, code, name.getText(), "", at);
 }
 
 // Maps an algorithm code, or fails with 1.
@@ -22,6 +23,7 @@ template <class Object> int mapAlgorithm(Object& object, int nAlgID, int& engine
 
 template <class Object> int engineFailure(Object& object, int code, const char* name, int result, Here at = Here::now())
 {
+    if (result == ZIRC_MEMORY_ERROR) return failMemory(object, code, name, ZIRC_GetErrorText(result), at);
     return fail(object, code, name, ZIRC_GetErrorText(result), at);
 }
 

@@ -12,7 +12,7 @@ int VNRandom::GenerateRandom(int nAlgID, int nLength, ByteString& out)
     if (nLength < 1) return 0;
     ByteString bytes;
     unsigned char* const ucRandom = bytes.makeRoom(nLength);
-    if (!ucRandom) return fail(*this, 3, "ucRandom", "The ucRandom's memory allocation is failed.");
+    if (!ucRandom) return failMemory(*this, 3, "ucRandom", "The ucRandom's memory allocation is failed.");
     if (const int result = ZIRC_GenerateRandom(engine, ucRandom, nLength, nullptr, 0)) {
         return engineFailure(*this, 4, "ZIRC_GenerateRandom", result);
     }

@@ -32,17 +32,17 @@ int PAuthKeyIdentUtil::parseAuthorityKeyIdentifer(ByteString& value, ByteString&
 
 int PAuthKeyIdentUtil::addNames(RGeneralNames& pGeneralNames, TextBuilder& out)
 {
-    const Here at = Here::now().in("parseAuthorityKeyIdentifer");
+    const FailuresOf failed{*this, "parseAuthorityKeyIdentifer"};
     const int count = pGeneralNames.getCount();
     for (int i = 0; i < count; ++i) {
         ByteString& encoded = pGeneralNames.get(i);
-        if (pGeneralNames.getLastError() > 0) return fail(*this, 2, "pGeneralNames", pGeneralNames, at);
+        if (pGeneralNames.getLastError() > 0) return failed(2, "pGeneralNames", pGeneralNames);
         RGeneralName generalName;
-        if (generalName.fromASN1Object(encoded) > 0) return fail(*this, 3, "generalName", generalName, at);
+        if (generalName.fromASN1Object(encoded) > 0) return failed(3, "generalName", generalName);
         const GeneralNameForm* const form = generalNameForm(generalName.getBitMask());
         if (!form || !form->value) continue;
         ByteString& value = (generalName.*form->value)();
-        if (generalName.getLastError() > 0) return fail(*this, 4, "generalName", generalName, at);
+        if (generalName.getLastError() > 0) return failed(4, "generalName", generalName);
         out << (generalName.getBitMask() == RGeneralName::otherName ? "Other Name=" : form->label);
         addPlainValue(generalName.getBitMask(), value, out);
         if (i + 1 < count) out << "\r\n";

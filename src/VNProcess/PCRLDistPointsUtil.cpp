@@ -118,6 +118,8 @@ int PCRLDistPointsUtil::addIssuer(RGeneralNames& names, TextBuilder& out)
         if (generalName.fromASN1Object(encoded) > 0)
             return fail(*this, 4, "generalNameUtil", generalName, Here::now().in(pointMethod));
         m_bsCRLIssuer = generalName.getEncoded();
+        if (m_bsCRLIssuer.isOutOfMemory())
+            return failMemory(*this, 4, "generalNameUtil", memoryFailure, Here::now().in(pointMethod));
     }
     if (m_bsCRLIssuer.getLength() == 0) return fail(*this, 5, "m_bsCRLIssuer", "The ", Here::now().in(pointMethod));
     return 0;
@@ -127,6 +129,16 @@ ByteString& PCRLDistPointsUtil::getUrl(int index)
 {
     m_bsOutput.clear();
     return index >= 0 && index < m_nUrlCount ? m_bsUrls[index] : m_bsOutput;
+}
+
+int crlUrlText(ByteString& value, ByteString& text, Trail& trail)
+{
+    PCRLDistPointsUtil points;
+    ByteString whole;
+    if (const int code = points.parseCRLDistributionPoint(value, whole)) return handOver(points, code, trail);
+    TextBuilder out;
+    for (int i = 0; i < points.getUrlCount(); ++i) out << (i > 0 ? "|" : "") << points.getUrl(i);
+    return finish(out, text, trail);
 }
 
 } // namespace vrno

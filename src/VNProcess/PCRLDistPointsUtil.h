@@ -34,4 +34,7 @@ private:
     ByteString m_bsCRLIssuer; // the encoded directoryName of the last CRL issuer
 };
 
+// The places to fetch a CRL from, with "|" between them, as a Renderer.
+int crlUrlText(ByteString& value, ByteString& text, Trail& trail);
+
 } // namespace vrno

@@ -14,12 +14,10 @@ int PCertUtil2::setCertificate(ByteString& cert)
     m_bsOutput = tbs.toASN1Object();
     if (tbs.getLastError() > 0) return fail(*this, 2, "pTBSCert", tbs);
     m_pTBSCert.reset(new (std::nothrow) RTBSCertificate);
-    if (!m_pTBSCert) return fail(*this, 3, "m_tbsCert", "Memory(m_pTBSCert) allocation is failed.");
+    if (!m_pTBSCert) return failMemory(*this, 3, "m_tbsCert", "Memory(m_pTBSCert) allocation is failed.");
     if (m_pTBSCert->fromASN1Object(m_bsOutput) > 0) return fail(*this, 4, "m_tbsCert", *m_pTBSCert);
     m_bsSignature = certificate.getSignature(); // which fails on a BIT STRING without octets: that certificate has none
-    const int octets = certificate.m_signature.getValueLength() - 1;
-    if (octets > 0 && m_bsSignature.getLength() != octets) return fail(*this, 3, "m_bsSignature", "Memory Allocation Error");
-    return 0;
+    return m_bsSignature.isOutOfMemory() ? failMemory(*this, 3, "m_bsSignature") : 0;
 }
 
 // Starts an operation that gives a reference; false, with the frame laid, when no certificate is set.
@@ -36,7 +34,7 @@ ByteString& PCertUtil2::handOut(ByteString& result, RObject& source, const char*
 {
     if (source.getLastError() > 0) return failOutput(*this, 2, name, source, at);
     m_bsOutput = result;
-    if (m_bsOutput.getError() > 0) return failOutput(*this, 2, name, "Memory Allocation Error", at);
+    if (m_bsOutput.isOutOfMemory()) return failOutputMemory(*this, 2, name, at);
     return m_bsOutput;
 }
 
@@ -55,10 +53,10 @@ ByteString& PCertUtil2::getSignatureAlgorithm()
 
 ByteString& PCertUtil2::nameText(RRDNSequence& name, Here at)
 {
-    if (UDNSettings::RDN2Str(name, m_bsOutput) > 0) {
-        return failOutput(*this, 2, "UDNSettings::RDN2Str()", "Wrong RDNSequence form.", at);
-    }
-    return m_bsOutput;
+    if (UDNSettings::RDN2Str(name, m_bsOutput) == 0) return m_bsOutput;
+    constexpr const char* step = "UDNSettings::RDN2Str()";
+    if (m_bsOutput.isOutOfMemory()) return failOutputMemory(*this, 2, step, at);
+    return failOutput(*this, 2, step, "Wrong RDNSequence form.", at);
 }
 
 ByteString& PCertUtil2::getIssuerDN()
@@ -134,7 +132,7 @@ ByteString& PCertUtil2::findExtension(RExtensions& extensions, const char* oid, 
         RExtension ext;
         if (ext.fromASN1Object(extensions.get(i)) > 0) return failOutput(*this, 2, "ext", ext, at);
         const bool sought = ext.getExtensionID() == oid; // an identifier that cannot be read is another one
-        if (ext.getLastError() == noMemoryCode) return failOutput(*this, 2, "ext", ext, at);
+        if (ext.outOfMemory()) return failOutput(*this, 2, "ext", ext, at);
         if (!sought) continue;
         handOut(ext.getValue(), ext, "ext", at);
         break;

@@ -41,6 +41,7 @@ public:
     // absentExtension when it is not, or is empty; any other value means a broken certificate, be it only that an
     // extension in front of the one sought does not decode.
     static constexpr int absentExtension = 4096;
+    bool isExtensionAbsent() const { return m_nLastError == absentExtension && !outOfMemory(); } // of the last look-up
     ByteString& getExtensionValue(const char* oid);
     // The same for a certificate in DER that is given here and not kept.
     ByteString& getExtensionValue(ByteString& cert, const char* oid);

@@ -46,7 +46,7 @@ int PGeneralNameUtil::parseGeneralName(ByteString& generalName, unsigned char* c
         return fail(*this, 3, "this", *this);
     value = (name.*form->value)();
     if (name.getLastError() > 0) return fail(*this, 5, "generalName", name);
-    if (label.getError() > 0 || value.getError() > 0) return fail(*this, 5, "generalName", "Memory Allocation Error");
+    if (label.isOutOfMemory() || value.isOutOfMemory()) return failMemory(*this, 5, "generalName");
     return 0;
 }
 
@@ -97,12 +97,11 @@ int PGeneralNameUtil::addOtherName(const ByteString& typeId, ByteString& value, 
 
 int PGeneralNameUtil::addIdentifyData(ByteString& value, TextBuilder& out)
 {
+    const FailuresOf failed{*this, "parseOtherName"};
     PIdentifyDataUtil identifyData;
     ByteString realName, vid;
     if (const int code = identifyData.parseIdentifyData(value, realName, vid)) {
-        if (code == PIdentifyDataUtil::nameNotConverted || tellsOfMemory(identifyData.getErrorTrail())) {
-            return fail(*this, noMemoryCode, "identifyData", identifyData, Here::now().in("parseOtherName"));
-        }
+        if (identifyData.outOfMemory()) return failed(code, "identifyData", identifyData);
         (out << "     identifyData=").hex(value, m_nHexGroup, m_nHexLine);
         return 0;
     }
@@ -117,13 +116,14 @@ int PGeneralNameUtil::addVID(ByteString& encoded, TextBuilder& out)
         {"1 2 840 113549 2 5", "MD5"},
         {"1 2 410 200004 1 2", "HAS160"},
     };
+    const FailuresOf failed{*this, "parseOtherName"};
     RVID vid;
-    if (vid.fromASN1Object(encoded) > 0) return fail(*this, 3, "vid", vid, Here::now().in("parseOtherName"));
+    if (vid.fromASN1Object(encoded) > 0) return failed(3, "vid", vid);
     RAlgorithmIdentifier& hashAlg = vid.getHashAlg();
     const ByteString& oid = hashAlg.getAlgorithm();
-    if (hashAlg.getLastError() > 0) return fail(*this, 4, "vid", hashAlg, Here::now().in("parseOtherName"));
+    if (hashAlg.getLastError() > 0) return failed(4, "vid", hashAlg);
     ByteString& virtualID = vid.getVirtualID();
-    if (vid.getLastError() > 0) return fail(*this, noMemoryCode, "vid", vid, Here::now().in("parseOtherName"));
+    if (vid.getLastError() > 0) return failed(4, "vid", vid);
     out << "\r\n          VID:\r\n";
     out << u8"             해쉬 알고리즘="_ksc << nameOrOid(oid, hashAlgorithms) << "\r\n";
     (out << "             virtualID=").hex(virtualID, m_nHexGroup, m_nHexLine);

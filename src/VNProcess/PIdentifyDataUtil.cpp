@@ -13,7 +13,7 @@ int PIdentifyDataUtil::parseIdentifyData(ByteString& value, ByteString& realName
     ByteString& ucs2 = identifyData.getRealName();
     if (identifyData.getLastError() > 0) return fail(*this, 2, "identifyData", identifyData);
     if (UUnicode::Unicode2KSC(ucs2, realName) > 0) {
-        return fail(*this, nameNotConverted, "UUnicode::Unicode2KSC", "Unicode2KSC is failed.");
+        return failMemory(*this, 3, "UUnicode::Unicode2KSC", "Unicode2KSC is failed.");
     }
     vid.clear();
     if ((identifyData.getBitMask() & 0x01) == 0) return 0;
@@ -26,7 +26,7 @@ int PIdentifyDataUtil::parseIdentifyData(ByteString& value, ByteString& realName
     if (attrTypeAndValue.getLastError() > 0) return fail(*this, 6, "attrTypeAndValue", attrTypeAndValue);
     if (bsType != vidType) return fail(*this, 7, "bsType", "AttrType is not OID_id_VID");
     vid = attrTypeAndValue.getValue();
-    return vid.getError() > 0 ? fail(*this, noMemoryCode, "vid", "Memory Allocation Error") : 0;
+    return vid.isOutOfMemory() ? failMemory(*this, 7, "vid") : 0;
 }
 
 } // namespace vrno

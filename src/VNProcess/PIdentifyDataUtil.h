@@ -13,7 +13,6 @@ public:
     // of that is looked at. 0, or: 1 the value is no IdentifyData, 2 the name to UCS-2, 3 to code page 949, 4 no attribute,
     // 5 it does not decode, 6 its type cannot be read, 7 its type is not that of a VID.
     int parseIdentifyData(ByteString& value, ByteString& realName, ByteString& vid);
-    static constexpr int nameNotConverted = 3; // which only want of memory brings about
 };
 
 } // namespace vrno

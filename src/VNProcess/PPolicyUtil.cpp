@@ -29,12 +29,11 @@ int PPolicyUtil::parseCertificatePolicies(ByteString& value)
 
 int PPolicyUtil::keepResults(const Message& message)
 {
-    const Here at = Here::now().in("parseCertificatePolicies");
+    const FailuresOf failed{*this, "parseCertificatePolicies"};
     ASN1Sequence list;
-    const bool joined = m_pPolicyOids && message.identifiers.into(list.m_bsValue) == 0;
-    if (!joined || m_pPolicyOids->fromASN1Object(list.toASN1Object()) > 0)
-        return fail(*this, noMemoryCode, "m_pPolicyOids", "Memory Allocation Error", at);
-    return finish(*this, message.text, m_bsMessage, at);
+    const bool isJoined = m_pPolicyOids && message.identifiers.into(list.m_bsValue) == 0;
+    if (!isJoined || m_pPolicyOids->fromASN1Object(list.toASN1Object()) > 0) return failed.memory(1, "m_pPolicyOids");
+    return message.text.into(m_bsMessage) > 0 ? failed.memory(1, "text") : 0;
 }
 
 // ---- one policy ----
@@ -64,13 +63,13 @@ int PPolicyUtil::makePolicyInformationMessage(ByteString& encoded, Message& mess
 
 int PPolicyUtil::keepIdentifier(ByteString& oid, Message& message)
 {
-    const Here at = Here::now().in("makePolicyInformationMessage");
+    const FailuresOf failed{*this, "makePolicyInformationMessage"};
     ASN1ObjectIdentifier asnObject;
-    if (asnObject.setOID(oid) > 0) return fail(*this, 3, "asnObject", asnObject, at);
+    if (asnObject.setOID(oid) > 0) return failed(3, "asnObject", asnObject);
     const ByteString& encoded = asnObject.toASN1Object();
-    if (asnObject.getLastError() > 0) return fail(*this, 4, "asnObject", asnObject, at);
+    if (asnObject.getLastError() > 0) return failed(4, "asnObject", asnObject);
     message.identifiers.append(encoded.octets());
-    return message.identifiers.failed() ? fail(*this, 4, "asnObject", "Memory Allocation Error", at) : 0;
+    return message.identifiers.failed() ? failed.memory(4, "asnObject") : 0;
 }
 
 // ---- one qualifier ----
@@ -81,14 +80,14 @@ int PPolicyUtil::makePolicyQualifierInfoMessage(ByteString& encoded, int number,
 {
     constexpr const char *cps = "1 3 6 1 5 5 7 2 1", *userNotice = "1 3 6 1 5 5 7 2 2";
     static constexpr OidName qualifiers[] = {{cps, "CPS"}, {userNotice, "User Notice"}};
-    RPolicyQualifierInfo ploicyQualifierInfo;
-    if (ploicyQualifierInfo.fromASN1Object(encoded) > 0) return fail(*this, 1, "ploicyQualifierInfo", ploicyQualifierInfo);
-    const ByteString& id = ploicyQualifierInfo.getPolicyQualifierId();
-    if (ploicyQualifierInfo.getLastError() > 0) return fail(*this, 2, "ploicyQualifierInfo", ploicyQualifierInfo);
+    RPolicyQualifierInfo policyQualifierInfo;
+    if (policyQualifierInfo.fromASN1Object(encoded) > 0) return fail(*this, 1, "ploicyQualifierInfo", policyQualifierInfo);
+    const ByteString& id = policyQualifierInfo.getPolicyQualifierId();
+    if (policyQualifierInfo.getLastError() > 0) return fail(*this, 2, "ploicyQualifierInfo", policyQualifierInfo);
     message.text << "\t[" << message.policies << "," << number << "] Policy Qualifier Info:\r\n";
     message.text << "\t\tPolicy Qualifier Id=" << nameOrOid(id, qualifiers) << "\r\n";
-    if (id == cps) return addCPS(ploicyQualifierInfo.getQualifier(), message.text);
-    if (id == userNotice) return addUserNotice(ploicyQualifierInfo.getQualifier(), message.text);
+    if (id == cps) return addCPS(policyQualifierInfo.getQualifier(), message.text);
+    if (id == userNotice) return addUserNotice(policyQualifierInfo.getQualifier(), message.text);
     return 0;
 }
 
@@ -140,11 +139,11 @@ int PPolicyUtil::addNoticeReference(RNoticeReference& reference, TextBuilder& ou
 
 int PPolicyUtil::displayText(RDisplayText& text, int firstCode, ByteString& ksc)
 {
-    const Here at = Here::now().in(qualifierMethod);
+    const FailuresOf failed{*this, qualifierMethod};
     const auto take = [&](ByteString& contents, int code) {
-        if (text.getLastError() > 0) return fail(*this, code, "pDisplayText", text, at);
+        if (text.getLastError() > 0) return failed(code, "pDisplayText", text);
         ksc = contents;
-        return ksc.getError() > 0 ? fail(*this, code, "pDisplayText", "Memory Allocation Error", at) : 0;
+        return ksc.isOutOfMemory() ? failed.memory(code, "pDisplayText") : 0;
     };
     switch (text.getBitMask()) {
     case RDisplayText::visibleString:
@@ -152,13 +151,13 @@ int PPolicyUtil::displayText(RDisplayText& text, int firstCode, ByteString& ksc)
     case RDisplayText::bmpString:
         if (const int code = take(text.getBMPString(), firstCode + 1)) return code;
         if (UUnicode::SwapByteOrder(ksc.mutableBytes(), ksc.getLength()) > 0)
-            return fail(*this, firstCode + 1, "UUnicode::SwapByteOrder", "Unicode Decoding failed.", at);
-        if (UUnicode::Unicode2KSC(ksc, ksc) > 0) return fail(*this, 6, "UUnicode::Unicode2KSC", "Unicode Decoding failed.", at);
+            return failed(firstCode + 1, "UUnicode::SwapByteOrder", "Unicode Decoding failed.");
+        if (UUnicode::Unicode2KSC(ksc, ksc) > 0) return failed.memory(6, "UUnicode::Unicode2KSC", "Unicode Decoding failed.");
         return 0;
     case RDisplayText::utf8String:
         if (const int code = take(text.getUTF8String(), firstCode + 2)) return code;
         if (UUTF8String::UTF8ToKSC(ksc, ksc) > 0)
-            return fail(*this, firstCode + 3, "UUTF8String::UTF8ToKSC()", "Make KSC by UTF8String is failed.", at);
+            return failed.memory(firstCode + 3, "UUTF8String::UTF8ToKSC()", "Make KSC by UTF8String is failed.");
         return 0;
     default:
         return take(text.getIA5String(), firstCode + 4);
@@ -187,8 +186,29 @@ ByteString& PPolicyUtil::getPolicyOid(int index, char separator)
     if (asn1Oid.fromASN1Object(m_pPolicyOids->getComponent(index)) > 0) return failOutput(*this, 2, "asn1Oid", asn1Oid);
     m_bsOutput = asn1Oid.getOID(separator);
     if (asn1Oid.getLastError() > 0) return failOutput(*this, 2, "asn1Oid", asn1Oid);
-    if (m_bsOutput.getError() > 0) return failOutput(*this, 2, "asn1Oid", "Memory Allocation Error");
+    if (m_bsOutput.isOutOfMemory()) return failOutputMemory(*this, 2, "asn1Oid");
     return m_bsOutput;
+}
+
+int policyText(ByteString& value, ByteString& text, Trail& trail)
+{
+    PPolicyUtil policies;
+    if (const int code = policies.parseCertificatePolicies(value)) return handOver(policies, code, trail);
+    text.swap(policies.getMessage());
+    return 0;
+}
+
+int policyIdentifierText(ByteString& value, ByteString& text, Trail& trail)
+{
+    PPolicyUtil policies;
+    if (const int code = policies.parseCertificatePolicies(value)) return handOver(policies, code, trail);
+    TextBuilder out;
+    for (int i = 0; i < policies.getPolicyCount(); ++i) {
+        const ByteString& oid = policies.getPolicyOid(i, ' ');
+        if (policies.getLastError() > 0) return handOver(policies, policies.getLastError(), trail);
+        out << (i > 0 ? ", " : "") << oid;
+    }
+    return finish(out, text, trail);
 }
 
 } // namespace vrno

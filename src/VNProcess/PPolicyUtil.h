@@ -45,4 +45,8 @@ private:
     ByteString m_bsCPS, m_bsNoticeText, m_bsOrganization; // the last ones, in code page 949
 };
 
+// The text, and the identifiers alone as "1 2 410 200004 5 2 1 2, 2 5 29 32 0", each as a Renderer.
+int policyText(ByteString& value, ByteString& text, Trail& trail);
+int policyIdentifierText(ByteString& value, ByteString& text, Trail& trail);
+
 } // namespace vrno

@@ -8,6 +8,9 @@
 
 namespace vrno {
 
+// Turns an extension's value into its text: 0, or above 0 with `trail` telling why not.
+using Renderer = int (*)(ByteString& value, ByteString& text, Trail& trail);
+
 // How an identifier, in the text form with blanks, is shown.
 struct OidName {
     const char* oid;
@@ -44,10 +47,32 @@ inline void addBits(int high, int low, std::span<const BitName> table, TextBuild
     }
 }
 
-// The last step of a renderer: hands the text over, or fails with noMemoryCode.
+// The code of an object's failure, its trail handed on as it is.
+inline int handOver(Trailed& object, int code, Trail& trail)
+{
+    trail.swap(object.m_bsErrorTrail);
+    return code;
+}
+
+// The Renderer of a utility class.
+template <class Util, int (Util::*parse)(ByteString& value, ByteString& text)>
+int parsed(ByteString& value, ByteString& text, Trail& trail)
+{
+    Util util;
+    return handOver(util, (util.*parse)(value, text), trail);
+}
+
+// The last step of a renderer: hands the text over; 1 on allocation failure.
+inline int finish(const TextBuilder& built, ByteString& text, Trail& trail)
+{
+    if (built.into(text) == 0) return 0;
+    trail.setOutOfMemory();
+    return 1;
+}
+
 template <class Util> int finish(Util& util, const TextBuilder& built, ByteString& text, Here at = Here::now())
 {
-    return built.into(text) > 0 ? fail(util, noMemoryCode, "text", "Memory Allocation Error", at) : 0;
+    return built.into(text) > 0 ? failMemory(util, 1, "text", memoryFailure, at) : 0;
 }
 
 } // namespace vrno

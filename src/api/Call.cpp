@@ -31,13 +31,12 @@ void setApiError(VRNO_API_CTX* pCtx, int nCode, int nForm, const char* pszFunc, 
     default:
         pszFunc = nullptr;
     }
-    ByteString text;
-    if (pszFunc && !message.isNull()) {
-        text.format("[%s] %s", pszFunc, message.getText());
-    } else {
-        text = message;
-    }
+    ByteString named;
+    if (pszFunc && !message.isNull()) named.format("[%s] %s", pszFunc, message.getText());
+    const ByteString& text = pszFunc ? named : message;
     std::free(pCtx->pszErrMsg);
+    pCtx->pszErrMsg = nullptr;
+    if (message.isOutOfMemory() || named.isOutOfMemory()) return;
     const std::size_t size = static_cast<std::size_t>(text.getLength()) + 1;
     pCtx->pszErrMsg = static_cast<char*>(std::malloc(size));
     if (pCtx->pszErrMsg) std::memcpy(pCtx->pszErrMsg, text.getText(), size);
@@ -61,45 +60,45 @@ Call::Call(VRNO_API_CTX* context, const char* function) : m_context(context), m_
     }
 }
 
+int Call::store(int code, int form, const char* message, const char* function, int result, const char* detail)
+{
+    setApiError(m_context, code, form, m_function, message, function, result, detail);
+    if (!m_context->pszErrMsg) m_context->nErrCode = VRNO_ERR_MEMORY;
+    return m_code = m_context->nErrCode;
+}
+
 int Call::fail(int code, const char* message)
 {
-    setApiError(m_context, code, ERRFORM_PLAIN, m_function, message, nullptr, 0, nullptr);
-    return m_code = code;
+    return store(code, ERRFORM_PLAIN, message, nullptr, 0, nullptr);
 }
 
 int Call::fail(int code, const ByteString& message)
 {
-    constexpr int formOfNoText = -1;
-    setApiError(m_context, code, message.isNull() ? formOfNoText : ERRFORM_PLAIN, m_function, message.getText(), nullptr, 0,
-                nullptr);
-    return m_code = code;
+    constexpr int emptyTextForm = -1; // which setApiError does not know
+    if (message.isOutOfMemory()) return noMemory();
+    return store(code, message.isNull() ? emptyTextForm : ERRFORM_PLAIN, message.getText(), nullptr, 0, nullptr);
 }
 
-int Call::trail(int code, const char* message, const ByteString& errorTrail)
+int Call::fail(int code, const char* message, const Trail& trail)
 {
-    setApiError(m_context, code, ERRFORM_TARNLIB, m_function, message, nullptr, 0, errorTrail.getText());
-    return m_code = code;
+    if (trail.outOfMemory()) return noMemory();
+    return store(code, ERRFORM_TARNLIB, message, nullptr, 0, trail.getText());
 }
 
 int Call::noMemory(const char* slot)
 {
-    return fail(VRNO_ERR_MEMORY, formatted(u8"메모리를(%s) 할당하는데 실패하였습니다."_ksc, slot));
+    const ByteString message = formatted(u8"메모리를(%s) 할당하는데 실패하였습니다."_ksc, slot);
+    return store(VRNO_ERR_MEMORY, ERRFORM_PLAIN, message.getText(), nullptr, 0, nullptr);
 }
 
-int Call::wrongCertificate(PCertUtil2& cert)
+int Call::wrongCertificate(const Trail& trail)
 {
-    return wrongCertificate(cert.getErrorTrail());
-}
-
-int Call::wrongCertificate(const ByteString& errorTrail)
-{
-    return trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, errorTrail);
+    return fail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, trail);
 }
 
 int Call::dynamic(int code, const char* message, const char* function, int result, const char* detail)
 {
-    setApiError(m_context, code, ERRFORM_DYNAMICLIB, m_function, message, function, result, detail);
-    return m_code = code;
+    return store(code, ERRFORM_DYNAMICLIB, message, function, result, detail);
 }
 
 Call& Call::check(bool good, int code, const char* message)
@@ -146,6 +145,7 @@ Call& Call::input(const char* text, const char* message)
 
 Call& Call::output(const void* pointer, const char* name)
 {
+    m_slot = name;
     if (m_code == 0 && !pointer) fail(VRNO_ERR_ARGUMENT, formatted(u8"%s의 포인터가 NULL입니다."_ksc, name));
     return *this;
 }
@@ -153,8 +153,8 @@ Call& Call::output(const void* pointer, const char* name)
 Call& Call::copy(const VRNO_BINSTR* data, const char* name, ByteString& to)
 {
     if (m_code != 0) return *this;
-    const bool holds = data->nLen < INT_MAX && to.setData(data->pData, static_cast<int>(data->nLen)) == 0;
-    if (!holds) noMemory(name);
+    const bool isHeld = data->nLen < INT_MAX && to.setData(data->pData, static_cast<int>(data->nLen)) == 0;
+    if (!isHeld) noMemory(name);
     return *this;
 }
 
@@ -170,6 +170,7 @@ Call& Call::view(const VRNO_BINSTR* data, const char* name, Octets& to)
 
 Call& Call::fits(const ByteString& text, const TextOut& out)
 {
+    if (m_code == 0 && text.isOutOfMemory()) noMemory(out.name);
     if (m_code == 0 && text.getLength() >= out.size) {
         const int needed = text.getLength() + 1;
         fail(VRNO_ERR_BUFFER_TOO_SMALL,
@@ -180,6 +181,7 @@ Call& Call::fits(const ByteString& text, const TextOut& out)
 
 int Call::deliver(const ByteString& data, const RecordOut& out)
 {
+    if (m_code == 0 && data.isOutOfMemory()) noMemory(out.name);
     if (m_code != 0) return m_code;
     const int code = VRNO_BINSTR_SetData(data.getBytes(), static_cast<unsigned int>(data.getLength()), out.record);
     return code == 0 ? 0 : fail(code, formatted("VRNO_BINSTR_SetData : %s", out.name));

@@ -18,7 +18,7 @@ enum ErrorForm {
 };
 
 // Stores a failure. A null message stores the code alone and leaves an earlier text. A text of 2048 bytes or more is
-// stored as an empty one.
+// stored as an empty one. On allocation failure there is a code and no text.
 void setApiError(VRNO_API_CTX* pCtx, int nCode, int nForm, const char* pszFunc, const char* pszMsg, const char* pszDynFunc,
                  int nDynErr, const char* pszDetail);
 void clearApiError(VRNO_API_CTX* pCtx);
@@ -49,6 +49,9 @@ struct RecordOut {
 // Made first in every exported function but those that store no failure; clears the last one. The checks form a chain:
 // the first that fails stores its message, and those behind it do nothing. What dereferences an argument goes into a
 // second chain behind a test of the first.
+//
+// Here an allocation failure becomes 1002, whatever code the failed step has: the inner object's trail or the text says so,
+// or the failure's own text could not be stored. The message names the output, or else the input that was copied last.
 class Call {
 public:
     explicit Call(VRNO_API_CTX* context, const char* function = __builtin_FUNCTION());
@@ -68,9 +71,9 @@ public:
     Call& input(const char* text, const char* message);
     // 1004 with the argument's name when the pointer is null.
     Call& output(const void* pointer, const char* name);
-    // Copies a valid record; 1002 when it cannot be held.
+    // Copies a valid record; 1002 on allocation failure, and for more than a ByteString holds.
     Call& copy(const VRNO_BINSTR* data, const char* name, ByteString& to);
-    // An optional record's octets where they lie, none for one that is not valid; 1002 for more than a ByteString holds.
+    // An optional record's octets in place, none for one that is not valid; 1002 for more than a ByteString holds.
     Call& view(const VRNO_BINSTR* data, const char* name, Octets& to);
     // 1005 with the needed size when the text and its NUL do not fit.
     Call& fits(const ByteString& text, const TextOut& out);
@@ -82,12 +85,13 @@ public:
 
     // Each stores a failure and returns its code.
     int fail(int code, const char* message);
-    int fail(int code, const ByteString& message); // empty where the message was too long to be made
-    int trail(int code, const char* message, const ByteString& errorTrail);
+    int fail(int code, const ByteString& message);               // empty where the message was too long for ByteString::format
+    int fail(int code, const char* message, const Trail& trail); // of an inner object
+    int fail(int code, const char* message, const Trailed& inner) { return fail(code, message, inner.getErrorTrail()); }
     int dynamic(int code, const char* message, const char* function, int result, const char* detail); // of the storage library
+    int noMemory() { return noMemory(m_slot); }
     int noMemory(const char* slot);
-    int wrongCertificate(PCertUtil2& cert);
-    int wrongCertificate(const ByteString& errorTrail);
+    int wrongCertificate(const Trail& trail);
 
     // The last step of a call: hands a result to the caller and returns the call's code.
     int deliver(const ByteString& data, const RecordOut& out);
@@ -95,8 +99,11 @@ public:
     int deliver(const ByteString& text, const TextOut& out);
 
 private:
+    int store(int code, int form, const char* message, const char* function, int result, const char* detail);
+
     VRNO_API_CTX* m_context;
     const char* m_function;
+    const char* m_slot = "pCtx"; // named where an allocation failed
     int m_code = VRNO_OK;
 };
 

@@ -1,9 +1,12 @@
 // VRNO_BINSTR_*: binary data at the boundary, on the plain heap.
+#include "base/wipe.h"
 #include "vrno.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+using vrno::wipe;
 
 int VRNO_BINSTR_Create(VRNO_BINSTR* pBinStr)
 {
@@ -16,6 +19,7 @@ int VRNO_BINSTR_Delete(VRNO_BINSTR* pBinStr)
 {
     if (!pBinStr) return VRNO_ERR_ARGUMENT;
     if (!pBinStr->pData) return 0;
+    wipe(pBinStr->pData, pBinStr->nLen);
     std::free(pBinStr->pData);
     *pBinStr = {};
     return 0;

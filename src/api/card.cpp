@@ -161,7 +161,7 @@ int VRNO_MEDIA_CARD_ReadCert(VRNO_API_CTX* pCtx, int nDataType, const char* pszP
 int VRNO_MEDIA_CARD_ReadPriKey(VRNO_API_CTX* pCtx, int nDataType, const char* pszPIN, const char* pszPassword, VRNO_BINSTR* pPriKey)
 {
     Call call(pCtx);
-    SecretString item, randomValue, key;
+    ByteString item, randomValue, key;
     if (!call.input(pszPIN, u8"핀 번호(pszPIN)를 지정해 주세요."_ksc).output(NAMED(pPriKey)).libraryLoaded()) return call.code();
     const Way way = findWay(call, privateKeys, nDataType);
     if (!call || readItem(call, privateKeys, way, pszPIN, item) > 0) return call.code();
@@ -173,7 +173,7 @@ int VRNO_MEDIA_CARD_ReadPriKey(VRNO_API_CTX* pCtx, int nDataType, const char* ps
     if (openPrivateKey(call, pszPassword, item, key) > 0) return call.code();
     PPrivateKey privateKey;
     if (!isEmptyEntry(randomValue) && privateKey.setRandomNumber(key, randomValue) > 0) {
-        return call.trail(VRNO_ERR_PRIKEY_FORMAT, u8"잘못된 개인키 형식입니다."_ksc, privateKey.getErrorTrail());
+        return call.fail(VRNO_ERR_PRIKEY_FORMAT, u8"잘못된 개인키 형식입니다."_ksc, privateKey);
     }
     return call.deliver(key, RecordOut{NAMED(pPriKey)});
 }

@@ -18,7 +18,7 @@ int VRNO_CERT_Load(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert)
     if (!call.copy(NAMED(pCert), der)) return call.code();
     std::unique_ptr<PCertUtil2> cert(new (std::nothrow) PCertUtil2);
     if (!cert) return call.noMemory("pCtx->pLoadedCert");
-    if (cert->setCertificate(der) > 0) return call.wrongCertificate(*cert);
+    if (cert->setCertificate(der) > 0) return call.wrongCertificate(cert->getErrorTrail());
     pCtx->pLoadedCert = cert.release();
     return 0;
 }
@@ -47,9 +47,8 @@ static int fieldText(Call call, const TextOut& out, ByteString& (PCertUtil2::*fi
 {
     if (!call.loaded().output(out.buffer, out.name)) return call.code();
     ByteString& value = (call.cert().*field)();
-    if (call.cert().getLastError() > 0) return call.wrongCertificate(call.cert());
+    if (call.cert().getLastError() > 0) return call.wrongCertificate(call.cert().getErrorTrail());
     const ByteString text = render(value);
-    if (value.getError() > 0 || text.getError() > 0) return call.noMemory(out.name);
     return call.deliver(text, out);
 }
 
@@ -106,8 +105,8 @@ int VRNO_CERT_GetValidity(VRNO_API_CTX* pCtx, char* pszNotBefore, char* pszNotAf
     Call call(pCtx);
     if (!call.loaded().output(NAMED(pszNotBefore)).output(NAMED(pszNotAfter))) return call.code();
     int notBefore = 0, notAfter = 0;
-    if (call.cert().getValidityNotBefore_value(&notBefore) > 0) return call.wrongCertificate(call.cert());
-    if (call.cert().getValidityNotAfter_value(&notAfter) > 0) return call.wrongCertificate(call.cert());
+    if (call.cert().getValidityNotBefore_value(&notBefore) > 0) return call.wrongCertificate(call.cert().getErrorTrail());
+    if (call.cert().getValidityNotAfter_value(&notAfter) > 0) return call.wrongCertificate(call.cert().getErrorTrail());
     DateTime from, to;
     from.setTime(notBefore, true);
     to.setTime(notAfter, true);
@@ -124,7 +123,7 @@ int VRNO_CERT_GetSubjectName_DERFormat(VRNO_API_CTX* pCtx, VRNO_BINSTR* pSubject
     Call call(pCtx);
     if (!call.loaded().output(NAMED(pSubjectName))) return call.code();
     const ByteString& name = call.cert().getSubject();
-    if (call.cert().getLastError() > 0) return call.wrongCertificate(call.cert());
+    if (call.cert().getLastError() > 0) return call.wrongCertificate(call.cert().getErrorTrail());
     return call.deliver(name, RecordOut{NAMED(pSubjectName)});
 }
 
@@ -135,11 +134,11 @@ int VRNO_CERT_GetPubKey(VRNO_API_CTX* pCtx, int nBufLen, char* pszPubKeyAlg, cha
     if (!call.loaded().output(NAMED(pszPubKey)).output(NAMED(pszPubKeyAlg))) return call.code();
     PCertUtil2& cert = call.cert();
     const ByteString algorithm = cert.getPublicKeyAlgorithm();
-    if (cert.getLastError() > 0) return call.wrongCertificate(cert);
+    if (cert.getLastError() > 0) return call.wrongCertificate(cert.getErrorTrail());
     ByteString& key = cert.getSubjectPublicKey();
-    if (cert.getLastError() > 0) return call.wrongCertificate(cert);
+    if (cert.getLastError() > 0) return call.wrongCertificate(cert.getErrorTrail());
     const ByteString text = key.toHex();
-    if (algorithm.getError() > 0 || key.getError() > 0) return call.noMemory("pszPubKey");
+    if (algorithm.isOutOfMemory()) return call.noMemory("pszPubKey");
     if (!call.fits(text, OUT(pszPubKey, nBufLen))) return call.code();
     std::strncpy(pszPubKeyAlg, algorithm.getText(), algorithmSize);
     pszPubKeyAlg[algorithmSize - 1] = '\0';

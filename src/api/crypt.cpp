@@ -18,7 +18,7 @@ constexpr unsigned char chainedFlag = 2, otherPaddingFlag = 4; // of ucFlags
 // memory.
 int newSlot(Call& call, ByteString*& slot, Octets value, const char* name)
 {
-    slot = new (std::nothrow) SecretString;
+    slot = new (std::nothrow) ByteString;
     const bool held = slot && slot->setData(value.data(), static_cast<int>(value.size())) == 0;
     return held ? 0 : call.noMemory(name);
 }
@@ -57,9 +57,9 @@ int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm)
     Call call(pCtx);
     if (!call.supported(nAlgorithm == VRNO_SYM_SEED)) return call.code();
     VNRandom random;
-    SecretString drawn;
+    ByteString drawn;
     if (random.GenerateRandom(VNAlgorithm::random(), keyLength + ivLength, drawn) > 0) {
-        return call.trail(VRNO_ERR_RANDOM, u8"랜덤값을 생성하는데 실패하였습니다."_ksc, random.getErrorTrail());
+        return call.fail(VRNO_ERR_RANDOM, u8"랜덤값을 생성하는데 실패하였습니다."_ksc, random);
     }
     return installSessionKey(call, VNAlgorithm::seed(), vnCbc, drawn.octets().first(keyLength), drawn.octets().last(ivLength));
 }
@@ -112,7 +112,7 @@ int expandKey(Call& call, VNEncrypt& cipher)
     if (const int code = newSlot(call, context.pChangedKey, {}, "pApiCtx->pChangedKey")) return code;
     if (cipher.GenerateKey(context.nSymAlg, *context.pSessionKey, *context.pChangedKey) == 0) return 0;
     drop(context.pChangedKey);
-    return call.trail(VRNO_ERR_KEY_EXPAND, u8"키를 생성하는데 실패하였습니다."_ksc, cipher.getErrorTrail());
+    return call.fail(VRNO_ERR_KEY_EXPAND, u8"키를 생성하는데 실패하였습니다."_ksc, cipher);
 }
 
 // An absent input counts as an empty one. It is not copied: the cipher reads it where it lies, and it may be the output
@@ -137,7 +137,7 @@ int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRN
         failed = (cipher.*direction.whole)(context.nSymAlg, context.nSymMode, *context.pSessionKey, *context.pSessionIv, data,
                                            length, result, padding);
     }
-    if (failed > 0) return call.trail(direction.code, direction.message, cipher.getErrorTrail());
+    if (failed > 0) return call.fail(direction.code, direction.message, cipher);
     return call.handOver(result, out);
 }
 

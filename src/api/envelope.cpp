@@ -13,8 +13,8 @@ int vrno::checkRecipientKeyUsage(Call& call, Purpose nPurpose, ByteString& cert)
     constexpr unsigned char digitalSignature = 0x80, keyEncipherment = 0x20, keyAgreement = 0x08;
     PCertUtil2 util;
     ByteString& value = util.getExtensionValue(cert, "2 5 29 15");
-    if (util.getLastError() == PCertUtil2::absentExtension) return 0;
-    if (util.getLastError() > 0) return call.wrongCertificate(util);
+    if (util.isExtensionAbsent()) return 0;
+    if (util.getLastError() > 0) return call.wrongCertificate(util.getErrorTrail());
 
     ASN1BitString asnBits(value);
     int unusedBits = 0;
@@ -22,7 +22,7 @@ int vrno::checkRecipientKeyUsage(Call& call, Purpose nPurpose, ByteString& cert)
     const unsigned char usage = decoded ? asnBits.getBitString(&unusedBits).getBytes()[0] : 0; // 0 too for no bits
     if (asnBits.getLastError() > 0) {
         Call getter(&call.context(), "VRNO_CERT_GetKeyUsage"); // whose reading this is
-        return getter.trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, asnBits.getErrorTrail());
+        return getter.fail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, asnBits);
     }
     const bool encrypts = usage & (keyEncipherment | keyAgreement), signs = usage & digitalSignature;
     if (nPurpose == Purpose::encryption) {
@@ -55,19 +55,19 @@ int vrno::makeEnvelopedMessage(Call& call, unsigned int nOption, int nAlg, ByteS
     if (const int refused = checkRecipientKeyUsage(call, Purpose::encryption, cert)) return refused;
 
     PEnvelopedData enveloped;
+    if (enveloped.getLastError() > 0) return call.noMemory();
     if (nOption & VRNO_CMS_CONTENT_INFO) enveloped.setOption(PEnvelopedData::inContentInfo);
     enveloped.setEncAlgorithm(code, vnCbc);
     enveloped.choiceRecipientIdentifier(PEnvelopedData::issuerAndSerialNumber);
     enveloped.setContentType("1 2 840 113549 1 7 1");
     enveloped.borrowContent(data);
     if (enveloped.addRecipientByCert(cert) > 0) {
-        return call.trail(VRNO_ERR_CERT_FORMAT, u8"잘못된 수신자의 인증서입니다."_ksc, enveloped.getErrorTrail());
+        return call.fail(VRNO_ERR_CERT_FORMAT, u8"잘못된 수신자의 인증서입니다."_ksc, enveloped);
     }
     if (enveloped.makeEnvelopedData(out) > 0) {
-        return call.trail(VRNO_ERR_ENVELOPE, u8"암호 메시지(EnvelopedData)를 구성하는데 실패하였습니다."_ksc,
-                          enveloped.getErrorTrail());
+        return call.fail(VRNO_ERR_ENVELOPE, u8"암호 메시지(EnvelopedData)를 구성하는데 실패하였습니다."_ksc, enveloped);
     }
-    SecretString key;
+    ByteString key;
     ByteString iv;
     if (enveloped.getSymmetricKey(key, iv) > 0) return call.noMemory("pApiCtx->pSessionKey");
     return installSessionKey(call, code, vnCbc, key.octets(), iv.octets());

@@ -1,20 +1,16 @@
 // VRNO_CERT_*: the extensions of the loaded certificate as text.
-#include "ASN1Pkix/records/RExtensions.h"
 #include "VNProcess/PAuthKeyIdentUtil.h"
 #include "VNProcess/PAuthorityInfoAccess.h"
 #include "VNProcess/PCRLDistPointsUtil.h"
 #include "VNProcess/PExtKeyUsageUtil.h"
 #include "VNProcess/PPolicyUtil.h"
 #include "VNProcess/PSubAltNameUtil.h"
+#include "VNProcess/PlainExtensions.h"
 #include "api/Call.h"
 
 using namespace vrno;
 
-// ---- the frame ----
-
-// Turns an extension's value into its text: 0, noMemoryCode where the text could not be held, or another code above 0
-// with the story of what could not be read.
-using Renderer = int (*)(ByteString& value, ByteString& text, ByteString& trail);
+// ---- the frame of every getter ----
 
 // The text of the extension; on failure the call has its code.
 static Call& renderExtension(Call& call, const TextOut& out, const char* oid, const char* absent, Renderer render, ByteString& text)
@@ -22,13 +18,13 @@ static Call& renderExtension(Call& call, const TextOut& out, const char* oid, co
     if (!call.loaded().output(out.buffer, out.name)) return call;
     PCertUtil2& cert = call.cert();
     ByteString& value = cert.getExtensionValue(oid);
-    ByteString trail;
-    if (cert.getLastError() == PCertUtil2::absentExtension) {
+    Trail trail;
+    if (cert.isExtensionAbsent()) {
         call.fail(VRNO_ERR_EXTENSION_ABSENT, absent);
     } else if (cert.getLastError() > 0) {
-        call.wrongCertificate(cert);
-    } else if (const int code = render(value, text, trail)) {
-        code == noMemoryCode ? call.noMemory(out.name) : call.wrongCertificate(trail);
+        call.wrongCertificate(cert.getErrorTrail());
+    } else if (render(value, text, trail) > 0) {
+        call.wrongCertificate(trail);
     }
     return call;
 }
@@ -40,48 +36,7 @@ static int extensionText(Call call, const TextOut& out, const char* oid, const c
     return call.deliver(text, out);
 }
 
-// The code of an object's failure, its story handed on.
-template <class Object> static int tell(Object& object, int code, ByteString& trail)
-{
-    trail.swap(object.getErrorTrail());
-    return code;
-}
-
-// The text that an operation of a utility class makes.
-template <class Util, int (Util::*parse)(ByteString& value, ByteString& text)>
-static int parsed(ByteString& value, ByteString& text, ByteString& trail)
-{
-    Util util;
-    return tell(util, (util.*parse)(value, text), trail);
-}
-
-static int built(const TextBuilder& builder, ByteString& text)
-{
-    return builder.into(text) > 0 ? noMemoryCode : 0;
-}
-
 // ---- key usage, basic constraints, subject key identifier ----
-
-// Each usage with ", " behind it.
-static int keyUsageList(ByteString& value, ByteString& list, ByteString& trail)
-{
-    static constexpr BitName usages[] = {
-        {0x8000, "digitalSignature, "}, {0x4000, "nonRepudiation, "}, {0x2000, "keyEncipherment, "},
-        {0x1000, "dataEncipherment, "}, {0x0800, "keyAgreement, "},   {0x0400, "keyCertSign, "},
-        {0x0200, "crlSign, "},          {0x0100, "encipherOnly, "},   {0x0080, "decipherOnly, "},
-    };
-    ASN1BitString keyUsage;
-    if (const int code = keyUsage.fromASN1Object(value)) return tell(keyUsage, code, trail);
-    int unusedBits = 0;
-    const ByteString& bits = keyUsage.getBitString(&unusedBits);
-    if (keyUsage.getLastError() > 0) return tell(keyUsage, keyUsage.getLastError(), trail);
-    unsigned char high = 0, low = 0; // stay so where there is no such octet
-    bits.getAt(0, &high);
-    if (bits.getLength() == 2) bits.getAt(1, &low);
-    TextBuilder out;
-    addBits(high, low, usages, out);
-    return built(out, list);
-}
 
 // The buffer must hold the list as it is made, with ", " at its end, which then goes.
 int VRNO_CERT_GetKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszKeyUsage)
@@ -89,34 +44,15 @@ int VRNO_CERT_GetKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszKeyUsage)
     Call call(pCtx);
     const TextOut out = OUT(pszKeyUsage, nBufLen);
     ByteString list;
-    renderExtension(call, out, "2 5 29 15", u8"키 용도 필드가 없습니다."_ksc, keyUsageList, list).fits(list, out);
+    renderExtension(call, out, "2 5 29 15", u8"키 용도 필드가 없습니다."_ksc, keyUsageText, list).fits(list, out);
     list.shorten(list.getLength() - 2);
     return call.deliver(list, out);
-}
-
-static int basicConstraintsText(ByteString& value, ByteString& text, ByteString& trail)
-{
-    RBasicConstraints constraints;
-    if (const int code = constraints.fromASN1Object(value)) return tell(constraints, code, trail);
-    constexpr int none = -1; // a certificate's own -1 is shown like none
-    const int pathLength = (constraints.getBitMask() & 0x02) ? constraints.getPathLenConstraint() : none;
-    TextBuilder out;
-    out << "CA : " << (constraints.isCA() ? "TRUE" : "FALSE");
-    if (pathLength != none) out << ", PathLenConstraint : " << pathLength;
-    return built(out, text);
 }
 
 int VRNO_CERT_GetBasicConstraints(VRNO_API_CTX* pCtx, int nBufLen, char* pszBasicConstraints)
 {
     return extensionText(Call(pCtx), OUT(pszBasicConstraints, nBufLen), "2 5 29 19", u8"기본 제한 필드가 없습니다."_ksc,
                          basicConstraintsText);
-}
-
-static int keyIdentifierText(ByteString& value, ByteString& text, ByteString& trail)
-{
-    ASN1OctetString keyIdentifier;
-    if (const int code = keyIdentifier.fromASN1Object(value)) return tell(keyIdentifier, code, trail);
-    return built(TextBuilder().hex(keyIdentifier.getValue()), text);
 }
 
 int VRNO_CERT_GetSubKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszSKI)
@@ -132,27 +68,6 @@ static Call policyCall(Call call, const char* buffer)
     return call.loaded().output(buffer, "pszCertPolicyID");
 }
 
-static int policyText(ByteString& value, ByteString& text, ByteString& trail)
-{
-    PPolicyUtil policies;
-    if (const int code = policies.parseCertificatePolicies(value)) return tell(policies, code, trail);
-    text.swap(policies.getMessage());
-    return 0;
-}
-
-static int policyIdentifiers(ByteString& value, ByteString& text, ByteString& trail)
-{
-    PPolicyUtil policies;
-    if (const int code = policies.parseCertificatePolicies(value)) return tell(policies, code, trail);
-    TextBuilder out;
-    for (int i = 0; i < policies.getPolicyCount(); ++i) {
-        const ByteString& oid = policies.getPolicyOid(i, ' ');
-        if (policies.getLastError() > 0) return tell(policies, policies.getLastError(), trail);
-        out << (i > 0 ? ", " : "") << oid;
-    }
-    return built(out, text);
-}
-
 int VRNO_CERT_GetCertPolicy(VRNO_API_CTX* pCtx, int nBufLen, char* pszCertPolicy)
 {
     return extensionText(policyCall(Call(pCtx), pszCertPolicy), OUT(pszCertPolicy, nBufLen), "2 5 29 32",
@@ -162,7 +77,7 @@ int VRNO_CERT_GetCertPolicy(VRNO_API_CTX* pCtx, int nBufLen, char* pszCertPolicy
 int VRNO_CERT_GetCertPolicy_PolicyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszPolicyID)
 {
     return extensionText(policyCall(Call(pCtx), pszPolicyID), OUT(pszPolicyID, nBufLen), "2 5 29 32",
-                         u8"인증서 정책 필드가 없습니다."_ksc, policyIdentifiers);
+                         u8"인증서 정책 필드가 없습니다."_ksc, policyIdentifierText);
 }
 
 // ---- extended key usage, alternative names, authority key identifier ----
@@ -187,16 +102,6 @@ int VRNO_CERT_GetAuthKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszAKI)
 
 // ---- CRL distribution points, authority information access ----
 
-static int crlUrls(ByteString& value, ByteString& text, ByteString& trail)
-{
-    PCRLDistPointsUtil points;
-    ByteString whole;
-    if (const int code = points.parseCRLDistributionPoint(value, whole)) return tell(points, code, trail);
-    TextBuilder out;
-    for (int i = 0; i < points.getUrlCount(); ++i) out << (i > 0 ? "|" : "") << points.getUrl(i);
-    return built(out, text);
-}
-
 int VRNO_CERT_GetCRLDP(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDP)
 {
     return extensionText(Call(pCtx), OUT(pszCRLDP, nBufLen), "2 5 29 31", u8"CRL 배포 지점 필드가 없습니다."_ksc,
@@ -205,7 +110,7 @@ int VRNO_CERT_GetCRLDP(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDP)
 
 int VRNO_CERT_GetCRLDP_URL(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDPUrl)
 {
-    return extensionText(Call(pCtx), OUT(pszCRLDPUrl, nBufLen), "2 5 29 31", u8"CRL 배포 지점 필드가 없습니다."_ksc, crlUrls);
+    return extensionText(Call(pCtx), OUT(pszCRLDPUrl, nBufLen), "2 5 29 31", u8"CRL 배포 지점 필드가 없습니다."_ksc, crlUrlText);
 }
 
 int VRNO_CERT_GetAIA(VRNO_API_CTX* pCtx, int nBufLen, char* pszAIA)

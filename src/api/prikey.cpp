@@ -6,21 +6,15 @@
 
 using namespace vrno;
 
-// Whether a failure is one of memory; without its password the object had none for that.
-static bool ranOut(PPKCS8& pkcs8)
-{
-    return (pkcs8.m_nFlags & PPKCS8::passwordSet) == 0 || tellsOfMemory(pkcs8.getErrorTrail());
-}
-
 int vrno::openPrivateKey(Call& call, const char* password, ByteString& blob, ByteString& out)
 {
     PPKCS8 pkcs8;
-    pkcs8.setPassword(password);
+    if (pkcs8.setPassword(password) > 0) return call.noMemory();
     const int code = pkcs8.getPrivateKeyInfo(blob, out);
     if (code == 0) return 0;
-    if (ranOut(pkcs8)) return call.noMemory("pPriKey"); // which must not look like a wrong password
+    if (pkcs8.outOfMemory()) return call.noMemory();
     if (code == PPKCS8::wrongPassword) return call.fail(VRNO_ERR_PRIKEY_PASSWORD, u8"개인키 비밀번호를 확인하세요."_ksc);
-    return call.trail(VRNO_ERR_ENCRYPTED_PRIKEY_FORMAT, u8"잘못된 암호화된 개인키 형식입니다."_ksc, pkcs8.getErrorTrail());
+    return call.fail(VRNO_ERR_ENCRYPTED_PRIKEY_FORMAT, u8"잘못된 암호화된 개인키 형식입니다."_ksc, pkcs8);
 }
 
 // The scheme that a symmetric algorithm's code selects, 0 for none; all three write the same.
@@ -41,7 +35,7 @@ static int schemeOf(int nAlg)
 int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPassword, const VRNO_BINSTR* pPriKey, VRNO_BINSTR* pEncPriKey)
 {
     Call call(pCtx);
-    SecretString key;
+    ByteString key;
     ByteString blob;
     call.input(pszPassword, u8"개인키 비밀번호 정보가 없습니다."_ksc);
     call.input(pPriKey, u8"암호화할 개인키(pPriKey)를 지정해 주세요."_ksc);
@@ -50,12 +44,13 @@ int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPassword, c
     if (!call || !call.copy(pPriKey, "pPriKey", key)) return call.code();
     PPKCS8 pkcs8;
     pkcs8.setEncAlgorithm(schemeOf(nAlg));
-    pkcs8.setPassword(pszPassword);
+    if (pkcs8.setPassword(pszPassword) > 0) return call.noMemory();
     if (pkcs8.setPrivateKeyInfo(key) > 0) {
-        return ranOut(pkcs8) ? call.noMemory("pPriKey") : call.fail(VRNO_ERR_PRIKEY_FORMAT, u8"잘못된 개인키 형식입니다."_ksc);
+        if (pkcs8.outOfMemory()) return call.noMemory();
+        return call.fail(VRNO_ERR_PRIKEY_FORMAT, u8"잘못된 개인키 형식입니다."_ksc);
     }
     if (pkcs8.getPKCS8Data(blob) > 0) {
-        return call.trail(VRNO_ERR_PRIKEY_ENCRYPT, u8"개인키를 암호화하는데 실패하였습니다."_ksc, pkcs8.getErrorTrail());
+        return call.fail(VRNO_ERR_PRIKEY_ENCRYPT, u8"개인키를 암호화하는데 실패하였습니다."_ksc, pkcs8);
     }
     return call.deliver(blob, RecordOut{NAMED(pEncPriKey)});
 }
@@ -64,7 +59,7 @@ int VRNO_PRIKEY_Decrypt(VRNO_API_CTX* pCtx, const char* pszPassword, const VRNO_
 {
     Call call(pCtx);
     ByteString blob;
-    SecretString key;
+    ByteString key;
     call.input(pszPassword, u8"개인키 비밀번호 정보가 없습니다."_ksc);
     call.input(pEncPriKey, u8"복호화할 개인키(pEncPriKey)를 지정해 주세요."_ksc);
     call.check(pPriKey, VRNO_ERR_ARGUMENT, u8"pPriKey의 포인터가 NULL 입니다."_ksc);
@@ -77,10 +72,10 @@ int VRNO_PRIKEY_CheckKeyPair(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert, const
 {
     Call call(pCtx);
     ByteString cert;
-    SecretString key;
+    ByteString key;
     call.input(pCert, u8"인증서(pCert)를 지정해 주세요."_ksc).input(pPriKey, u8"개인키(pPriKey)를 지정해 주세요."_ksc);
     if (!call || !call.copy(pCert, "pCert", cert).copy(pPriKey, "pPriKey", key)) return call.code();
     PCryptUtil util;
     if (util.verifySignatureWithCert(cert, key) == 0) return 0;
-    return call.trail(VRNO_ERR_KEY_PAIR, u8"키쌍이 맞지 않습니다."_ksc, util.getErrorTrail());
+    return call.fail(VRNO_ERR_KEY_PAIR, u8"키쌍이 맞지 않습니다."_ksc, util);
 }

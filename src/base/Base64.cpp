@@ -1,11 +1,8 @@
 #include "base/Base64.h"
 
-#include "base/wipe.h"
-
 #include <array>
 #include <climits>
 #include <cstdint>
-#include <new>
 
 namespace vrno {
 
@@ -21,21 +18,6 @@ constexpr std::array<unsigned char, 256> values = [] {
     return table;
 }();
 
-// A block that is zeroed before it goes back. `bytes` is null when there was no memory.
-struct WorkBlock {
-    std::size_t size;
-    unsigned char* bytes;
-
-    explicit WorkBlock(std::size_t length) : size(length), bytes(new (std::nothrow) unsigned char[length]) {}
-    WorkBlock(const WorkBlock&) = delete;
-    WorkBlock& operator=(const WorkBlock&) = delete;
-    ~WorkBlock()
-    {
-        if (bytes) wipe(bytes, size);
-        delete[] bytes;
-    }
-};
-
 // The characters of up to three octets; missing octets count as zero, and their characters are not written.
 void encodeGroup(const unsigned char* octets, std::size_t count, unsigned char* out)
 {
@@ -44,6 +26,12 @@ void encodeGroup(const unsigned char* octets, std::size_t count, unsigned char* 
     for (std::size_t i = 0; i < 4; ++i) {
         out[i] = i <= count ? static_cast<unsigned char>(alphabet[group >> (18 - 6 * i) & 63]) : static_cast<unsigned char>('=');
     }
+}
+
+int failMemory(ByteString& out)
+{
+    out.setOutOfMemory();
+    return 1;
 }
 
 } // namespace
@@ -57,13 +45,14 @@ int base64Encode(ByteString& in, ByteString& out)
     }
     const std::uint64_t length = (std::uint64_t{octets.size()} + 2) / 3 * 4;
     if (length >= INT_MAX) return 1;
-    const WorkBlock text(static_cast<std::size_t>(length));
-    if (!text.bytes) return 1;
-    unsigned char* to = text.bytes;
+    ByteString text;
+    unsigned char* to = text.makeRoom(static_cast<int>(length));
+    if (!to) return failMemory(out);
     std::size_t at = 0;
     for (; octets.size() - at >= 3; at += 3, to += 4) encodeGroup(&octets[at], 3, to);
     if (at < octets.size()) encodeGroup(&octets[at], octets.size() - at, to);
-    return out.setData(text.bytes, static_cast<int>(length)) == 0 ? 0 : 1;
+    out.swap(text);
+    return 0;
 }
 
 int base64Decode(ByteString& in, ByteString& out)
@@ -75,11 +64,11 @@ int base64Decode(ByteString& in, ByteString& out)
         out.clear();
         return 0;
     }
-    const WorkBlock octets(text.size() * 3 / 4);
-    if (!octets.bytes) return 1;
+    ByteString octets;
+    unsigned char* to = octets.makeRoom(static_cast<int>(text.size() * 3 / 4));
+    if (!to) return failMemory(out);
     std::uint32_t bits = 0;
     int count = 0; // how many low bits of `bits` are not written yet
-    unsigned char* to = octets.bytes;
     for (const unsigned char character : text) {
         const unsigned char value = values[character];
         if (value == noValue) return 1;
@@ -90,7 +79,8 @@ int base64Decode(ByteString& in, ByteString& out)
             *to++ = static_cast<unsigned char>(bits >> count);
         }
     }
-    return out.setData(octets.bytes, static_cast<int>(octets.size)) == 0 ? 0 : 1;
+    out.swap(octets);
+    return 0;
 }
 
 } // namespace vrno

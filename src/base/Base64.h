@@ -5,10 +5,9 @@
 
 namespace vrno {
 
-// Both return 0, or 1 with `out` untouched, but empty where memory ran out at the very end. Their work blocks are wiped, since a
-// caller may pass keys.
+// Both return 0, or 1 with `out` as it was; on allocation failure it is empty with the status 2.
 
-// 1: no memory, or a text longer than a ByteString holds. An empty input gives an empty output.
+// 1: the text would be longer than a ByteString holds. An empty input gives an empty output.
 int base64Encode(ByteString& in, ByteString& out);
 
 // Strict: 1 for a length that is no multiple of 4, for any character outside the alphabet (white space too) and for an

@@ -1,6 +1,7 @@
 #include "base/ByteBuilder.h"
 
 #include "base/ByteString.h"
+#include "base/wipe.h"
 
 #include <climits>
 #include <cstring>
@@ -26,10 +27,16 @@ bool ByteBuilder::room(std::size_t more)
         return false;
     }
     if (m_size > 0) std::memcpy(block, m_block, m_size);
-    delete[] m_block;
+    releaseBlock();
     m_block = block;
     m_capacity = capacity;
     return true;
+}
+
+void ByteBuilder::releaseBlock()
+{
+    wipe(m_block, m_size);
+    delete[] m_block;
 }
 
 void ByteBuilder::add(unsigned char octet)
@@ -47,7 +54,7 @@ void ByteBuilder::append(const void* data, std::size_t length)
 int ByteBuilder::into(ByteString& out) const
 {
     if (m_failed) {
-        out.clear();
+        out.setOutOfMemory();
         return ByteString::outOfMemory;
     }
     return out.setData(m_block, static_cast<int>(m_size));

@@ -7,14 +7,14 @@ namespace vrno {
 
 class ByteString;
 
-// Grows by half, so that any number of additions costs linear time. An addition for which there is no memory makes the
-// builder fail: it stays so, and further additions do nothing.
+// Grows by half, so that any number of additions costs linear time. After an allocation failure the builder has failed for
+// good: further additions do nothing. Its block is overwritten before it is released.
 class ByteBuilder {
 public:
     ByteBuilder() = default;
     ByteBuilder(const ByteBuilder&) = delete;
     ByteBuilder& operator=(const ByteBuilder&) = delete;
-    ~ByteBuilder() { delete[] m_block; }
+    ~ByteBuilder() { releaseBlock(); }
 
     void add(unsigned char octet);
     void append(const void* data, std::size_t length);
@@ -24,14 +24,15 @@ public:
     bool empty() const { return m_size == 0; }
     Octets octets() const { return {m_block, m_size}; }
 
-    // Takes the last octet off; there must be one.
+    // Removes the last octet; there must be one.
     void drop() { --m_size; }
 
-    // Copies what was built into `out`: 0, or 2 with `out` empty when memory ran out here or before.
+    // Copies what was built into `out`: 0, or 2 with `out` empty and its status 2 when an allocation failed here or before.
     int into(ByteString& out) const;
 
 private:
     bool room(std::size_t more);
+    void releaseBlock();
 
     unsigned char* m_block = nullptr;
     std::size_t m_size = 0;

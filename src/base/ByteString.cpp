@@ -34,17 +34,29 @@ static int textLength(const char* text)
 
 ByteString::ByteString(const void* data, int length)
 {
-    m_nError = setData(data, length);
+    setData(data, length);
 }
 
 ByteString::ByteString(const ByteString& other)
 {
-    m_nError = setData(other.m_pData, other.m_nLength);
+    setData(other.m_pData, other.m_nLength);
+    copyStatus(other);
 }
 
 ByteString::~ByteString()
 {
+    releaseBlock();
+}
+
+void ByteString::releaseBlock()
+{
+    wipe();
     std::free(m_pData);
+}
+
+void ByteString::copyStatus(const ByteString& other)
+{
+    if (other.isOutOfMemory()) m_nError = outOfMemory;
 }
 
 int ByteString::setData(const void* data, int length)
@@ -55,9 +67,19 @@ int ByteString::setData(const void* data, int length)
     if (wanted) block = newBlock(length);
     if (block) copyBytes(block, data, length);
     clear();
-    if (!block) return wanted || (data != nullptr && length == INT_MAX) ? outOfMemory : good;
+    if (!block) return m_nError = wanted || (data != nullptr && length == INT_MAX) ? outOfMemory : good;
     m_pData = block;
     m_nLength = length;
+    return good;
+}
+
+int ByteString::join(Octets first, Octets second)
+{
+    clear();
+    unsigned char* const block =
+        second.size() < INT_MAX - first.size() ? makeRoom(static_cast<int>(first.size() + second.size())) : nullptr;
+    if (!block) return m_nError = outOfMemory;
+    std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), block));
     return good;
 }
 
@@ -66,7 +88,7 @@ ByteString& ByteString::operator=(const char* text)
     if (!text || *text == '\0') {
         clear();
     } else {
-        m_nError = setData(text, textLength(text));
+        setData(text, textLength(text));
     }
     return *this;
 }
@@ -76,7 +98,8 @@ ByteString& ByteString::operator=(const ByteString& other)
     m_nError = good;
     if (this == &other) return *this;
     clear();
-    if (other.m_nLength > 0) m_nError = setData(other.m_pData, other.m_nLength);
+    if (other.m_nLength > 0) setData(other.m_pData, other.m_nLength);
+    copyStatus(other);
     return *this;
 }
 
@@ -89,6 +112,7 @@ ByteString& ByteString::operator+=(const char* text)
 ByteString& ByteString::operator+=(const ByteString& other)
 {
     m_nError = append(other.m_pData, other.m_nLength);
+    copyStatus(other);
     return *this;
 }
 
@@ -100,10 +124,22 @@ int ByteString::append(const void* data, int length)
     if (!block) return outOfMemory;
     copyBytes(block, m_pData, m_nLength);
     copyBytes(block + m_nLength, data, length);
-    std::free(m_pData);
+    releaseBlock();
     m_pData = block;
     m_nLength += length;
     return good;
+}
+
+// A block of `size` bytes that begins with the content, in the place of the old one; null, with the old one kept, on
+// allocation failure.
+unsigned char* ByteString::grownBlock(std::size_t size)
+{
+    if (size > maxCopiedBlock) return static_cast<unsigned char*>(std::realloc(m_pData, size));
+    auto* const block = static_cast<unsigned char*>(std::malloc(size));
+    if (!block) return nullptr;
+    copyBytes(block, m_pData, m_nLength);
+    releaseBlock();
+    return block;
 }
 
 int ByteString::prepend(Octets front)
@@ -111,7 +147,7 @@ int ByteString::prepend(Octets front)
     if (front.empty()) return good;
     const auto length = static_cast<std::size_t>(m_nLength);
     if (front.size() >= INT_MAX - length) return outOfMemory;
-    auto* const block = static_cast<unsigned char*>(std::realloc(m_pData, front.size() + length + 1));
+    unsigned char* const block = grownBlock(front.size() + length + 1);
     if (!block) return outOfMemory;
     std::memmove(block + front.size(), block, length);
     std::memcpy(block, front.data(), front.size());
@@ -167,26 +203,35 @@ bool ByteString::operator==(const char* text) const
 
 void ByteString::clear()
 {
-    std::free(m_pData);
+    releaseBlock();
     m_pData = nullptr;
     m_nLength = 0;
     m_nError = good;
 }
 
+void ByteString::setOutOfMemory()
+{
+    clear();
+    m_nError = outOfMemory;
+}
+
 unsigned char* ByteString::makeRoom(int length)
 {
     clear();
-    if (length < 0 || length == INT_MAX) return nullptr;
-    m_pData = newBlock(length);
-    if (m_pData) m_nLength = length;
+    if (length >= 0 && length < INT_MAX) m_pData = newBlock(length);
+    if (m_pData) {
+        m_nLength = length;
+    } else {
+        m_nError = outOfMemory;
+    }
     return m_pData;
 }
 
 void ByteString::shorten(int length)
 {
     if (length < 0 || length >= m_nLength) return;
+    vrno::wipe(m_pData + length, static_cast<std::size_t>(m_nLength - length));
     m_nLength = length;
-    m_pData[length] = 0;
 }
 
 unsigned char* ByteString::release()
@@ -209,37 +254,24 @@ void ByteString::wipe()
     if (m_pData) vrno::wipe(m_pData, static_cast<std::size_t>(m_nLength));
 }
 
-int SecretString::join(const ByteString& first, const ByteString& second)
-{
-    wipe();
-    const bool fits = first.getLength() < INT_MAX - second.getLength();
-    unsigned char* const block = fits ? makeRoom(first.getLength() + second.getLength()) : nullptr;
-    if (!block) {
-        clear();
-        return outOfMemory;
-    }
-    std::memcpy(block, first.getBytes(), static_cast<std::size_t>(first.getLength()));
-    std::memcpy(block + first.getLength(), second.getBytes(), static_cast<std::size_t>(second.getLength()));
-    return good;
-}
-
 ByteString ByteString::toHex()
 {
     ByteString hex;
-    m_nError = good;
-    if (m_nLength < 1) return hex;
-    unsigned char* const block = m_nLength < INT_MAX / 2 ? newBlock(2 * m_nLength) : nullptr;
-    if (!block) {
-        m_nError = outOfMemory;
+    if (m_nLength < 1) {
+        hex.copyStatus(*this);
         return hex;
     }
-    unsigned char* at = block;
+    m_nError = good;
+    unsigned char* at = m_nLength < INT_MAX / 2 ? hex.makeRoom(2 * m_nLength) : nullptr;
+    if (!at) {
+        m_nError = outOfMemory;
+        hex.setOutOfMemory();
+        return hex;
+    }
     for (const unsigned char octet : octets()) {
         *at++ = static_cast<unsigned char>("0123456789abcdef"[octet >> 4]);
         *at++ = static_cast<unsigned char>("0123456789abcdef"[octet & 15]);
     }
-    hex.m_pData = block;
-    hex.m_nLength = 2 * m_nLength;
     return hex;
 }
 
@@ -248,8 +280,7 @@ ByteString ByteString::toHexGrouped(int group, int line)
     ByteBuilder out;
     int digits = 0;
     const auto startsNew = [&digits](int size) { return size > 0 && digits != 0 && digits % size == 0; };
-    m_nError = good;
-    if (m_nLength >= INT_MAX / 2) m_nError = outOfMemory;
+    if (m_nLength > 0) m_nError = m_nLength < INT_MAX / 2 ? good : outOfMemory;
     for (const unsigned char octet : m_nError == good ? octets() : Octets{}) {
         for (const int digit : {octet >> 4, octet & 15}) {
             if (startsNew(group)) out.add(' ');
@@ -260,6 +291,7 @@ ByteString ByteString::toHexGrouped(int group, int line)
     }
     ByteString text;
     if (m_nError == good) m_nError = out.into(text);
+    text.copyStatus(*this);
     return text;
 }
 
@@ -277,7 +309,7 @@ int ByteString::formatList(const char* fmt, std::va_list arguments)
     char work[2048];
     const int length = std::vsnprintf(work, sizeof work, fmt, arguments);
     if (length < 0 || length >= static_cast<int>(sizeof work)) return formatFailed;
-    return m_nError = setData(work, textLength(work));
+    return setData(work, textLength(work));
 }
 
 ByteString formatted(const char* fmt, ...)

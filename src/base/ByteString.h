@@ -7,11 +7,14 @@
 
 namespace vrno {
 
-// Binary safe. Behind the data stands a zero byte that the length does not count, so that the content can be read as a
-// text. Every block is of exactly the size it needs, comes from the plain heap and belongs to one object; copies duplicate
-// it. Nothing throws: a failed allocation is the status 2, with the content empty or, where told, unchanged.
+// Binary safe. Behind the data there is a zero byte that the length does not count, so that the content can be read as a
+// text. Every block comes from the plain heap and belongs to one object; a copy has a block of its own. A block is
+// overwritten with zeros before it is released, whatever operation releases it: any of them may hold a key.
 //
-// Empty comes in two forms, told apart by isNull(): no block at all, and a block of only the zero byte, which
+// Nothing throws. On allocation failure the status is 2 and the content is empty or, where it says so, unchanged. A copy of
+// an object with that status has it too, so the failure is not mistaken for empty data further on.
+//
+// Empty comes in two forms, which isNull() tells apart: no block at all, and a block of only the zero byte, which
 // setData() with a pointer and the length 0 gives.
 class ByteString {
 public:
@@ -22,8 +25,11 @@ public:
     ByteString(const ByteString& other);
     virtual ~ByteString();
 
-    // Copies `length` bytes and returns 0, or 2 with the object empty. A null pointer or a negative length empties it.
+    // Copies `length` bytes and returns 0, or 2 with the object empty; the status is the same. A null pointer or a negative
+    // length empties the object. `data` may lie in its own block.
     int setData(const void* data, int length);
+    // The same with two values behind each other.
+    int join(Octets first, Octets second);
 
     // Copies, with the result in the status. A null text and an empty other both give the form without a block.
     ByteString& operator=(const char* text);
@@ -33,10 +39,10 @@ public:
     ByteString& operator+=(const char* text);
     ByteString& operator+=(const ByteString& other);
 
-    // Puts bytes of another object in front, in the same block where the heap can make it larger: 0, or 2 with the content
-    // as it was.
+    // Puts bytes of another object in front: 0, or 2 with the content as it was. A block above maxCopiedBlock bytes grows in
+    // place where the heap can do so.
     int prepend(Octets front);
-    // Takes that many bytes off the front, at most all, in the same block.
+    // Removes that many bytes from the front, at most all, in the same block.
     void dropFront(int count);
 
     int getLength() const { return m_nLength; }
@@ -59,14 +65,17 @@ public:
     bool operator!=(const char* text) const { return !(*this == text); }
 
     void clear();
-    // Replaces the content by a block of `length` bytes for the caller to fill; null, with the object empty, when there
-    // is no memory. shorten() then cuts it to what was filled.
+    // Empties the object and sets the status 2: what it should hold could not be allocated.
+    void setOutOfMemory();
+    bool isOutOfMemory() const { return m_nError == outOfMemory; }
+    // Replaces the content by a block of `length` bytes for the caller to fill; null, with the object empty and the status
+    // 2, on allocation failure. shorten() then cuts it to what was filled.
     unsigned char* makeRoom(int length);
     void shorten(int length);
     // Gives the block away, which is the caller's to free() from then on, and leaves the object empty; null without one.
     unsigned char* release();
     void swap(ByteString& other);
-    // Overwrites the data with zeros, which no compiler drops; the length stays.
+    // Overwrites the data with zeros; the length stays.
     void wipe();
 
     // Lower-case hexadecimal, two digits a byte. Out of memory is status 2 here and an empty result.
@@ -81,33 +90,21 @@ public:
     int formatList(const char* fmt, std::va_list arguments);
 
 private:
+    // Blocks up to this size are copied when they grow, since realloc may release the old one with its content. Larger ones
+    // hold messages, which are no secrets and too large to be held twice.
+    static constexpr std::size_t maxCopiedBlock = std::size_t{1} << 20;
+
     int append(const void* data, int length);
+    unsigned char* grownBlock(std::size_t size);
+    void releaseBlock();
+    void copyStatus(const ByteString& other);
 
     int m_nLength = 0;
     unsigned char* m_pData = nullptr;
     int m_nError = good;
 };
 
-// One that holds a secret, and overwrites it when it goes and where setData or join replace it. Growing it, or filling it
-// anew as a ByteString, leaves a copy behind.
-class SecretString : public ByteString {
-public:
-    SecretString() = default;
-    SecretString(const void* data, int length) : ByteString(data, length) {}
-    SecretString(const SecretString&) = delete;
-    SecretString& operator=(const SecretString&) = delete;
-    ~SecretString() override { wipe(); }
-
-    int setData(const void* data, int length)
-    {
-        wipe();
-        return ByteString::setData(data, length);
-    }
-    // Two values behind each other: 0, or 2 with the object empty.
-    int join(const ByteString& first, const ByteString& second);
-};
-
-// A text made as by ByteString::format; empty when that fails.
+// A text made as by ByteString::format, with the status of that; empty when it fails.
 ByteString formatted(const char* fmt, ...);
 
 } // namespace vrno

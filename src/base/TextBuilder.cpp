@@ -32,6 +32,13 @@ TextBuilder& TextBuilder::hex(ByteString& octets, int group, int line)
     return *this << digits;
 }
 
+int TextBuilder::into(ByteString& text) const
+{
+    if (!m_failed) return m_bytes.into(text);
+    text.setOutOfMemory();
+    return ByteString::outOfMemory;
+}
+
 void TextBuilder::replaceLast(char with)
 {
     if (m_bytes.failed()) return;

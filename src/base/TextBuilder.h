@@ -6,8 +6,8 @@
 
 namespace vrno {
 
-// Linear in what is added, and without a text's usual limit of length. A piece that could not be had for want of memory
-// makes the builder fail, as one that cannot be added does: it stays so, and into() tells.
+// Linear in what is added, and without the limit of ByteString::format. After an allocation failure, of a piece or of the
+// builder's own, it has failed for good.
 class TextBuilder {
 public:
     TextBuilder& operator<<(const char* text);
@@ -19,8 +19,8 @@ public:
     void replaceLast(char with);
 
     bool empty() const { return m_bytes.empty(); }
-    // Copies the text: 0, or 2 with `text` empty when memory ran out here or before.
-    int into(ByteString& text) const { return m_failed ? (text.clear(), ByteString::outOfMemory) : m_bytes.into(text); }
+    // Copies the text: 0, or 2 with `text` empty and its status 2 when an allocation failed here or before.
+    int into(ByteString& text) const;
 
 private:
     ByteBuilder m_bytes;

@@ -1,7 +1,6 @@
 #include "base/Trail.h"
 
-#include <cstring>
-#include <string_view>
+#include <utility>
 
 namespace vrno {
 
@@ -14,28 +13,68 @@ static const char* baseName(const char* path)
     return base;
 }
 
-ByteString trailFrame(const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName, int nCode,
-                      bool followed)
+// ---- the trail ----
+
+ByteString Trail::frameText(const Here& at, const char* className, const char* name, int code, bool isFollowed)
 {
-    return formatted(followed ? "[%s:%d]%s::%s-%s(%d)," : "[%s:%d]%s::%s-%s(%d)", baseName(pszFile), nLine, pszClass, pszMethod,
-                     pszName, nCode);
+    return formatted(isFollowed ? "[%s:%d]%s::%s-%s(%d)," : "[%s:%d]%s::%s-%s(%d)", baseName(at.file), at.line, className,
+                     at.function, name, code);
 }
 
-void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char* pszClass, const char* pszMethod,
-                   const char* pszName, int nCode, const char* pszMessage)
+void Trail::frame(const Here& at, const char* className, const char* name, int code, const char* message)
 {
-    const bool followed = pszMessage != nullptr && *pszMessage != '\0';
-    ByteString text = trailFrame(pszFile, nLine, pszClass, pszMethod, pszName, nCode, followed);
-    if (followed) text += pszMessage;
-    trail = text;
+    const bool isFollowed = message != nullptr && *message != '\0';
+    ByteString text = frameText(at, className, name, code, isFollowed);
+    m_outOfMemory = text.isOutOfMemory();
+    if (isFollowed) text += message;
+    m_outOfMemory |= text.isOutOfMemory();
+    m_text.swap(text);
 }
 
-bool tellsOfMemory(const ByteString& trail)
+void Trail::frame(const Here& at, const char* className, const char* name, int code, const Trail& inner)
 {
-    const std::string_view story(trail.getText(), static_cast<std::size_t>(trail.getLength()));
-    const auto says = [story](std::string_view text) { return story.find(text) != std::string_view::npos; };
-    return story.empty() || story.ends_with(',') || story.ends_with("Memory Allocation Error") ||
-           says("Memory allocation failed") || says("allocation is failed"); // the engine's words, and the facade's
+    const bool wasOutOfMemory = inner.m_outOfMemory; // `inner` may be this object
+    frame(at, className, name, code, inner.getText());
+    m_outOfMemory |= wasOutOfMemory;
+}
+
+void Trail::prepend(Octets frames)
+{
+    m_outOfMemory |= m_text.prepend(frames) > 0;
+}
+
+void Trail::swap(Trail& other)
+{
+    m_text.swap(other.m_text);
+    std::swap(m_outOfMemory, other.m_outOfMemory);
+}
+
+// ---- the ways to fail ----
+
+int failAs(Trailed& object, const char* className, int code, const char* name, const char* message, Here at)
+{
+    object.m_bsErrorTrail.frame(at, className, name, code, message);
+    return code;
+}
+
+int failAs(Trailed& object, const char* className, int code, const char* name, const ByteString& message, Here at)
+{
+    object.m_bsErrorTrail.frame(at, className, name, code, message.getText());
+    if (message.isOutOfMemory()) object.m_bsErrorTrail.setOutOfMemory();
+    return code;
+}
+
+int failAs(Trailed& object, const char* className, int code, const char* name, const Trailed& inner, Here at)
+{
+    object.m_bsErrorTrail.frame(at, className, name, code, inner.m_bsErrorTrail);
+    return code;
+}
+
+int failMemoryAs(Trailed& object, const char* className, int code, const char* name, const char* message, Here at)
+{
+    object.m_bsErrorTrail.frame(at, className, name, code, message);
+    object.m_bsErrorTrail.setOutOfMemory();
+    return code;
 }
 
 } // namespace vrno

@@ -1,12 +1,12 @@
-// The error trail: where a failure happened, told from the outermost frame to the innermost.
+// Failures: the trail that tells where one happened, the base of every object that has a trail, and the ways to fail.
 #pragma once
 
 #include "base/ByteString.h"
 
 namespace vrno {
 
-// Where a statement stands. As a default argument it names the caller's file, line and function; in a lambda the
-// function's name is `operator()`, so hand it on from outside there.
+// Where a statement stands. As a default argument it names the caller's file, line and function. In a lambda the function's
+// name is `operator()`: there FailuresOf names the method.
 struct Here {
     const char* file;
     int line;
@@ -17,58 +17,123 @@ struct Here {
         return {f, l, fn};
     }
 
-    // The same place, told as part of `method`.
+    // The same place as a part of `method`.
     constexpr Here in(const char* method) const { return {file, line, method}; }
 };
 
-// Replaces `trail` by a frame "[file:line]Class::Method-Name(code)" with the file's base name, and behind it, where
-// there is one, a comma and `message`. The message may be the trail itself: that is how an object keeps its own story.
-void addTrailFrame(ByteString& trail, const char* pszFile, int nLine, const char* pszClass, const char* pszMethod,
-                   const char* pszName, int nCode, const char* pszMessage);
+// A failure: for people the text of its frames, the outermost first; for the program the one fact that changes a result
+// code, whether an allocation failed. A text that could not be allocated is such a failure too.
+class Trail {
+public:
+    // Replaces the trail by a frame "[file:line]Class::Method-Name(code)", with the file's base name, and behind it a comma
+    // and `message` where that is not null or empty.
+    void frame(const Here& at, const char* className, const char* name, int code, const char* message);
+    // The same with the frames of `inner` as the message; its fact is kept. `inner` may be this object.
+    void frame(const Here& at, const char* className, const char* name, int code, const Trail& inner);
+    // Puts text in front, as it is.
+    void prepend(Octets frames);
+    void setOutOfMemory() { m_outOfMemory = true; }
+    void swap(Trail& other);
 
-// The same with the text that is to stand before the frame's own end: used where many frames are laid at once.
-ByteString trailFrame(const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName, int nCode,
-                      bool followed);
+    // A frame alone, with the comma where something is to follow it.
+    static ByteString frameText(const Here& at, const char* className, const char* name, int code, bool isFollowed);
 
-// The code of a failure for want of memory where the step's own code would read as something else.
-inline constexpr int noMemoryCode = 9999;
+    const ByteString& text() const { return m_text; }
+    const char* getText() const { return m_text.getText(); }
+    bool outOfMemory() const { return m_outOfMemory; }
 
-// Whether the story on the trail of a failed object is one of memory running out: it ends so, or was cut off for the same
-// reason. For whoever goes on after a failure that says only what the data is not.
-bool tellsOfMemory(const ByteString& trail);
-
-// An object that carries a trail: a value, a record, a utility or facade object.
-template <class T>
-concept Trailed = requires(T& object)
-{
-    object.getErrorTrail();
+private:
+    ByteString m_text;
+    bool m_outOfMemory = false;
 };
 
-// One frame on `object`'s trail with `message` behind it; returns `code`. The frame names Object::className.
-template <Trailed Object> int fail(Object& object, int code, const char* name, const char* message, Here at = Here::now())
+// The base of the four kinds of objects that carry a trail: values, records, utility and facade objects.
+class Trailed {
+public:
+    Trailed() = default;
+    Trailed(const Trailed&) = delete;
+    Trailed& operator=(const Trailed&) = delete;
+    virtual ~Trailed() = default;
+
+    int getLastError() const { return m_nLastError; }
+    const Trail& getErrorTrail() const { return m_bsErrorTrail; }
+    bool outOfMemory() const { return m_bsErrorTrail.outOfMemory(); } // of the last failure
+    void addTrailFrame(const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName, int nCode,
+                       const char* pszMessage)
+    {
+        m_bsErrorTrail.frame({pszFile, nLine, pszMethod}, pszClass, pszName, nCode, pszMessage);
+    }
+
+    int m_nLastError = 0;
+    Trail m_bsErrorTrail;
+};
+
+// ---- the ways to fail: each adds one frame to the object's trail and returns `code` ----
+
+// The same under another class name than the object's own.
+int failAs(Trailed& object, const char* className, int code, const char* name, const char* message, Here at);
+int failAs(Trailed& object, const char* className, int code, const char* name, const ByteString& message, Here at);
+int failAs(Trailed& object, const char* className, int code, const char* name, const Trailed& inner, Here at);
+int failMemoryAs(Trailed& object, const char* className, int code, const char* name, const char* message, Here at);
+
+// The frame names Object::className. `cause` is a message, or the inner object whose trail follows, which may be `object`.
+template <class Object, class Cause> int fail(Object& object, int code, const char* name, Cause&& cause, Here at = Here::now())
 {
-    object.addTrailFrame(at.file, at.line, Object::className, at.function, name, code, message);
-    return code;
+    return failAs(object, Object::className, code, name, cause, at);
 }
 
-template <Trailed Object> int fail(Object& object, int code, const char* name, const ByteString& message, Here at = Here::now())
+inline constexpr const char* memoryFailure = "Memory Allocation Error";
+
+// An allocation failed here.
+template <class Object>
+int failMemory(Object& object, int code, const char* name, const char* message = memoryFailure, Here at = Here::now())
 {
-    return fail(object, code, name, message.getText(), at);
+    return failMemoryAs(object, Object::className, code, name, message, at);
 }
 
-// The same with the story of the inner object behind it, which may be `object` itself.
-template <Trailed Object, Trailed Inner> int fail(Object& object, int code, const char* name, Inner& inner, Here at = Here::now())
+// For operations that hand out `m_bsOutput`: stores the code of a failure and gives the emptied output back.
+template <class Object> ByteString& failedOutput(Object& object, int code)
 {
-    return fail(object, code, name, inner.getErrorTrail().getText(), at);
-}
-
-// For operations that hand out `m_bsOutput`: fails as above, stores the code and gives the emptied output back.
-template <Trailed Object, class Story>
-ByteString& failOutput(Object& object, int code, const char* name, Story&& story, Here at = Here::now())
-{
-    object.m_nLastError = fail(object, code, name, story, at);
+    object.m_nLastError = code;
     object.m_bsOutput.clear();
+    if (object.outOfMemory()) object.m_bsOutput.setOutOfMemory();
     return object.m_bsOutput;
 }
+
+template <class Object, class Cause>
+ByteString& failOutput(Object& object, int code, const char* name, Cause&& cause, Here at = Here::now())
+{
+    return failedOutput(object, fail(object, code, name, cause, at));
+}
+
+template <class Object> ByteString& failOutputMemory(Object& object, int code, const char* name, Here at = Here::now())
+{
+    return failedOutput(object, failMemory(object, code, name, memoryFailure, at));
+}
+
+// The failures of a helper, in the name of the method that it is a part of, each with its own line:
+//     const FailuresOf failed{*this, "makeEnvelopedData"};
+//     return failed(4, "m_bsContentType", eci);
+class FailuresOf {
+public:
+    template <class Object> FailuresOf(Object& object, const char* method) : FailuresOf(object, Object::className, method) {}
+    FailuresOf(Trailed& object, const char* className, const char* method)
+        : m_object(object), m_className(className), m_method(method)
+    {}
+
+    template <class Cause> int operator()(int code, const char* name, Cause&& cause, Here at = Here::now()) const
+    {
+        return failAs(m_object, m_className, code, name, cause, at.in(m_method));
+    }
+    int memory(int code, const char* name, const char* message = memoryFailure, Here at = Here::now()) const
+    {
+        return failMemoryAs(m_object, m_className, code, name, message, at.in(m_method));
+    }
+
+private:
+    Trailed& m_object;
+    const char* m_className;
+    const char* m_method;
+};
 
 } // namespace vrno

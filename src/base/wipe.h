@@ -1,19 +1,11 @@
-// Overwriting of secrets that are about to be released.
+// Work areas for secrets.
 #pragma once
 
-#include <cstddef>
-#include <cstring>
+#include "platform/wipe.h"
 
 namespace vrno {
 
-// Zeros `length` bytes at `data`; the barrier keeps the compiler from seeing that nobody reads them again.
-inline void wipe(void* data, std::size_t length)
-{
-    if (length > 0) std::memset(data, 0, length);
-    __asm__ __volatile__("" : : "r"(data) : "memory");
-}
-
-// A work area for a secret: zeroed when it is made, wiped when it goes.
+// A work area for a secret: zeroed when it is made, wiped on destruction.
 template <std::size_t length> struct SecretArea {
     unsigned char bytes[length] = {};
 

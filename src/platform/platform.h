@@ -3,6 +3,8 @@
 // Texts are passed to the system byte for byte. Nothing here throws, and nothing but `Mutex` holds state.
 #pragma once
 
+#include "platform/wipe.h"
+
 #include <atomic>
 #include <climits>
 #include <cstddef>
@@ -18,8 +20,8 @@ enum class FileError : int {
     none = 0,
     emptyPath = 1,
     open = 2,   // missing, not permitted, held by a writer where the system can tell
-    size = 3,   // has no size: a folder, a pipe, a device
-    memory = 4, // no block of the file's size, or a size above 2^31 - 2 bytes
+    size = 3,   // no size (a folder, a pipe, a device), or one above 2^31 - 2 bytes
+    memory = 4, // the block could not be allocated
     read = 5,
     truncated = 6, // fewer bytes came than the size said
 };
@@ -32,15 +34,20 @@ struct FileBlock {
     FileBlock() = default;
     FileBlock(const FileBlock&) = delete;
     FileBlock& operator=(const FileBlock&) = delete;
-    ~FileBlock() { std::free(bytes); }
-
-    // A zeroed block for `fileSize` bytes and the zero behind them; false when there is none.
-    bool allocate(std::uint64_t fileSize)
+    ~FileBlock()
     {
-        if (fileSize >= INT_MAX) return false;
+        wipe(bytes, static_cast<std::size_t>(length)); // it may be a private key
+        std::free(bytes);
+    }
+
+    // A zeroed block for `fileSize` bytes and the zero behind them: none, size or memory.
+    FileError allocate(std::uint64_t fileSize)
+    {
+        if (fileSize >= INT_MAX) return FileError::size;
         bytes = static_cast<unsigned char*>(std::calloc(static_cast<std::size_t>(fileSize) + 1, 1));
-        length = bytes ? static_cast<int>(fileSize) : 0;
-        return bytes != nullptr;
+        if (!bytes) return FileError::memory;
+        length = static_cast<int>(fileSize);
+        return FileError::none;
     }
 };
 

@@ -50,7 +50,7 @@ FileError readFile(const char* path, FileBlock& out)
     if (file.fd < 0) return FileError::open;
     struct stat status;
     if (fstat(file.fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) return FileError::size;
-    if (!out.allocate(static_cast<std::uint64_t>(status.st_size))) return FileError::memory;
+    if (const FileError error = out.allocate(static_cast<std::uint64_t>(status.st_size)); error != FileError::none) return error;
     return readWhole(file.fd, out);
 }
 

@@ -33,7 +33,8 @@ FileError readFile(const char* path, FileBlock& out)
     if (handle.file == INVALID_HANDLE_VALUE) return FileError::open;
     LARGE_INTEGER size;
     if (GetFileType(handle.file) != FILE_TYPE_DISK || !GetFileSizeEx(handle.file, &size)) return FileError::size;
-    if (!out.allocate(static_cast<std::uint64_t>(size.QuadPart))) return FileError::memory;
+    const FileError error = out.allocate(static_cast<std::uint64_t>(size.QuadPart));
+    if (error != FileError::none) return error;
     DWORD got = 0;
     if (!ReadFile(handle.file, out.bytes, static_cast<DWORD>(out.length), &got, nullptr)) return FileError::read;
     return got == static_cast<DWORD>(out.length) ? FileError::none : FileError::truncated;

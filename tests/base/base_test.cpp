@@ -103,10 +103,10 @@ TEST(Trail, FramesStandFromTheOutermostInwards)
     PObject inner;
     VNObject outer;
     inner.addTrailFrame("C:\\src\\a.cpp", 7, "A", "f", "x", 3, nullptr);
-    EXPECT_TRUE(inner.getErrorTrail() == "[a.cpp:7]A::f-x(3)");
+    EXPECT_TRUE(inner.getErrorTrail().text() == "[a.cpp:7]A::f-x(3)");
     inner.addTrailFrame("/src/b.cpp", 8, "B", "g", "y", 4, inner.getErrorTrail().getText());
     outer.addTrailFrame("c.cpp", 9, "C", "h", "z", 5, inner.getErrorTrail().getText());
-    EXPECT_TRUE(outer.getErrorTrail() == "[c.cpp:9]C::h-z(5),[b.cpp:8]B::g-y(4),[a.cpp:7]A::f-x(3)");
+    EXPECT_TRUE(outer.getErrorTrail().text() == "[c.cpp:9]C::h-z(5),[b.cpp:8]B::g-y(4),[a.cpp:7]A::f-x(3)");
 }
 
 TEST(Builder, StaysFailed)

@@ -222,7 +222,7 @@ TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
         enveloped.setEncAlgorithm(3020, 4);
         if (row.prepare) row.prepare(enveloped);
         ByteString cert = byteString(certificateOf(row.algorithm, row.key)), out("old", 3);
-        const bool adds = enveloped.getErrorTrail().getLength() == 0, added = adds && enveloped.addRecipientByCert(cert) == 0;
+        const bool adds = enveloped.getErrorTrail().text().getLength() == 0, added = adds && enveloped.addRecipientByCert(cert) == 0;
         EXPECT_EQ(enveloped.m_pRecipientInfos->getCount(), added ? 1 : 0);
         if (added) enveloped.makeEnvelopedData(out);
         EXPECT_EQ(placeless(bytes(enveloped.getErrorTrail())).substr(0, row.trail.size()), row.trail);

@@ -1,7 +1,7 @@
 // What the tests share: cases from files, encodings in a readable notation, texts, contexts, allocations that fail.
 #pragma once
 
-#include "base/ByteString.h"
+#include "base/Trail.h"
 #include "vrno.h"
 
 #include <gtest/gtest.h>
@@ -31,6 +31,10 @@ inline std::string text(const unsigned char* from, std::size_t length)
 inline std::string bytes(const vrno::ByteString& from)
 {
     return {from.getText(), static_cast<std::size_t>(from.getLength())};
+}
+inline std::string bytes(const vrno::Trail& from)
+{
+    return bytes(from.text());
 }
 inline vrno::ByteString byteString(const std::string& from)
 {

@@ -16,6 +16,7 @@ class PEnvelopedData : public PObject {
 public:
     static constexpr const char* className = "PEnvelopedData";
 
+    // On allocation failure getLastError() is 1, and the object serves nothing.
     PEnvelopedData();
 
     enum Identifier : int { issuerAndSerialNumber = 1, subjectKeyIdentifier = 2 };
@@ -45,9 +46,10 @@ public:
     // failure leaves `out` as it was.
     int makeEnvelopedData(ByteString& out);
 
-    // Copies of the key and the IV; 1 when there is no memory.
+    // Copies of the key and the IV; 1 on allocation failure.
     int getSymmetricKey(ByteString& key, ByteString& iv);
-    // Draws a key and an IV of 16 bytes each; 1 for an algorithm without keys, and, with both empty, for want of random bytes.
+    // Draws a key and an IV of 16 bytes each; 1 for an algorithm without keys, and, with both empty, where no random bytes can be
+    // had.
     int makeSymetricKey(ByteString& key, ByteString& iv, int alg);
     // One recipient's element, a KeyTransRecipientInfo under the key of the certificate, whose algorithm is given beside it.
     int recipientInfoIsKTRI(RTBSCertificate& tbs, ByteString& out, ByteString& keyAlgorithmOid);
@@ -56,14 +58,14 @@ public:
     unsigned char m_ucOptions = 0;
     int m_nRecIdentifier = subjectKeyIdentifier;
     int m_nRecipientType = keyTransport;
-    SecretString m_bsKey;
+    ByteString m_bsKey;
     ByteString m_bsIv;
     int m_nEncAlg = 3000;
     int m_nEncMode = 4;
-    std::unique_ptr<RRecipientInfos> m_pRecipientInfos; // null where there was no memory
+    std::unique_ptr<RRecipientInfos> m_pRecipientInfos;
     ByteString m_bsContentType{"1 2 840 113549 1 7 1", 20};
     ByteString m_bsContent;
-    std::unique_ptr<ROriginatorInfo> m_pOriginatorInfo; // likewise
+    std::unique_ptr<ROriginatorInfo> m_pOriginatorInfo;
     std::unique_ptr<RAttributes> m_pUnprotectedAttrs;
 
 private:

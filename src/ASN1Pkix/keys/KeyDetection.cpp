@@ -84,8 +84,8 @@ KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid,
     const Family* const known = findFamily(oid);
     if (known && known->family != KeyFamily::refused) return known->family;
     const Refusal& refusal = known ? side.*known->refusal : side.unknown;
-    const ByteString message = formatted(refusal.message, oid.getText());
-    *code = side.fail(object, refusal.code, side.oidName, message.getText(), Here::now().in(side.detection));
+    const FailuresOf failed{object, side.className, side.detection};
+    *code = failed(refusal.code, side.oidName, formatted(refusal.message, oid.getText()));
     return KeyFamily::refused;
 }
 
@@ -116,7 +116,7 @@ constexpr SignatureRow signatureRows[] = {
 
 int rsaSignatureCode(PObject& object, const KeySide& side, int keyCode, int hashAlg, int pss, int* signatureCode)
 {
-    const Here at = Here::now().in(side.signature);
+    const FailuresOf failed{object, side.className, side.signature};
     const bool is1024 = keyCode == VNAlgorithm::rsa1024();
     bool hasColumn = false;
     for (const SignatureRow& row : signatureRows) {
@@ -127,10 +127,10 @@ int rsaSignatureCode(PObject& object, const KeySide& side, int keyCode, int hash
         return 0;
     }
     if (hasColumn && pss == 1) {
-        return side.fail(object, side.pssCode, "nHashAlgo", "The SHA256, MD5 With RSA-PSS is not supported.", at);
+        return failed(side.pssCode, "nHashAlgo", "The SHA256, MD5 With RSA-PSS is not supported.");
     }
-    const ByteString message = formatted("The Hash algorithm (%d) does not suppoted for RSA signature.", hashAlg);
-    return side.fail(object, is1024 ? side.hashCode1024 : side.hashCode2048, "nHashAlgo", message.getText(), at);
+    return failed(is1024 ? side.hashCode1024 : side.hashCode2048, "nHashAlgo",
+                  formatted("The Hash algorithm (%d) does not suppoted for RSA signature.", hashAlg));
 }
 
 // ---- KCDSA ----
@@ -146,24 +146,24 @@ static bool copyNumber(RKCDSAParameters& from, ByteString& (RKCDSAParameters::*g
 int kcdsaDomain(PObject& object, const KeySide& side, ByteString& parameters, int hashAlg, ByteString& domain)
 {
     constexpr int supportedLength = 128;
-    const Here at = Here::now().in(side.detection);
+    const FailuresOf failed{object, side.className, side.detection};
     RKCDSAParameters kcdsaParams, reduced;
-    if (kcdsaParams.fromASN1Object(parameters) > 0) return side.fail(object, side.domainCode, "kcdsaParams", kcdsaParams, at);
+    if (kcdsaParams.fromASN1Object(parameters) > 0) return failed(side.domainCode, "kcdsaParams", kcdsaParams);
     const bool isReduced = copyNumber(kcdsaParams, &RKCDSAParameters::getP, reduced, &RKCDSAParameters::setP) &&
                            copyNumber(kcdsaParams, &RKCDSAParameters::getQ, reduced, &RKCDSAParameters::setQ) &&
                            copyNumber(kcdsaParams, &RKCDSAParameters::getG, reduced, &RKCDSAParameters::setG);
-    if (!isReduced) return side.fail(object, side.domainCode, "kcdsaParams", kcdsaParams, at);
+    if (!isReduced && reduced.outOfMemory()) return failed(side.domainCode, "kcdsaParams", reduced);
+    if (!isReduced) return failed(side.domainCode, "kcdsaParams", kcdsaParams);
     domain = reduced.toASN1Object();
-    const bool lost = reduced.getLastError() > 0 || domain.getError() > 0;
-    if (lost) return side.fail(object, side.domainCode, "kcdsaParams", reduced, at);
+    if (reduced.getLastError() > 0) return failed(side.domainCode, "kcdsaParams", reduced);
+    if (domain.isOutOfMemory()) return failed.memory(side.domainCode, "kcdsaParams");
     if (hashAlg != VNAlgorithm::sha1()) {
-        return side.fail(object, 9, side.hashName, "Only support sha1WithKCDSA, has160WithKCDSA.", at);
+        return failed(9, side.hashName, "Only support sha1WithKCDSA, has160WithKCDSA.");
     }
     const int length = reduced.getP().getLength();
-    if (reduced.getLastError() > 0) return side.fail(object, side.domainCode, "kcdsaParams", reduced, at);
+    if (reduced.getLastError() > 0) return failed(side.domainCode, "kcdsaParams", reduced);
     if (length != supportedLength) {
-        const ByteString message = formatted("The SHA1 with KCDSA %dbit is not supported.", 8 * std::min(length, INT_MAX / 8));
-        return side.fail(object, 12, keySizeName, message.getText(), at);
+        return failed(12, keySizeName, formatted("The SHA1 with KCDSA %dbit is not supported.", 8 * std::min(length, INT_MAX / 8)));
     }
     return 0;
 }

@@ -32,16 +32,6 @@ struct KeySide {
 
     const char* signature; // the method's name
     int pssCode, hashCode1024, hashCode2048;
-
-    int fail(PObject& object, int code, const char* name, const char* message, Here at) const
-    {
-        object.addTrailFrame(at.file, at.line, className, at.function, name, code, message);
-        return code;
-    }
-    template <Trailed Inner> int fail(PObject& object, int code, const char* name, Inner& inner, Here at) const
-    {
-        return fail(object, code, name, inner.getErrorTrail().getText(), at);
-    }
 };
 extern const KeySide privateSide, publicSide;
 
@@ -59,19 +49,18 @@ int rsaKeyCode(int modulusLength);
 // The codes are those of the side; `Record` is its RSA record.
 template <class Record> int flattenRsa(PObject& object, const KeySide& side, int* keyCode, ByteString& key, ByteString& flatKey)
 {
-    const Here at = Here::now().in(side.detection);
+    const FailuresOf failed{object, side.className, side.detection};
     Record record;
-    if (record.fromASN1Object(key) > 0) return side.fail(object, 1, side.rsaName, record, at);
-    const int length = record.getModulus().getLength();
-    if (record.getLastError() == noMemoryCode) return side.fail(object, side.rsaEncodeCode, side.rsaName, record, at);
+    if (record.fromASN1Object(key) > 0) return failed(1, side.rsaName, record);
+    const int length = record.getModulus().getLength(); // 0 for a negative one
+    if (record.outOfMemory()) return failed(side.rsaEncodeCode, side.rsaName, record);
     *keyCode = rsaKeyCode(length);
     if (*keyCode == 0) {
-        const ByteString message = formatted(side.rsaSize.message, 8 * std::min(length, INT_MAX / 8));
-        return side.fail(object, side.rsaSize.code, keySizeName, message.getText(), at);
+        return failed(side.rsaSize.code, keySizeName, formatted(side.rsaSize.message, 8 * std::min(length, INT_MAX / 8)));
     }
     flatKey = record.toASN1Object();
-    const bool lost = record.getLastError() > 0 || flatKey.getError() > 0;
-    return lost ? side.fail(object, side.rsaEncodeCode, side.rsaName, record, at) : 0;
+    if (record.getLastError() > 0) return failed(side.rsaEncodeCode, side.rsaName, record);
+    return flatKey.isOutOfMemory() ? failed.memory(side.rsaEncodeCode, side.rsaName) : 0;
 }
 
 // KCDSA parameters reduced to p, q and g, where p and the digest are of the supported kind.

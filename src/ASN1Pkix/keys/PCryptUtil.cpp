@@ -13,6 +13,7 @@ static constexpr const char* textToSign = "Do this private key and this certific
 int PCryptUtil::verifySignatureWithCert(ByteString& certificate, ByteString& privateKeyInfo)
 {
     ByteString text(textToSign, static_cast<int>(std::strlen(textToSign))), signature;
+    if (text.isOutOfMemory()) return failMemory(*this, 1, "privateKey");
     PPrivateKey privateKey;
     if (privateKey.genSignature(privateKeyInfo, VNAlgorithm::sha1(), text, signature, &certificate, 1, 0) > 0) {
         return fail(*this, 1, "privateKey", privateKey);

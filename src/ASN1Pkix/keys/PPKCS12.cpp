@@ -54,7 +54,7 @@ int PPKCS12::asc2uniWithByteString(ByteString& text, ByteString& out)
 {
     const int length = text.getLength();
     unsigned char* const uni = length < INT_MAX / 2 - 2 ? out.makeRoom(2 * length + 2) : nullptr;
-    if (!uni) return fail(*this, 1, "ucUni", "new failed.");
+    if (!uni) return failMemory(*this, 1, "ucUni", "new failed.");
     std::memset(uni, 0, static_cast<std::size_t>(2 * length + 2));
     for (int i = 0; i < length; ++i) uni[2 * i + 1] = text.getBytes()[i];
     return 0;
@@ -62,10 +62,10 @@ int PPKCS12::asc2uniWithByteString(ByteString& text, ByteString& out)
 
 int PPKCS12::keyGenAsc(ByteString& password, ByteString& salt, int id, int iterations, int length, ByteString& out)
 {
-    SecretString wide, input, digest;
+    ByteString wide, input, digest;
     if (password.getLength() > 0 && asc2uniWithByteString(password, wide) > 0) return fail(*this, 1, "this", *this);
     unsigned char* const result = joinInput(id, salt, wide, input) ? out.makeRoom(length) : nullptr;
-    if (!result) return fail(*this, 1, "input", "Memory Allocation Error");
+    if (!result) return failMemory(*this, 1, "input");
     VNHash hash;
     const auto wanted = static_cast<std::size_t>(length), end = static_cast<std::size_t>(input.getLength());
     for (std::size_t done = 0; done < wanted; done += hashLength) {
@@ -74,7 +74,6 @@ int PPKCS12::keyGenAsc(ByteString& password, ByteString& salt, int id, int itera
                 addToBlock(input.mutableBytes() + at, digest.octets());
             }
         }
-        digest.wipe(); // before its block is replaced
         if (hash.DigestData(VNAlgorithm::sha1(), input, digest, iterations) > 0) return fail(*this, 1, "hash", hash);
         std::memcpy(result + done, digest.getBytes(), std::min(hashLength, wanted - done));
     }

@@ -29,22 +29,17 @@ constexpr const char* oidHmacSha1 = "1 3 6 1 5 5 8 1 2";
 constexpr const char* oidRc2Cbc = "1 2 840 113549 3 2";
 constexpr const char* oidRc5Cbc = "1 2 840 113549 3 9";
 
-constexpr const char* memoryFailure = "Memory Allocation Error";
-
 } // namespace
 
 // ---- what the caller sets ----
 
-PPKCS8::PPKCS8()
+int PPKCS8::setPassword(const char* password)
 {
-    m_bsSchemeOid = oidSeedCbc;
-}
-
-void PPKCS8::setPassword(const char* password)
-{
-    m_nFlags &= ~static_cast<unsigned int>(passwordSet); // and is not set where there is no memory
-    const std::size_t length = std::strlen(password);
-    if (length < INT_MAX && m_bsPassword.setData(password, static_cast<int>(length)) == 0) m_nFlags |= passwordSet;
+    m_nFlags &= ~static_cast<unsigned int>(passwordSet);
+    m_bsPassword = password;
+    if (m_bsPassword.isOutOfMemory()) return failMemory(*this, 1, "Password");
+    m_nFlags |= passwordSet;
+    return 0;
 }
 
 void PPKCS8::setEncAlgorithm(int scheme)
@@ -54,18 +49,18 @@ void PPKCS8::setEncAlgorithm(int scheme)
     case schemePbkdf1:
         m_nDerivedLength = seedKeyLength;
         m_nIvLength = seedIvLength;
-        m_bsSchemeOid = oidSeedWithSha1;
+        m_pszSchemeOid = oidSeedWithSha1;
         break;
     case schemeFixedIv:
         m_nDerivedLength = seedKeyLength;
         m_nIvLength = m_bPkcs12Kdf ? seedIvLength : 0;
         m_nFixedIv = 1;
-        m_bsSchemeOid = oidSeedCbc;
+        m_pszSchemeOid = oidSeedCbc;
         break;
     case schemePbes2:
         m_nDerivedLength = seedKeyLength + seedIvLength;
         m_nIvLength = seedIvLength;
-        m_bsSchemeOid = oidSeedCbc;
+        m_pszSchemeOid = oidSeedCbc;
         break;
     default:
         break;
@@ -77,7 +72,7 @@ int PPKCS8::setPrivateKeyInfo(ByteString& data)
     RPrivateKeyInfo privateKeyInfo;
     m_nFlags &= ~static_cast<unsigned int>(privateKeySet);
     if (privateKeyInfo.fromASN1Object(data) > 0) return fail(*this, 1, "privateKeyInfo", privateKeyInfo);
-    if (m_bsPrivateKeyInfo.setData(data.getBytes(), data.getLength()) > 0) return fail(*this, 1, "privateKeyInfo", memoryFailure);
+    if (m_bsPrivateKeyInfo.setData(data.getBytes(), data.getLength()) > 0) return failMemory(*this, 1, "privateKeyInfo");
     m_nFlags |= privateKeySet;
     return 0;
 }
@@ -90,13 +85,12 @@ int PPKCS8::PBE_Initialize(ByteString& data)
         return fail(*this, 3, "m_nIterationCount", formatted("The iteration count(%d) is below 1.", m_nIterationCount));
     }
     if (data.getLength() > 0) {
-        SecretString seed;
+        ByteString seed;
         VNHash hash;
         ByteString digest;
-        if (seed.join(m_bsPassword, data) > 0 || hash.DigestData(m_nHashAlg, seed, digest, 1) > 0 ||
-            m_bsSalt.setData(digest.getBytes(), saltLength) > 0) {
-            return fail(*this, 3, "m_bsSalt", memoryFailure);
-        }
+        if (seed.join(m_bsPassword.octets(), data.octets()) > 0) return failMemory(*this, 3, "m_bsSalt");
+        if (hash.DigestData(m_nHashAlg, seed, digest, 1) > 0) return fail(*this, 3, "m_bsSalt", hash);
+        if (m_bsSalt.setData(digest.getBytes(), saltLength) > 0) return failMemory(*this, 3, "m_bsSalt");
     }
     if (m_bPkcs12Kdf) {
         PPKCS12 pkcs12;
@@ -112,17 +106,18 @@ int PPKCS8::PBE_Initialize(ByteString& data)
 
 int PPKCS8::PBKDF1()
 {
-    SecretString seed, t;
+    ByteString seed, t;
     VNHash hash;
-    if (seed.join(m_bsPassword, m_bsSalt) > 0) return fail(*this, 1, "seed", memoryFailure);
+    if (seed.join(m_bsPassword.octets(), m_bsSalt.octets()) > 0) return failMemory(*this, 1, "seed");
     if (hash.DigestData(m_nHashAlg, seed, t, m_nIterationCount) > 0) return fail(*this, 1, "hash", hash);
     const int keyLength = std::min(m_nDerivedLength, t.getLength());
-    if (m_bsKey.setData(t.getBytes(), keyLength) > 0) return fail(*this, 1, "m_bsKey", memoryFailure);
+    if (m_bsKey.setData(t.getBytes(), keyLength) > 0) return failMemory(*this, 1, "m_bsKey");
     if (m_nEncAlg == schemeFixedIv) m_bsIv.clear();
     if (m_nEncAlg != schemePbkdf1) return 0;
-    SecretString rest(t.getBytes() + keyLength, t.getLength() - keyLength), digest;
-    if (rest.getError() > 0 || hash.DigestData(m_nHashAlg, rest, digest, 1) > 0) return fail(*this, 1, "hash", hash);
-    return m_bsIv.setData(digest.getBytes(), keyLength) > 0 ? fail(*this, 1, "m_bsIv", memoryFailure) : 0;
+    ByteString rest(t.getBytes() + keyLength, t.getLength() - keyLength), digest;
+    if (rest.isOutOfMemory()) return failMemory(*this, 1, "hash");
+    if (hash.DigestData(m_nHashAlg, rest, digest, 1) > 0) return fail(*this, 1, "hash", hash);
+    return m_bsIv.setData(digest.getBytes(), keyLength) > 0 ? failMemory(*this, 1, "m_bsIv") : 0;
 }
 
 // Blocks that nothing is taken from are not computed: with an IV in the parameters the key alone is derived.
@@ -133,14 +128,14 @@ int PPKCS8::PBKDF2()
     SecretArea<seedKeyLength + seedIvLength + 8> t; // two blocks
     if (used > static_cast<int>(sizeof t.bytes)) return fail(*this, 1, "m_nDerivedLength", "Two blocks are not enough.");
     for (int done = 0; done < used; done += m_nHashLength) {
-        SecretString block;
+        ByteString block;
         if (PBKDF2_F(static_cast<unsigned char>(done / m_nHashLength), block) > 0) return fail(*this, 1, "this", *this);
         if (block.getLength() != m_nHashLength) return fail(*this, 1, "m_nIterationCount", "There is no block.");
         std::memcpy(t.bytes + done, block.getBytes(), static_cast<std::size_t>(block.getLength()));
     }
-    if (m_bsKey.setData(t.bytes, keyLength) > 0) return fail(*this, 1, "m_bsKey", memoryFailure);
+    if (m_bsKey.setData(t.bytes, keyLength) > 0) return failMemory(*this, 1, "m_bsKey");
     if (!derivesIv) return 0;
-    return m_bsIv.setData(t.bytes + keyLength, m_nIvLength) > 0 ? fail(*this, 1, "m_bsIv", memoryFailure) : 0;
+    return m_bsIv.setData(t.bytes + keyLength, m_nIvLength) > 0 ? failMemory(*this, 1, "m_bsIv") : 0;
 }
 
 int PPKCS8::PBKDF2_F(unsigned char blockIndex, ByteString& out)
@@ -148,10 +143,8 @@ int PPKCS8::PBKDF2_F(unsigned char blockIndex, ByteString& out)
     out.clear();
     if (m_nIterationCount < 1) return 0;
     const unsigned char number[4] = {0, 0, 0, static_cast<unsigned char>(blockIndex + 1)};
-    ByteString message(m_bsSalt);
-    message += ByteString(number, sizeof number);
-    if (message.getLength() != m_bsSalt.getLength() + 4) return fail(*this, 1, "mac", memoryFailure);
-    SecretString first;
+    ByteString message, first;
+    if (message.join(m_bsSalt.octets(), number) > 0) return failMemory(*this, 1, "mac");
     VNMac mac;
     if (mac.GenerateMAC(VNAlgorithm::hmacSha1(), m_bsPassword, message, first) > 0) return fail(*this, 1, "mac", mac);
     if (mac.ChainMAC(VNAlgorithm::hmacSha1(), m_bsPassword, first, m_nIterationCount - 1, out) > 0)
@@ -197,46 +190,44 @@ int PPKCS8::getPKCS8Data(ByteString& out)
     if (!(m_nFlags & privateKeySet)) return fail(*this, 2, "PrivateKeyInfo", "The PrivateKeyInfo or Data does not setted.");
     m_bPkcs12Kdf = 0;
     if (PBE_Initialize(m_bsPrivateKeyInfo) > 0) return fail(*this, 3, "this", *this);
-    if (m_nFixedIv && useFixedIv() > 0) return fail(*this, 3, "m_bsIv", memoryFailure);
+    if (m_nFixedIv && useFixedIv() > 0) return failMemory(*this, 3, "m_bsIv");
     ByteString cipherText;
     if (Encrypt(m_bsPrivateKeyInfo, cipherText) > 0) return fail(*this, 4, "this", *this);
 
     RAlgorithmIdentifier algorithm;
     if (const int code = m_nEncAlg > lastClassicScheme ? makePbes2(algorithm) : makeClassic(algorithm)) return code;
     REncryptedPrivateKeyInfo encryptedPrivateKeyInfo;
-    const auto failed = [&, at = Here::now()](int code) {
-        return fail(*this, code, "encryptedPrivateKeyInfo", encryptedPrivateKeyInfo, at);
-    };
-    if (encryptedPrivateKeyInfo.setEncryptionAlgorithm(algorithm) > 0) return failed(11);
-    if (encryptedPrivateKeyInfo.setEncryptedData(cipherText) > 0) return failed(12);
+    constexpr const char* name = "encryptedPrivateKeyInfo";
+    if (encryptedPrivateKeyInfo.setEncryptionAlgorithm(algorithm) > 0) return fail(*this, 11, name, encryptedPrivateKeyInfo);
+    if (encryptedPrivateKeyInfo.setEncryptedData(cipherText) > 0) return fail(*this, 12, name, encryptedPrivateKeyInfo);
     ByteString& encoded = encryptedPrivateKeyInfo.toASN1Object();
-    if (encryptedPrivateKeyInfo.getLastError() > 0) return failed(13);
+    if (encryptedPrivateKeyInfo.getLastError() > 0) return fail(*this, 13, name, encryptedPrivateKeyInfo);
     out.swap(encoded);
     return 0;
 }
 
 int PPKCS8::makePbes2(RAlgorithmIdentifier& algorithm)
 {
-    const Here at = Here::now().in("getPKCS8Data");
+    const FailuresOf failed{*this, "getPKCS8Data"};
     RAlgorithmIdentifier keyDerivationFunc, encryptionScheme;
     RPBES2_params pbes2Params;
-    if (makeKeyDerivationFunc(keyDerivationFunc) > 0) return fail(*this, 6, "this", *this, at);
-    if (makeEncryptionScheme(encryptionScheme) > 0) return fail(*this, 7, "this", *this, at);
-    if (pbes2Params.setKeyDerivationFunc(keyDerivationFunc) > 0) return fail(*this, 8, "pbes2Params", pbes2Params, at);
-    if (pbes2Params.setEncryptionScheme(encryptionScheme) > 0) return fail(*this, 9, "pbes2Params", pbes2Params, at);
+    if (makeKeyDerivationFunc(keyDerivationFunc) > 0) return failed(6, "this", *this);
+    if (makeEncryptionScheme(encryptionScheme) > 0) return failed(7, "this", *this);
+    if (pbes2Params.setKeyDerivationFunc(keyDerivationFunc) > 0) return failed(8, "pbes2Params", pbes2Params);
+    if (pbes2Params.setEncryptionScheme(encryptionScheme) > 0) return failed(9, "pbes2Params", pbes2Params);
     algorithm.setParameters(pbes2Params.toASN1Object());
-    if (pbes2Params.getLastError() > 0) return fail(*this, 10, "pbes2Params", pbes2Params, at);
-    return algorithm.setAlgorithm(oidPbes2, false) > 0 ? fail(*this, 10, "pAlgorithmId", algorithm, at) : 0;
+    if (pbes2Params.getLastError() > 0) return failed(10, "pbes2Params", pbes2Params);
+    return algorithm.setAlgorithm(oidPbes2, false) > 0 ? failed(10, "pAlgorithmId", algorithm) : 0;
 }
 
 int PPKCS8::makeClassic(RAlgorithmIdentifier& algorithm)
 {
-    const Here at = Here::now().in("getPKCS8Data");
+    const FailuresOf failed{*this, "getPKCS8Data"};
     RPBEParameter pbeParameter;
     const bool set = pbeParameter.setSalt(m_bsSalt) == 0 && pbeParameter.setIterationCount(m_nIterationCount) == 0;
     if (set) algorithm.setParameters(pbeParameter.toASN1Object());
-    if (!set || pbeParameter.getLastError() > 0) return fail(*this, 5, "pbeParameter", pbeParameter, at);
-    return algorithm.setAlgorithm(m_bsSchemeOid, false) > 0 ? fail(*this, 5, "pAlgorithmId", algorithm, at) : 0;
+    if (!set || pbeParameter.getLastError() > 0) return failed(5, "pbeParameter", pbeParameter);
+    return algorithm.setAlgorithm(m_pszSchemeOid, false) > 0 ? failed(5, "pAlgorithmId", algorithm) : 0;
 }
 
 int PPKCS8::makeKeyDerivationFunc(RAlgorithmIdentifier& out)
@@ -250,7 +241,7 @@ int PPKCS8::makeKeyDerivationFunc(RAlgorithmIdentifier& out)
 
 int PPKCS8::makeEncryptionScheme(RAlgorithmIdentifier& out)
 {
-    if (out.setAlgorithm(m_bsSchemeOid, true) > 0) return fail(*this, 1, "pES", out);
+    if (out.setAlgorithm(m_pszSchemeOid, true) > 0) return fail(*this, 1, "pES", out);
     ASN1OctetString asnOctetString;
     if (asnOctetString.setValue(m_bsIv) > 0) return fail(*this, 5, "asnOctetString", asnOctetString);
     out.setParameters(asnOctetString.toASN1Object());
@@ -262,12 +253,11 @@ int PPKCS8::makeEncryptionScheme(RAlgorithmIdentifier& out)
 int PPKCS8::getPrivateKeyInfo(ByteString& data, ByteString& out)
 {
     m_bPkcs12Kdf = 0;
-    SecretString plainText;
+    ByteString plainText;
     if (const int code = decryptData(data, plainText)) return fail(*this, code, "this", *this);
     RPrivateKeyInfo privateKeyInfo;
     if (privateKeyInfo.fromASN1Object(plainText) > 0) return fail(*this, wrongPassword, "privateKeyInfo", privateKeyInfo);
-    plainText.wipe(); // the record holds all of it
-    plainText.clear();
+    plainText.clear(); // the record holds all of it
     ByteString& encoded = privateKeyInfo.toASN1Object();
     if (privateKeyInfo.getLastError() > 0) return fail(*this, 13, "privateKeyInfo", privateKeyInfo);
     out.swap(encoded);
@@ -287,8 +277,8 @@ int PPKCS8::decryptData(ByteString& data, ByteString& out)
 
     ByteString keepsSalt;
     if (PBE_Initialize(keepsSalt) > 0) return fail(*this, 10, "this", *this);
-    if (m_nFixedIv && !m_bPkcs12Kdf && useFixedIv() > 0) return fail(*this, 10, "m_bsIv", memoryFailure);
-    SecretString bsDecryptedData;
+    if (m_nFixedIv && !m_bPkcs12Kdf && useFixedIv() > 0) return failMemory(*this, 10, "m_bsIv");
+    ByteString bsDecryptedData;
     if (Decrypt(encryptedPrivateKeyInfo.getEncryptedData(), bsDecryptedData) > 0)
         return fail(*this, wrongPassword, "Decrypt", *this);
     if (bsDecryptedData.getLength() == 0) return fail(*this, 12, "bsDecryptedData", "Decrypted data length zero.");
@@ -298,25 +288,25 @@ int PPKCS8::decryptData(ByteString& data, ByteString& out)
 
 int PPKCS8::readPbes2(ByteString& parameters)
 {
-    const Here at = Here::now().in("decryptData");
+    const FailuresOf failed{*this, "decryptData"};
     RPBES2_params pbes2Params;
-    if (pbes2Params.fromASN1Object(parameters) > 0) return fail(*this, 5, "pbes2Params", pbes2Params, at);
-    if (parseKeyDerivationFunc(pbes2Params.getKeyDerivationFunc()) > 0) return fail(*this, 6, "this", *this, at);
-    if (parseEncryptionScheme(pbes2Params.getEncryptionScheme()) > 0) return fail(*this, 7, "this", *this, at);
+    if (pbes2Params.fromASN1Object(parameters) > 0) return failed(5, "pbes2Params", pbes2Params);
+    if (parseKeyDerivationFunc(pbes2Params.getKeyDerivationFunc()) > 0) return failed(6, "this", *this);
+    if (parseEncryptionScheme(pbes2Params.getEncryptionScheme()) > 0) return failed(7, "this", *this);
     return 0;
 }
 
 int PPKCS8::readClassic(ByteString& oid, ByteString& parameters)
 {
-    const Here at = Here::now().in("decryptData");
+    const FailuresOf failed{*this, "decryptData"};
     int scheme = 0;
-    if (GetAlgorithm(oid, &scheme) > 0) return fail(*this, 8, "this", *this, at);
+    if (GetAlgorithm(oid, &scheme) > 0) return failed(8, "this", *this);
     setEncAlgorithm(scheme);
     RPBEParameter pbeParameter;
-    if (pbeParameter.fromASN1Object(parameters) > 0) return fail(*this, 9, "pbeParameter", pbeParameter, at);
+    if (pbeParameter.fromASN1Object(parameters) > 0) return failed(9, "pbeParameter", pbeParameter);
     m_nIterationCount = pbeParameter.getIterationCount();
     m_bsSalt = pbeParameter.getSalt();
-    return m_bsSalt.getError() > 0 ? fail(*this, 9, "m_bsSalt", memoryFailure, at) : 0;
+    return m_bsSalt.getError() > 0 ? failed.memory(9, "m_bsSalt") : 0;
 }
 
 // The identifier of the function is not looked at, and a keyLength has no effect: the scheme alone says what is derived.
@@ -325,10 +315,13 @@ int PPKCS8::parseKeyDerivationFunc(RAlgorithmIdentifier& in)
     RPBKDF2_params pbkdf2Params;
     if (pbkdf2Params.fromASN1Object(in.getParameters()) > 0) return fail(*this, 2, "pbkdf2Params", pbkdf2Params);
     if (pbkdf2Params.getBitMask() & RPBKDF2_params::specified) m_bsSalt = pbkdf2Params.getSpecified();
-    if (m_bsSalt.getError() > 0) return fail(*this, 2, "m_bsSalt", memoryFailure);
+    if (m_bsSalt.getError() > 0) return failMemory(*this, 2, "m_bsSalt");
     m_nIterationCount = pbkdf2Params.getIterationCount();
-    const bool named = pbkdf2Params.getBitMask() & RPBKDF2_params::prf;
-    if (named && pbkdf2Params.getPrf().getAlgorithm() != oidHmacSha1) {
+    if ((pbkdf2Params.getBitMask() & RPBKDF2_params::prf) == 0) return 0;
+    RAlgorithmIdentifier& prf = pbkdf2Params.getPrf();
+    const bool isHmacSha1 = prf.getAlgorithm() == oidHmacSha1;
+    if (prf.outOfMemory()) return fail(*this, 4, "pbkdf2Params", prf);
+    if (!isHmacSha1) {
         return fail(*this, 4, "pbkdf2Params", "Only support HMAC-SHA-1 Pseudorandom function.");
     }
     return 0;
@@ -343,7 +336,7 @@ int PPKCS8::parseEncryptionScheme(RAlgorithmIdentifier& in)
         ASN1OctetString iv;
         if (iv.fromASN1Object(in.getParameters()) > 0) return fail(*this, 9, "this", iv);
         m_bsIv = iv.getValue();
-        if (m_bsIv.getError() > 0) return fail(*this, 9, "m_bsIv", memoryFailure);
+        if (m_bsIv.getError() > 0) return failMemory(*this, 9, "m_bsIv");
     }
     m_nSchemeContext = insidePbes2;
     if (GetAlgorithm(oid, &m_nEncAlg) > 0) return fail(*this, 10, "this", *this);
@@ -391,6 +384,7 @@ constexpr KnownScheme knownSchemes[] = {
 
 int PPKCS8::GetAlgorithm(ByteString& oid, int* scheme)
 {
+    if (oid.isOutOfMemory()) return failMemory(*this, 1, "bsOID");
     const auto* const known =
         std::find_if(std::begin(knownSchemes), std::end(knownSchemes), [&](const KnownScheme& row) { return oid == row.oid; });
     if (known == std::end(knownSchemes)) return fail(*this, 1, "bsOID", formatted("bsOID(%s) is unknown OID.", oid.getText()));

@@ -2,6 +2,7 @@
 // PKCS #12 (RFC 7292) over SEED-CBC.
 #pragma once
 
+#include "ASN1Pkix/keys/PAlgorithmUtil.h"
 #include "ASN1Pkix/records/RAlgorithmIdentifier.h"
 #include "VNCrypto/VNCodes.h"
 #include "base/Objects.h"
@@ -15,13 +16,11 @@ class PPKCS8 : public PObject {
 public:
     static constexpr const char* className = "PPKCS8";
 
-    PPKCS8();
-
     // A decipherment that failed, or a plain text that is no private key: a wrong password shows itself by nothing else.
     static constexpr int wrongPassword = 4103;
 
-    // The octets up to the text's end, in no code page.
-    void setPassword(const char* password);
+    // The octets up to the text's end, in no code page. 1 on allocation failure.
+    int setPassword(const char* password);
     // 7: PBKDF1 with SEED and an IV of its own; 8: PBKDF1 with the fixed vector; above 13: PBES2 as described.
     void setEncAlgorithm(int scheme);
     // A PrivateKeyInfo, whose key is not looked at; 1 when it does not decode.
@@ -61,12 +60,12 @@ public:
     int m_nIvLength = 16;
     int m_nHashLength = 20;
     int m_nSchemeContext = 0; // 2 while the encryption scheme inside PBES2 is read
-    SecretString m_bsPassword;
-    SecretString m_bsPrivateKeyInfo;
-    ByteString m_bsSchemeOid; // of SEED-CBC at first
+    ByteString m_bsPassword;
+    ByteString m_bsPrivateKeyInfo;
+    const char* m_pszSchemeOid = oidSeedCbc;
     ByteString m_bsSalt;
     int m_nIterationCount = 1024;
-    SecretString m_bsKey;
+    ByteString m_bsKey;
     ByteString m_bsIv;
     int m_nFixedIv = 0;
     unsigned char m_bPkcs12Kdf = 0;

@@ -32,17 +32,16 @@ int PPrivateKey::GetPrivateKeyAlgorithm(int* keyCode, ByteString& oid, ByteStrin
 int PPrivateKey::flattenKcdsa(int* keyCode, ByteString& privateKey, ByteString& parameters, ByteString& flatKey, int hashAlg,
                               ByteString* publicKey)
 {
-    const Here at = Here::now().in("GetPrivateKeyAlgorithm");
+    const FailuresOf failed{*this, "GetPrivateKeyAlgorithm"};
     ByteString domain, none;
     if (const int code = kcdsaDomain(*this, privateSide, parameters, hashAlg, domain)) return code;
     *keyCode = VNAlgorithm::kcdsa1024();
     RDSAPrivateKey dsaPrivateKey;
-    if (dsaPrivateKey.setKey(privateKey, publicKey ? *publicKey : none) > 0)
-        return fail(*this, 14, "dsaPrivateKey", dsaPrivateKey, at);
-    if (dsaPrivateKey.setParam(domain) > 0) return fail(*this, 16, "dsaPrivateKey", dsaPrivateKey, at);
+    if (dsaPrivateKey.setKey(privateKey, publicKey ? *publicKey : none) > 0) return failed(14, "dsaPrivateKey", dsaPrivateKey);
+    if (dsaPrivateKey.setParam(domain) > 0) return failed(16, "dsaPrivateKey", dsaPrivateKey);
     flatKey = dsaPrivateKey.toASN1Object();
-    const bool lost = dsaPrivateKey.getLastError() > 0 || flatKey.getError() > 0;
-    return lost ? fail(*this, 17, "dsaPrivateKey", dsaPrivateKey, at) : 0;
+    if (dsaPrivateKey.getLastError() > 0) return failed(17, "dsaPrivateKey", dsaPrivateKey);
+    return flatKey.isOutOfMemory() ? failed.memory(17, "dsaPrivateKey") : 0;
 }
 
 // ---- signing ----
@@ -56,7 +55,7 @@ int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteStrin
     ByteString& oid = algorithm.getAlgorithm();
     if (algorithm.getLastError() > 0) return fail(*this, 3, "pAlgorithmId", algorithm);
     ByteString publicKey;
-    SecretString flatKey;
+    ByteString flatKey;
     if (needsPublicKey(oid)) {
         if (const int code = fetchPublicKey(publicKeySource, sourceIsCertificate == 1, publicKey)) return code;
     }
@@ -74,16 +73,17 @@ int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteStrin
 
 int PPrivateKey::fetchPublicKey(ByteString* source, bool isCertificate, ByteString& publicKey)
 {
-    const Here at = Here::now().in("genSignature");
-    if (!source) return fail(*this, 5, "publicKeySource", "You must set certificate or PublicKeyInfo.", at);
+    const FailuresOf failed{*this, "genSignature"};
+    if (!source) return failed(5, "publicKeySource", "You must set certificate or PublicKeyInfo.");
     RCertificate cert;
     RSubjectPublicKeyInfo pubKeyInfo;
-    if (isCertificate && cert.fromASN1Object(*source) > 0) return fail(*this, 6, "cert", cert, at);
-    if (!isCertificate && pubKeyInfo.fromASN1Object(*source) > 0) return fail(*this, 8, "pubKeyInfo", pubKeyInfo, at);
+    if (isCertificate && cert.fromASN1Object(*source) > 0) return failed(6, "cert", cert);
+    if (!isCertificate && pubKeyInfo.fromASN1Object(*source) > 0) return failed(8, "pubKeyInfo", pubKeyInfo);
     RSubjectPublicKeyInfo& info = isCertificate ? cert.getTBSCertificate().getSubjectPublicKeyInfo() : pubKeyInfo;
     publicKey = info.getSubjectPublicKey();
-    if (info.getLastError() == 0 && publicKey.getError() == 0) return 0;
-    return isCertificate ? fail(*this, 7, "pPubKeyInfo", info, at) : fail(*this, 9, "pubKeyInfo", info, at);
+    if (publicKey.isOutOfMemory()) return failed.memory(isCertificate ? 7 : 9, isCertificate ? "pPubKeyInfo" : "pubKeyInfo");
+    if (info.getLastError() == 0) return 0;
+    return isCertificate ? failed(7, "pPubKeyInfo", info) : failed(9, "pubKeyInfo", info);
 }
 
 // ---- the random number ----
@@ -98,10 +98,10 @@ int PPrivateKey::setRandomNumber(ByteString& privateKeyInfo, ByteString& randomN
     if (const int code = makeRandomNumber(randomNumber, randomNumAttr)) return code;
     const int added = attributes.add(randomNumAttr.toASN1Object());
     if (randomNumAttr.getLastError() > 0) return fail(*this, 7, "randomNumAttr", randomNumAttr);
-    if (added > 0 || priKeyInfo.setAttributes(attributes) > 0) return fail(*this, 8, "priKeyInfo", priKeyInfo);
+    if (added > 0) return failMemory(*this, 8, "priKeyInfo");
+    if (priKeyInfo.setAttributes(attributes) > 0) return fail(*this, 8, "priKeyInfo", priKeyInfo);
     ByteString& encoded = priKeyInfo.toASN1Object();
     if (priKeyInfo.getLastError() > 0) return fail(*this, 9, "priKeyInfo", priKeyInfo);
-    privateKeyInfo.wipe();
     privateKeyInfo.swap(encoded);
     return 0;
 }
@@ -109,16 +109,16 @@ int PPrivateKey::setRandomNumber(ByteString& privateKeyInfo, ByteString& randomN
 // All attributes but those of the random number's type, as they stand.
 int PPrivateKey::keepOtherAttributes(RPrivateKeyInfo& privateKeyInfo, RPKCS12Attributes& kept)
 {
-    const Here at = Here::now().in("setRandomNumber");
+    const FailuresOf failed{*this, "setRandomNumber"};
     RPKCS12Attributes& old = privateKeyInfo.getAttributes();
     for (int i = 0; i < old.getCount(); ++i) {
         ByteString& encoded = old.get(i);
         RAttribute attribute;
-        if (old.getLastError() > 0) return fail(*this, 2, "attribute", old, at);
-        if (attribute.fromASN1Object(encoded) > 0) return fail(*this, 2, "attribute", attribute, at);
+        if (old.getLastError() > 0) return failed(2, "attribute", old);
+        if (attribute.fromASN1Object(encoded) > 0) return failed(2, "attribute", attribute);
         const bool isRandomNumber = attribute.getAttrType() == oidRandomNumber;
-        if (attribute.getLastError() > 0) return fail(*this, 3, "attribute", attribute, at);
-        if (!isRandomNumber && kept.add(encoded) > 0) return fail(*this, 8, "attributes", kept.m_SEQ, at);
+        if (attribute.getLastError() > 0) return failed(3, "attribute", attribute);
+        if (!isRandomNumber && kept.add(encoded) > 0) return failed(8, "attributes", kept.m_SEQ);
     }
     return 0;
 }
@@ -126,13 +126,13 @@ int PPrivateKey::keepOtherAttributes(RPrivateKeyInfo& privateKeyInfo, RPKCS12Att
 // Attribute { randomNumber, SET { BIT STRING } }
 int PPrivateKey::makeRandomNumber(ByteString& randomNumber, RAttribute& attribute)
 {
-    const Here at = Here::now().in("setRandomNumber");
-    if (attribute.setAttrType(oidRandomNumber) > 0) return fail(*this, 4, "randomNumAttr", attribute, at);
+    const FailuresOf failed{*this, "setRandomNumber"};
+    if (attribute.setAttrType(oidRandomNumber) > 0) return failed(4, "randomNumAttr", attribute);
     ASN1BitString randomNum;
-    if (randomNum.setBitString(randomNumber, false) > 0) return fail(*this, 5, "randomNum", randomNum, at);
+    if (randomNum.setBitString(randomNumber, false) > 0) return failed(5, "randomNum", randomNum);
     ByteString& encoded = randomNum.toASN1Object();
-    if (randomNum.getLastError() > 0) return fail(*this, 6, "randomNum", randomNum, at);
-    return attribute.addAttrValue(encoded) > 0 ? fail(*this, 7, "randomNumAttr", attribute, at) : 0;
+    if (randomNum.getLastError() > 0) return failed(6, "randomNum", randomNum);
+    return attribute.addAttrValue(encoded) > 0 ? failed(7, "randomNumAttr", attribute) : 0;
 }
 
 } // namespace vrno

@@ -28,16 +28,16 @@ int PPublicKey::GetPublicKeyAlgorithm(int* keyCode, ByteString& oid, ByteString&
 
 int PPublicKey::flattenKcdsa(int* keyCode, ByteString& subjectPublicKey, ByteString& parameters, ByteString& flatKey, int hashAlg)
 {
-    const Here at = Here::now().in("GetPublicKeyAlgorithm");
+    const FailuresOf failed{*this, "GetPublicKeyAlgorithm"};
     ByteString domain;
     if (const int code = kcdsaDomain(*this, publicSide, parameters, hashAlg, domain)) return code;
     *keyCode = VNAlgorithm::kcdsa1024();
     RDSAPublicKey dsaPublicKey;
-    if (dsaPublicKey.setParam(domain) > 0) return fail(*this, 10, "dsaPublicKey", dsaPublicKey, at);
-    if (dsaPublicKey.setKey(subjectPublicKey) > 0) return fail(*this, 11, "dsaPublicKey", dsaPublicKey, at);
+    if (dsaPublicKey.setParam(domain) > 0) return failed(10, "dsaPublicKey", dsaPublicKey);
+    if (dsaPublicKey.setKey(subjectPublicKey) > 0) return failed(11, "dsaPublicKey", dsaPublicKey);
     flatKey = dsaPublicKey.toASN1Object();
-    const bool lost = dsaPublicKey.getLastError() > 0 || flatKey.getError() > 0;
-    return lost ? fail(*this, 12, "dsaPublicKey", dsaPublicKey, at) : 0;
+    if (dsaPublicKey.getLastError() > 0) return failed(12, "dsaPublicKey", dsaPublicKey);
+    return flatKey.isOutOfMemory() ? failed.memory(12, "dsaPublicKey") : 0;
 }
 
 // What encryption and verification begin with, and fail in alike: codes 2 to 5.
@@ -102,8 +102,8 @@ int PPublicKey::getPublicKeyInfoFromCert(ByteString& certificate, ByteString& ou
     if (cert.fromASN1Object(certificate) > 0) return fail(*this, 1, "cert", cert);
     RSubjectPublicKeyInfo& info = cert.getTBSCertificate().getSubjectPublicKeyInfo();
     out = info.toASN1Object();
-    const bool lost = info.getLastError() > 0 || out.getError() > 0;
-    return lost ? fail(*this, 2, "pSubjectPublicKeyInfo", info) : 0;
+    if (info.getLastError() > 0) return fail(*this, 2, "pSubjectPublicKeyInfo", info);
+    return out.isOutOfMemory() ? failMemory(*this, 2, "pSubjectPublicKeyInfo") : 0;
 }
 
 } // namespace vrno

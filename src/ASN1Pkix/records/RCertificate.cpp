@@ -63,7 +63,7 @@ void RExtension::walk(Decoder& v)
 
 int RExtension::fromASN1Object(ByteString& data)
 {
-    m_critical.setBoolValue(false);
+    m_critical.setValue(nullptr, 0); // which is false
     return decode(*this, data);
 }
 
@@ -80,11 +80,7 @@ ByteString& RExtension::getValue()
 
 // ---- TBSCertificate ----
 
-RTBSCertificate::RTBSCertificate()
-{
-    setDefaultVersion();
-}
-
+// The value is set on allocation failure too: encoding it then fails.
 void RTBSCertificate::setDefaultVersion()
 {
     m_version.setIntValue(0);
@@ -130,10 +126,7 @@ ByteString& RTBSCertificate::getSerialNumber(bool keepSign)
 {
     m_nLastError = 0;
     m_serialNumber.getBytes(m_bsOutput, keepSign);
-    if (m_bsOutput.isNull() && m_serialNumber.getValueLength() > 0) {
-        return failOutput(*this, 1, "m_serialNumber", "Memory Allocation Error");
-    }
-    return m_bsOutput;
+    return m_bsOutput.isOutOfMemory() ? failOutputMemory(*this, 1, "m_serialNumber") : m_bsOutput;
 }
 
 // ---- Certificate ----

@@ -70,8 +70,6 @@ class RTBSCertificate : public RObject {
 public:
     static constexpr const char* className = "RTBSCertificate";
 
-    RTBSCertificate();
-
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
     // 0 stands for version 1, also where the field is absent.

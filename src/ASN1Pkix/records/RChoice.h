@@ -15,13 +15,13 @@ public:
     ByteString m_bsEncoded;        // the complete element
 };
 
-// Keeps an element as the alternative `choice`; without memory for it there is none, and the code is noMemoryCode.
+// Keeps an element as the alternative `choice`; on allocation failure there is none, and the code is 1.
 template <class Record> int keep(Record& record, unsigned char choice, const ByteString& encoded, Here at = Here::now())
 {
     record.m_bsEncoded = encoded;
-    const bool kept = record.m_bsEncoded.getError() == 0;
-    record.m_ucBitMask = kept ? choice : 0;
-    return kept ? 0 : fail(record, noMemoryCode, "m_bsEncoded", "Memory Allocation Error", at);
+    const bool isKept = !record.m_bsEncoded.isOutOfMemory();
+    record.m_ucBitMask = isKept ? choice : 0;
+    return isKept ? 0 : failMemory(record, 1, "m_bsEncoded", memoryFailure, at);
 }
 
 // Keeps `data` when `Alternative` decodes it, else fails with `code`.
@@ -39,8 +39,8 @@ template <class Alternative, class Record>
 int keepAsTagged(Record& record, unsigned char choice, ByteString& data, const char* name, int code, Here at = Here::now())
 {
     ByteString sequence = data;
-    if (sequence.setAt(0, ASN1_TAG_SEQUENCE | constructedBit) > 0)
-        return fail(record, noMemoryCode, name, "Memory Allocation Error", at);
+    if (sequence.isOutOfMemory()) return failMemory(record, code, name, memoryFailure, at);
+    sequence.setAt(0, ASN1_TAG_SEQUENCE | constructedBit);
     ASN1Sequence asnSeq;
     const bool wrapper = asnSeq.fromASN1Object(sequence) == 0 && asnSeq.getComponentCount() == 1 &&
                          asnSeq.getComponentUniversalTag(0) == ASN1_TAG_SEQUENCE;

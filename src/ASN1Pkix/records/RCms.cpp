@@ -49,25 +49,23 @@ void REncryptedContentInfo::takeContent(Decoder& v)
     ByteString* const component = v.fetch(9);
     if (!component) return;
     if (component->getBytes()[0] & constructedBit) return joinSegments(v, *component);
-    if (m_encryptedContent.fromASN1Object(*component) > 0)
-        return v.refuse(12, "m_encryptedContent", m_encryptedContent.getErrorTrail().getText());
+    if (m_encryptedContent.fromASN1Object(*component) > 0) return v.refuse(12, "m_encryptedContent", m_encryptedContent);
     m_ucBitMask |= 0x01;
 }
 
 void REncryptedContentInfo::joinSegments(Decoder& v, ByteString& component)
 {
     component.setAt(0, ASN1_TAG_SEQUENCE | constructedBit);
-    if (m_encryptedContent2.fromASN1Object(component) > 0)
-        return v.refuse(10, "m_encryptedContent2", m_encryptedContent2.getErrorTrail().getText());
+    if (m_encryptedContent2.fromASN1Object(component) > 0) return v.refuse(10, "m_encryptedContent2", m_encryptedContent2);
     ByteBuilder joined;
     for (int i = 0; i < m_encryptedContent2.getComponentCount(); ++i) {
         ASN1OctetString octString;
         ByteString& segment = m_encryptedContent2.getComponent(i);
-        if (octString.fromASN1Object(segment) > 0) return v.refuse(11, "octString", octString.getErrorTrail().getText());
+        if (octString.fromASN1Object(segment) > 0) return v.refuse(11, "octString", octString);
         joined.append(octString.getValue().octets());
     }
     ByteString content;
-    if (joined.into(content) > 0) return v.refuse(12, "m_encryptedContent", "Memory Allocation Error");
+    if (joined.into(content) > 0) return v.refuseMemory(12, "m_encryptedContent");
     setEncryptedContent(std::move(content));
 }
 
@@ -99,7 +97,7 @@ int REncryptedContentInfo::setEncryptedContent(ByteString& octets)
 
 int REncryptedContentInfo::setEncryptedContent(ByteString&& octets)
 {
-    if (octets.getError() > 0) return fail(*this, 1, "m_encryptedContent", "Memory Allocation Error");
+    if (octets.isOutOfMemory()) return failMemory(*this, 1, "m_encryptedContent");
     m_encryptedContent.getValue().swap(octets);
     m_encryptedContent.setImplicitTag(0, contextClass);
     m_ucBitMask |= 0x01;
@@ -193,7 +191,7 @@ void RContentInfo::walk(Encoder& v)
 // The wrapper borrows the content as its one component.
 void RContentInfo::putContent(Encoder& v)
 {
-    if (m_content.getError() > 0) return v.refuse(2, "asnSeqContent", "Memory Allocation Error");
+    if (m_content.isOutOfMemory()) return v.refuseMemory(2, "asnSeqContent");
     ASN1Sequence asnSeqContent;
     asnSeqContent.setImplicitTag(0, contextClass);
     asnSeqContent.getValue().swap(m_content);

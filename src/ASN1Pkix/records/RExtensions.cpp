@@ -8,7 +8,7 @@ namespace vrno {
 void RBasicConstraints::walk(Decoder& v)
 {
     v.optional(Universal{ASN1_TAG_BOOLEAN}, 0x01, NAMED(m_cA), 3, 0);
-    if ((m_ucBitMask & 0x01) == 0) v.rule(m_cA.setBoolValue(false) == 0, 5, "m_cA", "Memory Allocation Error");
+    if ((m_ucBitMask & 0x01) == 0) m_cA.setValue(nullptr, 0); // which is false
     v.optional(Universal{ASN1_TAG_INTEGER}, 0x02, NAMED(m_pathLenConstraint), 6, 0);
 }
 
@@ -27,7 +27,7 @@ ByteString& RExtKeyUsageSyntax::get(int index)
     if (asnKeyPurposeId.fromASN1Object(encoded) > 0) return failOutput(*this, 2, "asnKeyPurposeId", asnKeyPurposeId);
     m_bsOutput = asnKeyPurposeId.getOID(' ');
     if (asnKeyPurposeId.getLastError() > 0) return failOutput(*this, 3, "asnKeyPurposeId", asnKeyPurposeId);
-    if (m_bsOutput.getError() > 0) return failOutput(*this, 3, "asnKeyPurposeId", "Memory Allocation Error");
+    if (m_bsOutput.isOutOfMemory()) return failOutputMemory(*this, 3, "asnKeyPurposeId");
     return m_bsOutput;
 }
 
@@ -95,8 +95,8 @@ void RDistributionPoint::walk(Decoder& v)
     ASN1Sequence asnSeqDP;
     v.optional(Option{0}, 0x01, NAMED(asnSeqDP), 2, 0);
     if ((m_ucBitMask & 0x01) != 0) {
-        const bool named = m_distributionPoint.fromASN1Object(asnSeqDP.getComponent(0)) == 0;
-        v.rule(named, 4, "m_distributionPoint", m_distributionPoint.getErrorTrail().getText());
+        const bool isName = v.good() && m_distributionPoint.fromASN1Object(asnSeqDP.getComponent(0)) == 0;
+        if (v.good() && !isName) v.refuse(4, "m_distributionPoint", m_distributionPoint);
     }
     v.optional(Option{1}, 0x02, NAMED(m_reasons), 5, 0);
     v.optional(Implicit{2, ASN1_TAG_SEQUENCE | constructedBit}, 0x04, NAMED(m_cRLIssuer), 7, 0);
@@ -111,7 +111,7 @@ int RDistributionPoint::getReasons(ByteString& bits, int* unusedBits)
 {
     bits = m_reasons.getBitString(unusedBits);
     if (m_reasons.getLastError() > 0) return fail(*this, 1, "m_reasons", m_reasons);
-    return bits.getError() > 0 ? fail(*this, 1, "m_reasons", "Memory Allocation Error") : 0;
+    return bits.isOutOfMemory() ? failMemory(*this, 1, "m_reasons") : 0;
 }
 
 // ---- authority information access ----

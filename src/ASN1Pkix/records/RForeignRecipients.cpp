@@ -60,9 +60,8 @@ void RKeyAgreeRecipientInfo::takeOriginator(Decoder& v, ByteString& wrapped)
 {
     ASN1OctetString element;
     wrapped.setAt(0, ASN1_TAG_OCTETSTRING);
-    if (element.fromASN1Object(wrapped) > 0) return v.refuse(7, "m_originator", element.getErrorTrail().getText());
-    if (m_originator.fromASN1Object(element.getValue()) > 0)
-        return v.refuse(7, "m_originator", m_originator.getErrorTrail().getText());
+    if (element.fromASN1Object(wrapped) > 0) return v.refuse(7, "m_originator", element);
+    if (m_originator.fromASN1Object(element.getValue()) > 0) return v.refuse(7, "m_originator", m_originator);
 }
 
 int RKeyAgreeRecipientInfo::fromASN1Object(ByteString& data)

@@ -62,7 +62,7 @@ ByteString& RRSAPublicKey::toASN1Object()
 
 ByteString& RRSAPublicKey::getModulus()
 {
-    return magnitude(*this, NAMED(m_modulus), m_modulus.getErrorTrail().getText());
+    return magnitude(*this, NAMED(m_modulus), "");
 }
 
 // ---- KCDSA ----

@@ -19,8 +19,6 @@ class RRSAPrivateKey : public RObject {
 public:
     static constexpr const char* className = "RRSAPrivateKey";
 
-    RRSAPrivateKey() { m_version.setIntValue(0); }
-
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
     // The octets without a sign octet.
@@ -64,10 +62,10 @@ public:
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // Magnitudes, big-endian. Setters: 0, or 2 when there is no memory.
-    int setP(ByteString& octets) { return m_p.setBytes(octets, 0); }
-    int setQ(ByteString& octets) { return m_q.setBytes(octets, 0); }
-    int setG(ByteString& octets) { return m_g.setBytes(octets, 0); }
+    // Magnitudes, big-endian. Setters: 0, or 1 on allocation failure.
+    int setP(ByteString& octets) { return m_p.setBytes(octets, 0) > 0 ? fail(*this, 1, "m_p", m_p) : 0; }
+    int setQ(ByteString& octets) { return m_q.setBytes(octets, 0) > 0 ? fail(*this, 1, "m_q", m_q) : 0; }
+    int setG(ByteString& octets) { return m_g.setBytes(octets, 0) > 0 ? fail(*this, 1, "m_g", m_g) : 0; }
     ByteString& getP();
     ByteString& getQ();
     ByteString& getG();

@@ -47,10 +47,10 @@ ByteString& RGeneralName::toASN1Object()
     ASN1Object asnObj;
     asnObj.setPrimitiveTag(ASN1_TAG_SEQUENCE);
     asnObj.setImplicitTag(m_nOptionTagNo, m_ucOptionTagClass);
-    const bool copied = asnObj.setValue(m_bsGeneralName) == 0;
+    if (asnObj.setValue(m_bsGeneralName) > 0) return failOutput(*this, 2, "asnObj", asnObj);
     m_bsOutput = m_ucTaggedType == notTagged ? m_bsGeneralName : asnObj.toASN1Object();
-    if (!copied || asnObj.getLastError() > 0 || m_bsOutput.getError() > 0) return failOutput(*this, 2, "asnObj", asnObj);
-    return m_bsOutput;
+    if (asnObj.getLastError() > 0) return failOutput(*this, 2, "asnObj", asnObj);
+    return m_bsOutput.isOutOfMemory() ? failOutputMemory(*this, 2, "asnObj") : m_bsOutput;
 }
 
 ByteString& RGeneralName::getRFC822Name()
@@ -86,7 +86,8 @@ ByteString& RGeneralName::getDNformDirectoryName()
     m_bsOutput.clear();
     RRDNSequence rdnSequence(m_bsGeneralName);
     if (rdnSequence.getLastError() > 0) return failOutput(*this, 1, "rdnSequence", rdnSequence);
-    if (UDNSettings::RDN2Str(rdnSequence, m_bsOutput) > 0) m_nLastError = 1;
+    m_nLastError = UDNSettings::RDN2Str(rdnSequence, m_bsOutput) > 0 ? 1 : 0;
+    if (m_bsOutput.isOutOfMemory()) return failOutputMemory(*this, 1, "rdnSequence");
     return m_bsOutput;
 }
 

@@ -11,32 +11,18 @@ namespace vrno {
 // which gives `m_bsOutput`, or with `m_nLastError` set an empty one. Every failure leaves a frame, and a record that
 // failed to decode is half filled. An optional member has a bit in `m_ucBitMask`, set while it holds a value; a
 // component of type ANY is the complete encoded element. Records are not copied: they move as encoded bytes.
-class RObject {
+class RObject : public Trailed {
 public:
-    RObject() = default;
-    RObject(const RObject&) = delete;
-    RObject& operator=(const RObject&) = delete;
-    virtual ~RObject() = default;
-
-    int getLastError() const { return m_nLastError; }
-    ByteString& getErrorTrail() { return m_bsErrorTrail; }
-    void addTrailFrame(const char* pszFile, int nLine, const char* pszClass, const char* pszMethod, const char* pszName, int nCode,
-                       const char* pszMessage)
-    {
-        vrno::addTrailFrame(m_bsErrorTrail, pszFile, nLine, pszClass, pszMethod, pszName, nCode, pszMessage);
-    }
     void setImplicitTag(int tagNo, unsigned char tagClass);
 
     // The option tag of the record's outer element: noted from what was decoded, put on what is about to be encoded.
     void takeOptionTag(const ASN1Object& outer);
     void putOptionTag(ASN1Object& outer) const;
 
-    int m_nLastError = 0;
     ByteString m_bsOutput;
     int m_nOptionTagNo = 0;
     unsigned char m_ucTaggedType = notTagged;
     unsigned char m_ucOptionTagClass = 0; // the two top bits
-    ByteString m_bsErrorTrail;
 };
 
 } // namespace vrno

@@ -94,10 +94,11 @@ int RPBKDF2_params::fromASN1Object(ByteString& data)
 
 int RPBKDF2_params::setDefaultPrf()
 {
+    const FailuresOf failed{*this, "fromASN1Object"};
     ASN1Null null;
     m_prf.setParameters(null.toASN1Object());
-    return m_prf.setAlgorithm("1 2 840 113549 2 7", false) > 0 ? fail(*this, 14, "m_prf", m_prf, Here::now().in("fromASN1Object"))
-                                                               : 0;
+    if (m_prf.m_parameters.isOutOfMemory()) return failed.memory(14, "m_prf");
+    return m_prf.setAlgorithm("1 2 840 113549 2 7", false) > 0 ? failed(14, "m_prf", m_prf) : 0;
 }
 
 ByteString& RPBKDF2_params::toASN1Object()

@@ -76,7 +76,7 @@ int RDisplayText::fromASN1Object(ByteString& data)
     m_ucBitMask = choiceOf(asnObj.getPrimitiveTag());
     if (m_ucBitMask == nothing) return fail(*this, 2, "Tag", "Unknown tag is chosen.");
     m_bsDisplayText = data;
-    return m_bsDisplayText.getError() > 0 ? fail(*this, 1, "m_bsDisplayText", "Memory Allocation Error") : 0;
+    return m_bsDisplayText.isOutOfMemory() ? failMemory(*this, 1, "m_bsDisplayText") : 0;
 }
 
 ByteString& RDisplayText::getIA5String()

@@ -42,82 +42,100 @@ const char* shortName(const ByteString& oid)
     return nullptr;
 }
 
+// The text as it grows, and whether an allocation failed on the way.
+struct NameText {
+    ByteBuilder out;
+    bool outOfMemory = false;
+
+    // Each returns `code`, and notes an allocation failure of what failed with it.
+    int failed(int code, const Trailed& inner)
+    {
+        outOfMemory |= inner.outOfMemory();
+        return code;
+    }
+    int failedMemory(int code)
+    {
+        outOfMemory = true;
+        return code;
+    }
+};
+
 // The contents of a string class whose octets are the text. `code` is that of the decoding, the next that of reading.
-template <class String> int contentsText(ByteString& encoded, ByteString& text, int code)
+template <class String> int contentsText(ByteString& encoded, ByteString& text, int code, NameText& name)
 {
     String string;
-    if (string.fromASN1Object(encoded) > 0) return code;
+    if (string.fromASN1Object(encoded) > 0) return name.failed(code, string);
     text = string.getValue();
-    return text.getError() > 0 ? code + 1 : 0;
+    return text.isOutOfMemory() ? name.failedMemory(code + 1) : 0;
 }
 
-int utf8Text(ByteString& encoded, ByteString& text)
+int utf8Text(ByteString& encoded, ByteString& text, NameText& name)
 {
     ASN1UTF8String string;
-    if (string.fromASN1Object(encoded) > 0) return 12;
+    if (string.fromASN1Object(encoded) > 0) return name.failed(12, string);
     ByteString& ucs2 = string.getUnicode();
-    if (string.getLastError() > 0) return 13;
-    return UUnicode::Unicode2KSC(ucs2, text) > 0 ? 14 : 0;
+    if (string.getLastError() > 0) return name.failed(13, string);
+    return UUnicode::Unicode2KSC(ucs2, text) > 0 ? name.failedMemory(14) : 0;
 }
 
-int bmpText(ByteString& encoded, ByteString& text)
+int bmpText(ByteString& encoded, ByteString& text, NameText& name)
 {
     ASN1BMPString string;
-    if (string.fromASN1Object(encoded) > 0) return 15;
+    if (string.fromASN1Object(encoded) > 0) return name.failed(15, string);
     ByteString ucs2 = string.getValue();
-    if (ucs2.getError() > 0) return 16;
+    if (ucs2.isOutOfMemory()) return name.failedMemory(16);
     if (UUnicode::SwapByteOrder(ucs2.mutableBytes(), ucs2.getLength()) > 0) return 17;
-    return UUnicode::Unicode2KSC(ucs2, text) > 0 ? 18 : 0;
+    return UUnicode::Unicode2KSC(ucs2, text) > 0 ? name.failedMemory(18) : 0;
 }
 
-int valueText(ByteString& encoded, ByteString& text)
+int valueText(ByteString& encoded, ByteString& text, NameText& name)
 {
     ASN1Object any;
-    if (any.fromASN1Object(encoded) > 0) return 5;
+    if (any.fromASN1Object(encoded) > 0) return name.failed(5, any);
     if (any.getTaggedType() != notTagged) return 21;
     switch (any.getPrimitiveTag()) {
     case ASN1_TAG_T61STRING:
-        return contentsText<ASN1T61String>(encoded, text, 6);
+        return contentsText<ASN1T61String>(encoded, text, 6, name);
     case ASN1_TAG_PRINTABLESTRING:
-        return contentsText<ASN1PrintableString>(encoded, text, 8);
+        return contentsText<ASN1PrintableString>(encoded, text, 8, name);
     case ASN1_TAG_UNIVERSALSTRING:
         return 10;
     case ASN1_TAG_UTF8STRING:
-        return utf8Text(encoded, text);
+        return utf8Text(encoded, text, name);
     case ASN1_TAG_BMPSTRING:
-        return bmpText(encoded, text);
+        return bmpText(encoded, text, name);
     case ASN1_TAG_IA5STRING:
-        return contentsText<ASN1IA5String>(encoded, text, 19);
+        return contentsText<ASN1IA5String>(encoded, text, 19, name);
     default:
         return 21;
     }
 }
 
-// Adds "name=value", behind the separator when there is text already. The value ends at a zero octet, which would end
-// the whole text for whoever reads it.
-int addAttribute(ByteString& encoded, char separator, ByteBuilder& out)
+// Adds "type=value", behind the separator where there is text already. The value ends at a zero octet, which would end the
+// whole text for a reader of C strings.
+int addAttribute(ByteString& encoded, char separator, NameText& name)
 {
     RAttributeTypeAndValue attribute;
-    if (attribute.fromASN1Object(encoded) > 0) return 2;
-    const ByteString& type = attribute.getType();
-    if (attribute.getLastError() > 0) return 3;
-    const char* const name = shortName(type);
-    if (!name) return 4;
+    if (attribute.fromASN1Object(encoded) > 0) return name.failed(2, attribute);
+    const ByteString& oid = attribute.getType();
+    if (attribute.getLastError() > 0) return name.failed(3, attribute);
+    const char* const type = shortName(oid);
+    if (!type) return 4;
     ByteString value;
-    if (const int code = valueText(attribute.getValue(), value)) return code;
-    if (!out.empty()) out.add(static_cast<unsigned char>(separator));
-    out.append(name, std::strlen(name));
-    out.add('=');
-    out.append(value.getText(), std::strlen(value.getText()));
+    if (const int code = valueText(attribute.getValue(), value, name)) return code;
+    if (!name.out.empty()) name.out.add(static_cast<unsigned char>(separator));
+    name.out.append(type, std::strlen(type));
+    name.out.add('=');
+    name.out.append(value.getText(), std::strlen(value.getText()));
     return 0;
 }
 
-int addRelativeName(ByteString& encoded, ByteBuilder& out)
+int addRelativeName(ByteString& encoded, NameText& name)
 {
     RRelativeDistinguishedName rdn;
-    if (rdn.fromASN1Object(encoded) > 0) return 1;
+    if (rdn.fromASN1Object(encoded) > 0) return name.failed(1, rdn);
     for (int i = 0; i < rdn.getCount(); ++i) {
-        if (const int code = addAttribute(rdn.get(i), i == 0 ? ',' : '+', out)) return code;
+        if (const int code = addAttribute(rdn.get(i), i == 0 ? ',' : '+', name)) return code;
     }
     return 0;
 }
@@ -127,12 +145,12 @@ int addRelativeName(ByteString& encoded, ByteBuilder& out)
 int UDNSettings::RDN2Str(RRDNSequence& name, ByteString& text)
 {
     constexpr int outOfMemory = 14;
-    text.clear();
-    ByteBuilder out;
+    NameText rendered;
     int code = 0;
-    for (int i = name.getCount() - 1; i >= 0 && code == 0; --i) code = addRelativeName(name.get(i), out);
-    if (out.into(text) > 0) return outOfMemory;
-    return code;
+    for (int i = name.getCount() - 1; i >= 0 && code == 0; --i) code = addRelativeName(name.get(i), rendered);
+    if (!rendered.outOfMemory && rendered.out.into(text) == 0) return code;
+    text.setOutOfMemory();
+    return outOfMemory;
 }
 
 } // namespace vrno

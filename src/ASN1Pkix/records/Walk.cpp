@@ -7,27 +7,41 @@ namespace vrno {
 Decoder::Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at, const char* method)
     : m_record(record), m_class(recordClass), m_method(method), m_mask(mask)
 {
-    constexpr int mostRows = 16; // more than any record has
+    constexpr int maxRows = 16; // more than any record has
     if (m_mask) *m_mask = 0;
-    m_asnSeq.keepOnly(mostRows);
-    if (m_asnSeq.fromASN1Object(data) > 0) refuse(1, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    m_asnSeq.keepOnly(maxRows);
+    if (m_asnSeq.fromASN1Object(data) > 0) refuse(1, "asnSeq", m_asnSeq, at);
     if (m_code == 0) m_record.takeOptionTag(m_asnSeq);
     m_spare = m_code == 0 ? m_asnSeq.getComponentCount() : 0;
 }
 
-void Decoder::refuse(int code, const char* name, const char* message, Here at)
+void Decoder::stop(int code)
 {
     m_code = code;
     m_spare = 0;
-    m_record.addTrailFrame(at.file, at.line, m_class, m_method, name, code, message);
 }
 
-void Decoder::counted(int least, int most, const char* name, const char* message, Here at)
+void Decoder::refuse(int code, const char* name, const char* message, Here at)
+{
+    stop(failAs(m_record, m_class, code, name, message, at.in(m_method)));
+}
+
+void Decoder::refuse(int code, const char* name, const Trailed& inner, Here at)
+{
+    stop(failAs(m_record, m_class, code, name, inner, at.in(m_method)));
+}
+
+void Decoder::refuseMemory(int code, const char* name, Here at)
+{
+    stop(failMemoryAs(m_record, m_class, code, name, memoryFailure, at.in(m_method)));
+}
+
+void Decoder::counted(int minimum, int maximum, const char* name, const char* message, Here at)
 {
     if (m_code > 0) return;
     const int count = m_asnSeq.getComponentCount();
-    m_spare = count - least;
-    if (count < least || count > most) refuse(2, name, message, at);
+    m_spare = count - minimum;
+    if (count < minimum || count > maximum) refuse(2, name, message, at);
 }
 
 void Decoder::taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at)
@@ -50,7 +64,7 @@ ByteString* Decoder::fetch(int code, Here at)
     const bool isLast = m_index == m_asnSeq.getComponentCount() - 1; // which may be a large one
     ByteString& component = isLast ? m_asnSeq.takeLastComponent() : m_asnSeq.getComponent(m_index);
     if (m_asnSeq.getLastError() > 0) {
-        refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+        refuse(code, "asnSeq", m_asnSeq, at);
         return nullptr;
     }
     ++m_index;
@@ -63,9 +77,9 @@ void Decoder::row(Member member, int code, Here at)
     if (!component) return;
     if (m_firstOctet != 0) component->setAt(0, m_firstOctet);
     m_firstOctet = 0;
-    if (member.ops->decode(member.object, *component) > 0) {
-        refuse(code + 1, member.name, member.ops->trail(member.object), at);
-    }
+    if (member.ops->decode(member.object, *component) == 0) return;
+    if (const Trailed* const trailed = member.ops->trailed(member.object)) return refuse(code + 1, member.name, *trailed, at);
+    refuseMemory(code + 1, member.name, at);
 }
 
 // ---- encoding ----
@@ -77,22 +91,36 @@ Encoder::Encoder(RObject& record, const char* recordClass, const unsigned char* 
     m_record.m_bsOutput.clear();
 }
 
-void Encoder::refuse(int code, const char* name, const char* trail, Here at)
+void Encoder::refuse(int code, const char* name, const char* message, Here at)
 {
     if (m_record.m_nLastError > 0) return;
-    m_record.m_nLastError = code;
-    m_record.addTrailFrame(at.file, at.line, m_class, "toASN1Object", name, code, trail);
+    m_record.m_nLastError = failAs(m_record, m_class, code, name, message, at.in("toASN1Object"));
 }
 
-// A member's output is used up: a large one's block becomes the sequence's value, which end() makes the record's output.
+void Encoder::refuse(int code, const char* name, const Trailed& inner, Here at)
+{
+    if (m_record.m_nLastError > 0) return;
+    m_record.m_nLastError = failAs(m_record, m_class, code, name, inner, at.in("toASN1Object"));
+}
+
+void Encoder::refuseMemory(int code, const char* name, Here at)
+{
+    if (m_record.m_nLastError > 0) return;
+    m_record.m_nLastError = failMemoryAs(m_record, m_class, code, name, memoryFailure, at.in("toASN1Object"));
+}
+
+// A member's output is used up: the block of a large one becomes the sequence's value, which end() makes the record's
+// output.
 void Encoder::row(Member member, int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;
     ByteString& encoded = member.ops->encode(member.object);
-    if (member.ops->lastError(member.object) > 0) return refuse(code, member.name, member.ops->trail(member.object), at);
+    const Trailed* const trailed = member.ops->trailed(member.object);
+    if (trailed && trailed->getLastError() > 0) return refuse(code, member.name, *trailed, at);
+    if (encoded.isOutOfMemory()) return refuseMemory(code, member.name, at);
     const bool isScratch = &encoded == member.ops->scratch(member.object);
-    const int lost = isScratch ? m_asnSeq.takeComponent(encoded) : m_asnSeq.addComponent(encoded, -1);
-    if (lost > 0) refuse(code, member.name, m_asnSeq.getErrorTrail().getText(), at);
+    const int failed = isScratch ? m_asnSeq.takeComponent(encoded) : m_asnSeq.addComponent(encoded, -1);
+    if (failed > 0) refuse(code, member.name, m_asnSeq, at);
 }
 
 void Encoder::end(int code, Here at)
@@ -100,7 +128,7 @@ void Encoder::end(int code, Here at)
     if (m_record.m_nLastError > 0) return;
     m_record.putOptionTag(m_asnSeq);
     m_record.m_bsOutput.swap(m_asnSeq.useUpAsASN1Object());
-    if (m_asnSeq.getLastError() > 0) refuse(code, "asnSeq", m_asnSeq.getErrorTrail().getText(), at);
+    if (m_asnSeq.getLastError() > 0) refuse(code, "asnSeq", m_asnSeq, at);
 }
 
 } // namespace vrno

@@ -57,9 +57,8 @@ inline constexpr AnyTag anyTag;
 struct MemberOps {
     int (*decode)(void* member, ByteString& component);
     ByteString& (*encode)(void* member);
-    int (*lastError)(void* member);
-    const char* (*trail)(void* member);
-    ByteString* (*scratch)(void* member); // what no longer matters once it is used; null where there is none
+    const Trailed* (*trailed)(void* member); // null for ANY, which fails on allocation failure alone
+    ByteString* (*scratch)(void* member);    // what is not needed once it was read; null where there is none
 };
 
 template <class M>
@@ -73,8 +72,7 @@ inline constexpr MemberOps memberOps{
             return m.m_bsOutput; // decoded only: never called
         }
     },
-    [](void* member) { return static_cast<M*>(member)->getLastError(); },
-    [](void* member) { return static_cast<M*>(member)->getErrorTrail().getText(); },
+    [](void* member) -> const Trailed* { return static_cast<M*>(member); },
     [](void* member) { return &static_cast<M*>(member)->m_bsOutput; },
 };
 
@@ -86,8 +84,7 @@ inline constexpr MemberOps memberOps<ByteString>{
         return static_cast<ByteString*>(member)->getError();
     },
     [](void* member) -> ByteString& { return *static_cast<ByteString*>(member); },
-    [](void* member) { return static_cast<ByteString*>(member)->getError(); },
-    [](void*) { return "Memory Allocation Error"; },
+    [](void*) -> const Trailed* { return nullptr; },
     [](void*) -> ByteString* { return nullptr; },
 };
 
@@ -114,9 +111,9 @@ public:
     // and goes to the optional rows in their order. What no row takes is ignored.
     void exactly(int count, const char* message, Here at = Here::now()) { counted(count, count, "asnSeq", message, at); }
     void atLeast(int count, const char* message, Here at = Here::now()) { counted(count, unlimited, "nCount", message, at); }
-    void between(int least, int most, const char* name, const char* message, Here at = Here::now())
+    void between(int minimum, int maximum, const char* name, const char* message, Here at = Here::now())
     {
-        counted(least, most, name, message, at);
+        counted(minimum, maximum, name, message, at);
     }
     bool spare() const { return m_spare > 0; }
     // Whether the next component has the tag: for a row that stands under a condition.
@@ -194,11 +191,15 @@ public:
     // after any failure.
     ByteString* fetch(int code, Here at = Here::now());
     void refuse(int code, const char* name, const char* message, Here at = Here::now());
+    void refuse(int code, const char* name, const Trailed& inner, Here at = Here::now());
+    void refuseMemory(int code, const char* name, Here at = Here::now());
 
+    bool good() const { return m_code == 0; }
     int code() const { return m_code; }
 
 private:
-    void counted(int least, int most, const char* name, const char* message, Here at);
+    void counted(int minimum, int maximum, const char* name, const char* message, Here at);
+    void stop(int code);
     void taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at);
     void optionalRow(unsigned char bit, Member member, int code, Here at);
     void row(Member member, int code, Here at);
@@ -261,7 +262,9 @@ public:
     }
     // The whole SEQUENCE, with the record's option tag, into the record's output.
     void end(int code, Here at = Here::now());
-    void refuse(int code, const char* name, const char* trail, Here at = Here::now());
+    void refuse(int code, const char* name, const char* message, Here at = Here::now());
+    void refuse(int code, const char* name, const Trailed& inner, Here at = Here::now());
+    void refuseMemory(int code, const char* name, Here at = Here::now());
 
 private:
     void row(Member member, int code, Here at);
@@ -327,15 +330,14 @@ template <class Record> int unwrap(Record& record, const ByteString& data, ByteS
 
 // ---- getters ----
 
-// Hands a member's output on as the record's own; the member's failure becomes code 1 with its trail, or noMemoryCode.
+// Hands a member's output on as the record's own; a failure of the member, or of the copy, becomes code 1.
 template <class Record, class M>
 ByteString& relay(Record& record, ByteString& output, M& member, const char* name, Here at = Here::now())
 {
     record.m_nLastError = 0;
-    const int error = member.getLastError();
-    if (error > 0) return failOutput(record, error == noMemoryCode ? error : 1, name, member, at);
+    if (member.getLastError() > 0) return failOutput(record, 1, name, member, at);
     record.m_bsOutput = output;
-    if (record.m_bsOutput.getError() > 0) return failOutput(record, noMemoryCode, name, "Memory Allocation Error", at);
+    if (record.m_bsOutput.isOutOfMemory()) return failOutputMemory(record, 1, name, at);
     return record.m_bsOutput;
 }
 
@@ -351,8 +353,8 @@ ByteString& magnitude(Record& record, Integer& integer, const char* name, const 
 {
     record.m_nLastError = 0;
     if (integer.getBytes(record.m_bsOutput, false) < 0) return failOutput(record, 1, name, message, at);
-    const bool lost = record.m_bsOutput.isNull() && integer.getValueLength() > 0;
-    return lost ? failOutput(record, noMemoryCode, name, "Memory Allocation Error", at) : record.m_bsOutput;
+    if (record.m_bsOutput.isOutOfMemory()) return failOutputMemory(record, 1, name, at);
+    return record.m_bsOutput;
 }
 
 // The contents of an encoded member, decoded as `String`: 1 where it does not decode.

@@ -1,10 +1,10 @@
 // The record of one public operation, the slots through which it reaches its algorithm, and the binders that fill them.
 #pragma once
 
+#include "engine/digest/hash_id.h"
 #include "engine/digest/hmac.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
-#include "engine/digest/hash_id.h"
 #include "engine/frame/zirc.h"
 #include "engine/kcdsa/kcdsa.h"
 #include "engine/rsa/rsa.h"

@@ -5,8 +5,8 @@
 #include "engine/bignum/rows.h"
 #include "engine/der/der.h"
 #include "engine/digest/has160.h"
-#include "engine/digest/sha1.h"
 #include "engine/digest/hash_id.h"
+#include "engine/digest/sha1.h"
 
 #include <cstring>
 #include <initializer_list>

@@ -3,9 +3,9 @@
 
 #include "base/wipe.h"
 #include "engine/bignum/rows.h"
+#include "engine/digest/hash_id.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
-#include "engine/digest/hash_id.h"
 #include "engine/random/random.h"
 
 #include <algorithm>
