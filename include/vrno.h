@@ -204,7 +204,7 @@ VRNO_API int VRNO_BASE64_Decode(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pEncData,
 /* ---- certificates (X.509, RFC 5280) ---- */
 
 /* Loads a certificate in DER or BER into the context. PEM and Base64 are not read. A certificate that is already loaded is
- * removed before the new one is read, so it is gone also when the new one cannot be loaded. The dates of the validity must lie
+ * removed before the new one is read, so it is gone also when the new one cannot be loaded. The dates of the validity must be
  * between 1970-01-01 00:00:00 and 2038-01-19 03:14:07 UTC.
  * 0; 1001; 1004 pCert not valid; 1002; 1500 the certificate cannot be read; the text says where. */
 VRNO_API int VRNO_CERT_Load(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert);
@@ -253,7 +253,7 @@ VRNO_API int VRNO_CERT_GetSignature(VRNO_API_CTX* pCtx, int nBufLen, char* pszSi
  * text of the failure says where; 1002; 1005. The critical flag has no effect.
  *
  * Lines end with CR LF, but the last line does not, unless a comment says so. The text may be empty. Values are complete: they
- * may hold zero octets, above all an IP address, which is given as its raw octets. Such a text goes on behind the zero octet, and
+ * may hold zero octets, above all an IP address, which is given as its raw octets. Such a text continues behind the zero octet, and
  * nBufLen counts all of it, but a reader of C strings stops there. A GeneralName of the form x400Address or ediPartyName is
  * not rendered: 1500. */
 
@@ -374,7 +374,7 @@ VRNO_API int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPa
  * with SEED. The iteration count may be any number from 1 to 2^31 - 1; the time grows with it.
  * 0; 1001; 1004 pszPassword null or empty, pEncPriKey not valid, pPriKey null; 1002; 2004 wrong password; 2001 the protected key is
  * malformed, its scheme is not supported, its iteration count is out of range, or its plain text is empty; the text says which.
- * 2004 stands for all that a wrong password looks like: the decryption fails, also by the length of the data or of the IV, or
+ * 2004 is the code for all that a wrong password can cause: the decryption fails, also by the length of the data or of the IV, or
  * its result is not a PrivateKeyInfo. */
 VRNO_API int VRNO_PRIKEY_Decrypt(VRNO_API_CTX* pCtx, const char* pszPassword, const VRNO_BINSTR* pEncPriKey, VRNO_BINSTR* pPriKey);
 

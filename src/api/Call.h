@@ -1,4 +1,4 @@
-// The frame of an exported function, so that each one holds only its own steps.
+// What all exported functions have in common: the last failure, the checks, the outputs.
 #pragma once
 
 #include "VNProcess/PCertUtil2.h"
@@ -17,8 +17,8 @@ enum ErrorForm {
     ERRFORM_DYNAMICLIB = 3, // with a function of the storage library, its result and its message
 };
 
-// Stores a failure. A null message stores the code alone and leaves an earlier text. A text of 2048 bytes or more is
-// stored as an empty one.
+// Stores a failure. With a null message it stores the code only and keeps an earlier text. A text of 2048 bytes or more is
+// stored as an empty text.
 void setApiError(VRNO_API_CTX* pCtx, int nCode, int nForm, const char* pszFunc, const char* pszMsg, const char* pszDynFunc,
                  int nDynErr, const char* pszDetail);
 void clearApiError(VRNO_API_CTX* pCtx);
@@ -32,7 +32,7 @@ struct TextOut {
     const char* name;
 };
 
-// A caller's record, likewise.
+// A caller's record, with the argument's name for the messages.
 struct RecordOut {
     VRNO_BINSTR* record;
     const char* name;
@@ -46,14 +46,14 @@ struct RecordOut {
 
 // ---- one call ----
 
-// Made first in every exported function but those that store no failure; clears the last one. The checks form a chain:
-// the first that fails stores its message, and those behind it do nothing. What dereferences an argument goes into a
-// second chain behind a test of the first.
+// The first object of every exported function that can store a failure. It clears the last failure. The checks form a chain:
+// the first that fails stores its message, and the later ones do nothing. A check that dereferences an argument belongs in a
+// second chain, after the result of the first has been tested.
 class Call {
 public:
     explicit Call(VRNO_API_CTX* context, const char* function = __builtin_FUNCTION());
 
-    // The code with the message unless it is good.
+    // The given code with the message unless `good`.
     Call& check(bool good, int code, const char* message);
     // 5000 unless the symmetric algorithm is one that the function knows.
     Call& supported(bool isKnown);
@@ -68,9 +68,9 @@ public:
     Call& input(const char* text, const char* message);
     // 1004 with the argument's name when the pointer is null.
     Call& output(const void* pointer, const char* name);
-    // Copies a valid record; 1002 when it cannot be held.
+    // Copies a valid record; 1002 when a ByteString cannot hold it.
     Call& copy(const VRNO_BINSTR* data, const char* name, ByteString& to);
-    // An optional record's octets where they lie, none for one that is not valid; 1002 for more than a ByteString holds.
+    // The octets of an optional record, in the caller's memory; none if it is not valid; 1002 for more than a ByteString holds.
     Call& view(const VRNO_BINSTR* data, const char* name, Octets& to);
     // 1005 with the needed size when the text and its NUL do not fit.
     Call& fits(const ByteString& text, const TextOut& out);
@@ -82,16 +82,16 @@ public:
 
     // Each stores a failure and returns its code.
     int fail(int code, const char* message);
-    int fail(int code, const ByteString& message); // empty where the message was too long to be made
+    int fail(int code, const ByteString& message); // empty if the message was too long for ByteString::format
     int trail(int code, const char* message, const ByteString& errorTrail);
     int dynamic(int code, const char* message, const char* function, int result, const char* detail); // of the storage library
     int noMemory(const char* slot);
     int wrongCertificate(PCertUtil2& cert);
     int wrongCertificate(const ByteString& errorTrail);
 
-    // The last step of a call: hands a result to the caller and returns the call's code.
+    // The last step of a call: gives a result to the caller and returns the code of the call.
     int deliver(const ByteString& data, const RecordOut& out);
-    int handOver(ByteString& data, VRNO_BINSTR* out); // the block itself, for results that are not to be held twice
+    int handOver(ByteString& data, VRNO_BINSTR* out); // the block itself, for large results
     int deliver(const ByteString& text, const TextOut& out);
 
 private:

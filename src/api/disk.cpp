@@ -1,11 +1,11 @@
-// VRNO_MEDIA_DISK_*: files, read whole.
+// VRNO_MEDIA_DISK_*: reading files.
 #include "api/prikey.h"
 #include "base/wipe.h"
 #include "platform/platform.h"
 
 using namespace vrno;
 
-// 0, or the number of the platform's failure with `out` as it was. An empty file clears `out`.
+// 0, or the platform::FileError with `out` as it was. An empty file clears `out`.
 static int readFile(const char* path, ByteString& out)
 {
     platform::FileBlock block;
@@ -19,7 +19,7 @@ static int readFile(const char* path, ByteString& out)
     return held ? 0 : static_cast<int>(platform::FileError::memory);
 }
 
-// A message with the place of the file; none of a place that is too long to be told.
+// Fails with a message that has the path of the file, unless the path is too long for it.
 static int failedAt(Call& call, int code, const char* message, const char* path)
 {
     const ByteString place = formatted(u8"위치 : %s"_ksc, path);

@@ -83,7 +83,7 @@ static int keyUsageList(ByteString& value, ByteString& list, ByteString& trail)
     return built(out, list);
 }
 
-// The buffer must hold the list as it is made, with ", " at its end, which then goes.
+// The buffer must have room for the list with the ", " at its end, which is then removed.
 int VRNO_CERT_GetKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszKeyUsage)
 {
     Call call(pCtx);
