@@ -18,7 +18,7 @@ void print_ksc(const char* ksc)
         const size_t before = from_left;
         iconv(converter, &from, &from_left, &to, &to_left);
         fwrite(text, 1, sizeof text - to_left, stdout);
-        if (from_left == before) { /* a byte that is no text */
+        if (from_left == before) { /* a byte that cannot be converted */
             putchar('?');
             ++from;
             --from_left;
@@ -29,7 +29,7 @@ void print_ksc(const char* ksc)
 
 /* ---- failures ---- */
 
-/* How often each reason was met. A message's own value, such as the date that does not fit, is left out of the reason. */
+/* How often each reason was counted. A value in the message, such as a date out of range, is not part of the reason. */
 static struct reason {
     int code;
     char text[160];

@@ -118,7 +118,7 @@ static void print_lines(const char* text)
     free(lines);
 }
 
-/* An absent extension is no failure. */
+/* An absent extension is not a failure. */
 static int show_extension(VRNO_API_CTX* ctx, const char* heading, text_getter get)
 {
     int code = VRNO_ERR_MEMORY;

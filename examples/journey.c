@@ -1,11 +1,12 @@
 /*
- * One road through the library: a letter to the holder of a certificate, and the holder's private key.
+ * A program that uses most of the library: it encrypts a letter to the holder of a certificate, and protects and checks the
+ * holder's private key.
  *
  *     vrno-journey SAMPLES OUT STORAGE
  *
- * SAMPLES holds hong.der, hong.key, ca.der and letter.txt; OUT is a folder for what is produced; STORAGE is the storage
- * library that stands in for a smart card. Uses nothing of libvrno but its public header. Ends with 0 when every step gave
- * what it should.
+ * SAMPLES is a folder with hong.der, hong.key, ca.der and letter.txt. OUT is a folder for the results. STORAGE is a storage
+ * library that takes the place of a smart card. The program includes nothing of libvrno but the public header. It exits with
+ * 0 when every step gave the expected result.
  */
 #define _POSIX_C_SOURCE 200112L
 
@@ -20,7 +21,7 @@ static const char *samples, *out_folder;
 static VRNO_API_CTX* ctx;
 static int failures;
 
-/* ---- what the steps share ---- */
+/* ---- common functions of the steps ---- */
 
 static void step(const char* korean, const char* english)
 {
@@ -28,7 +29,7 @@ static void step(const char* korean, const char* english)
     printf("\n%d. %s  %s\n\n", ++number, korean, english);
 }
 
-/* Tells a step that went wrong. */
+/* Prints the failure of a call. True when there is none. */
 static int done(int code)
 {
     if (code != 0) {
@@ -38,7 +39,7 @@ static int done(int code)
     return code == 0;
 }
 
-/* A result other than the one that the step should give is a failure of the journey. */
+/* Prints whether a result is the expected one. If not, the program fails. */
 static void expect(int holds, const char* good, const char* bad)
 {
     if (!holds) ++failures;
@@ -150,7 +151,7 @@ static void test_pair(const VRNO_BINSTR* cert, const VRNO_BINSTR* key)
     VRNO_BINSTR_Delete(&other);
 }
 
-/* The folder that the sample storage library serves as a card: the certificate, the protected key, the random value. */
+/* Fills the folder that the sample storage library reads as a card: the certificate, the protected key, the random value. */
 static void fill_card(const VRNO_BINSTR* cert)
 {
     VRNO_BINSTR blob;

@@ -3,8 +3,8 @@
  *
  *     vrno-show FILE...
  *
- * Uses nothing of libvrno but its public header. The library reads DER; a PEM file is unwrapped here, with the library's
- * own Base64. Ends with 0 when every file could be shown.
+ * The program includes nothing of libvrno but the public header. The library reads DER; a PEM file is decoded here, with the
+ * Base64 function of the library. It exits with 0 when every file could be shown completely.
  */
 #define _POSIX_C_SOURCE 200112L
 
@@ -16,7 +16,7 @@
 
 /* ---- files ---- */
 
-/* Replaces a PEM file's bytes by those of its first certificate; anything else stays as it is. */
+/* Replaces the bytes of a PEM file by its first certificate in DER. Other files stay as they are. */
 static void unwrap_pem(VRNO_API_CTX* ctx, VRNO_BINSTR* file)
 {
     const char* begin = file->pData ? strstr((const char*)file->pData, "-----BEGIN CERTIFICATE-----") : NULL;

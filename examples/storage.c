@@ -1,12 +1,12 @@
 /*
- * A storage library for libvrno, in place of a smart card: it serves items from a folder of files. It is an example of how
- * to write one; vrno.h has the contract.
+ * A storage library for libvrno that reads items from a folder instead of a smart card. It is an example of how to write
+ * one; vrno.h has the contract.
  *
- * The folder is named by the environment variable VRNO_STORAGE. It holds
+ * The environment variable VRNO_STORAGE has the path of the folder. It contains
  *
- *     pin           the PIN, one line; where this file is missing, no card is in the reader
+ *     pin           the PIN, one line; without this file there is no card in the reader
  *     0010.item     the item of code 0x0010, and so on
- *     0010.result   for tests: "6983 a message" makes reading this item end with 0x6983 and the message
+ *     0010.result   for tests: with "6983 a message", reading this item gives 0x6983 and the message
  *
  * Messages are in code page 949, of which ASCII is a part.
  */
@@ -22,10 +22,10 @@
 
 enum { MESSAGE_SIZE = 512 };
 
-/* Without a card, and what cards themselves answer (ISO 7816-4). */
+/* No card, and the results of cards (ISO 7816-4). */
 enum {
     NO_CARD = 0x100,
-    WRONG_PIN = 0x63C0, /* and in the last digit the tries that are left */
+    WRONG_PIN = 0x63C0, /* the last digit is the number of tries left */
     WRONG_LENGTH = 0x6700,
     NOT_FOUND = 0x6A82
 };
@@ -46,7 +46,7 @@ static int answer(char* message, int result, const char* text)
     return result;
 }
 
-/* Whether the card's PIN is this one; -1 when there is no card. */
+/* 1 if this is the PIN of the card, 0 if not, -1 without a card. */
 static int pin_fits(const char* pin)
 {
     char line[128] = "";
@@ -58,7 +58,7 @@ static int pin_fits(const char* pin)
     return strcmp(line, pin) == 0;
 }
 
-/* The result that a test asks for, 0 when it asks for none. */
+/* The result that a test wants, 0 if it wants none. */
 static int wanted_result(int item_code, char* message)
 {
     char name[32];

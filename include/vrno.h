@@ -1,23 +1,31 @@
 /*
  * libvrno: a client-side public-key toolkit for the Korean PKI.
  *
- * How everything here behaves, unless a function says otherwise:
+ * Conventions. They hold for every function that does not say otherwise.
  *
- *  1. Every function returns VRNO_OK (0) or one of the codes below. No function gives the code out again: what can be
- *     asked for later is the text of the context's last failure, with VRNO_API_GetErrInfo.
- *  2. A context belongs to one thread at a time. Different contexts may be used by different threads at once.
- *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code). Sizes count
- *     bytes. What a certificate holds as UTF-8 or UCS-2 is converted, and what is neither ASCII nor one of the
- *     11,172 Hangul syllables becomes "?" (one for each octet in UTF-8, for each character in UCS-2); other strings come
- *     out as they stand there, in a distinguished name up to a zero octet.
- *  4. Every function that takes a context clears its last failure first. Checks come before any work, in the order that
- *     the function's codes are listed in, and a failed check changes nothing but the context's error text.
- *  5. A VRNO_BINSTR is valid as input when the pointer to it, its pData and its nLen are all not zero. As output it must
- *     have been prepared with VRNO_BINSTR_Create (or hold data of this library, which is then released), and the caller
- *     gives its data back with VRNO_BINSTR_Delete.
- *  6. A text getter with nBufLen writes its text and the NUL behind it into the caller's buffer of nBufLen bytes, or
- *     fails with VRNO_ERR_BUFFER_TOO_SMALL and writes nothing; the needed size stands in the error text. Bytes of the
- *     buffer behind the NUL keep their values.
+ *  1. Result. Every function returns VRNO_OK (0) or one of the codes below. The comment of a function lists its codes. After
+ *     a failure VRNO_API_GetErrInfo gives a text about it; the code cannot be asked for again.
+ *  2. Threads. A context is used by one thread at a time. Different threads may use different contexts at the same time.
+ *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code). All sizes and
+ *     lengths are in bytes. A string that the certificate holds in UTF-8 or UCS-2 is converted: ASCII characters and the
+ *     11,172 Hangul syllables are kept, and anything else becomes "?", one for each octet of UTF-8 and one for each character
+ *     of UCS-2. The octets of other string types are copied as they are. In a distinguished name a value ends at its first
+ *     zero octet.
+ *  4. Order. A function that takes a context first removes the text of the last failure. Then it makes its checks, in the
+ *     order in which its codes are listed, before any other work. A failed check changes nothing but the text of the failure.
+ *  5. Memory. When an allocation fails, a function that takes a context returns VRNO_ERR_MEMORY (1002), at whatever step it
+ *     is. It never returns a code that blames the certificate, the data or the password instead. An input record of more
+ *     than 2^31 - 2 bytes gives 1002, too. If only the text of another failure cannot be allocated, the function returns the code
+ *     of that failure, and the text is empty or missing.
+ *  6. VRNO_BINSTR as input is valid when the pointer to it, its pData and its nLen are all not zero. As output it must have
+ *     been prepared with VRNO_BINSTR_Create, or hold data from this library, which is then released. The caller releases
+ *     the result with VRNO_BINSTR_Delete. A failure leaves an output record as it was; after 1002 it may be empty.
+ *  7. Text getters are the functions with nBufLen, the size of the caller's buffer. They write the text and its NUL, and keep
+ *     the bytes behind the NUL as they were. If both do not fit, the result is VRNO_ERR_BUFFER_TOO_SMALL (1005), nothing is
+ *     written, and the text of the failure gives the size that is needed.
+ *  8. Secrets. No function leaves a private key, a password, a session key or the plain text of a protected key in memory
+ *     that it has released: such memory is overwritten with zeros first. A result belongs to the caller, and
+ *     VRNO_BINSTR_Delete overwrites it.
  */
 #ifndef VRNO_H
 #define VRNO_H
@@ -40,7 +48,7 @@ enum {
     /* frame */
     VRNO_ERR_CTX_NOT_NULL = 1000,     /* VRNO_API_Init on a pointer that is not null */
     VRNO_ERR_CTX_NULL = 1001,         /* no context given */
-    VRNO_ERR_MEMORY = 1002,           /* out of memory, or more than 2^31 - 2 bytes of input */
+    VRNO_ERR_MEMORY = 1002,           /* an allocation failed, or an input has more than 2^31 - 2 bytes */
     VRNO_ERR_PATH_EMPTY = 1003,       /* VRNO_API_Init without a path */
     VRNO_ERR_ARGUMENT = 1004,         /* a required argument is missing */
     VRNO_ERR_BUFFER_TOO_SMALL = 1005, /* the caller's buffer is too small */
@@ -55,7 +63,7 @@ enum {
     VRNO_ERR_PRIKEY_FORMAT = 2000,           /* the private key's format is wrong */
     VRNO_ERR_ENCRYPTED_PRIKEY_FORMAT = 2001, /* the encrypted private key's format is wrong */
     VRNO_ERR_PRIKEY_ENCRYPT = 2002,          /* encrypting the private key failed */
-    VRNO_ERR_KEY_PAIR = 2003,                /* certificate and private key are no pair */
+    VRNO_ERR_KEY_PAIR = 2003,                /* certificate and private key are not a pair */
     VRNO_ERR_PRIKEY_PASSWORD = 2004,         /* wrong private key password */
 
     /* media */
@@ -88,8 +96,8 @@ enum {
     VRNO_ERR_KEY_EXPAND = 5015,  /* expanding the key failed */
 
     /* Base64 */
-    VRNO_ERR_BASE64_ENCODE = 5500,
-    VRNO_ERR_BASE64_DECODE = 5501,
+    VRNO_ERR_BASE64_ENCODE = 5500, /* encoding failed: the text would be too long */
+    VRNO_ERR_BASE64_DECODE = 5501, /* decoding failed: the text is not Base64 */
 
     /* data types */
     VRNO_ERR_DATA_TYPE = 6009 /* unsupported data type code of the smart-card functions */
@@ -97,7 +105,7 @@ enum {
 
 /* ---- records ---- */
 
-/* What the context's pointers lead to is the library's own business. */
+/* The types that the pointers of a context lead to. They are internal to the library. */
 #ifdef __cplusplus
 namespace vrno {
 class ByteString;
@@ -114,25 +122,25 @@ typedef struct VRNO_OPAQUE_CERT VRNO_OPAQUE_CERT;
 typedef struct VRNO_OPAQUE_OBJECT VRNO_OPAQUE_OBJECT;
 #endif
 
-/* A context: made by VRNO_API_Init, released by VRNO_API_Finish. The caller holds the pointer and leaves the fields
- * alone. What a pointer leads to belongs to the context. */
+/* A context. VRNO_API_Init makes it, VRNO_API_Finish releases it. The caller keeps the pointer and does not use the fields.
+ * Everything that a field points to belongs to the context. The reserved fields are not used. */
 typedef struct VRNO_API_CTX {
     char* pszPath; /* the path given to VRNO_API_Init, less one trailing separator */
     void* pReservedBuf1;
-    char* pszErrMsg; /* text of the last failure, null when there is none */
-    int nErrCode;    /* code of the last failure, 0 when there is none */
-    unsigned char ucFlags;
-    int nSymAlg;
-    int nSymMode;
-    VRNO_OPAQUE_CERT* pLoadedCert;
-    void* hMediaLib; /* the loaded storage library */
+    char* pszErrMsg;               /* text of the last failure, null when there is none */
+    int nErrCode;                  /* code of the last failure, 0 when there is none */
+    unsigned char ucFlags;         /* options of the session cipher */
+    int nSymAlg;                   /* internal code of the session key's algorithm, 0 until a key is set */
+    int nSymMode;                  /* internal code of its mode, 0 until a key is set */
+    VRNO_OPAQUE_CERT* pLoadedCert; /* the loaded certificate, null when there is none */
+    void* hMediaLib;               /* the loaded storage library, null when there is none */
     VRNO_OPAQUE_OBJECT* pReservedObj1;
     VRNO_OPAQUE_OBJECT* pReservedObj2;
     VRNO_OPAQUE_OBJECT* pReservedObj3;
-    VRNO_OPAQUE_BYTES* pSessionKey;
-    VRNO_OPAQUE_BYTES* pSessionIv;
-    VRNO_OPAQUE_BYTES* pChangedKey;
-    VRNO_OPAQUE_BYTES* pChangedIv;
+    VRNO_OPAQUE_BYTES* pSessionKey; /* 16 bytes */
+    VRNO_OPAQUE_BYTES* pSessionIv;  /* 16 bytes */
+    VRNO_OPAQUE_BYTES* pChangedKey; /* expanded key of a chain of messages */
+    VRNO_OPAQUE_BYTES* pChangedIv;  /* IV of its next message */
     int nReserved1;
     int nReserved2;
     int nReserved3;
@@ -143,260 +151,293 @@ typedef struct VRNO_API_CTX {
     VRNO_OPAQUE_OBJECT* pReservedObj5;
 } VRNO_API_CTX;
 
-/* Binary data. Filled by the library, the block has nLen + 1 bytes with a zero byte behind the data. */
+/* Binary data. A block that the library allocates has nLen + 1 bytes: the data and a zero byte behind it, which nLen does not
+ * count. */
 typedef struct VRNO_BINSTR {
     unsigned char* pData;
-    unsigned int nLen; /* bytes */
+    unsigned int nLen; /* bytes at pData */
 } VRNO_BINSTR;
 
 /* ---- context ---- */
 
-/* Makes a context in *ppCtx, which must hold null. ppCtx itself must be valid.
- * pszPath: any text but an empty one; it is kept, less one trailing '/' or '\\', and read by nothing yet.
- * 0; 1000 *ppCtx is not null; 1003 pszPath null or empty; 1002. None of them leaves a text. After 1002 *ppCtx may hold a
- * context that is not made yet: VRNO_API_Finish releases it, and until then a further call gives 1000. */
+/* Makes a context and stores it in *ppCtx, which must hold null. ppCtx itself must be a valid address.
+ * pszPath: a text that is not empty. It is kept, less one trailing '/' or '\\'; no function reads it yet.
+ * 0; 1000 *ppCtx is not null; 1003 pszPath null or empty; 1002. A failure stores no text. After 1002 *ppCtx may hold an
+ * incomplete context: release it with VRNO_API_Finish; before that, a further call gives 1000. */
 VRNO_API int VRNO_API_Init(VRNO_API_CTX** ppCtx, const char* pszPath);
 
-/* Releases the context with all that it owns and sets *ppCtx to null; nothing to do when it is null already. Always 0.
- * ppCtx itself must be valid. */
+/* Releases the context and everything that it owns, and sets *ppCtx to null. If *ppCtx is null, it does nothing. The session
+ * key is overwritten before its memory is released. Always 0. ppCtx itself must be a valid address. */
 VRNO_API int VRNO_API_Finish(VRNO_API_CTX** ppCtx);
 
-/* Copies the text of the last failure, which stays stored.
- * nBufLen: size of the buffer pszErrInfo in bytes.
- * 0; 1001; 1004 pszErrInfo null; 1006 no text is stored; 1005 the buffer is too small and holds, terminated, as much as
- * fits (nothing is written for nBufLen below 1). None of these replaces the stored text. */
+/* Copies the text of the last failure into a buffer. The text stays stored, also when this function fails.
+ * nBufLen: size of the buffer pszErrInfo.
+ * 0; 1001; 1004 pszErrInfo null; 1006 no text is stored; 1005 the buffer is too small: it then holds the beginning of the text
+ * and a NUL, or is not written when nBufLen is below 1. */
 VRNO_API int VRNO_API_GetErrInfo(VRNO_API_CTX* pCtx, int nBufLen, char* pszErrInfo);
 
-/* ---- binary strings: these store no text ---- */
+/* ---- binary strings: these functions take no context and store no text ---- */
 
-/* Sets both fields to zero: how a caller prepares a record. It releases nothing. 0; 1004 pBinStr null. */
+/* Prepares a record: sets both fields to zero. It releases nothing. 0; 1004 pBinStr null. */
 VRNO_API int VRNO_BINSTR_Create(VRNO_BINSTR* pBinStr);
 
-/* Releases the data and sets both fields to zero; with pData null nothing is done. 0; 1004 pBinStr null. */
+/* Overwrites the nLen bytes at pData with zeros, releases the block and sets both fields to zero. nLen must not be larger than
+ * the library has set it. If pData is null, it does nothing. 0; 1004 pBinStr null. */
 VRNO_API int VRNO_BINSTR_Delete(VRNO_BINSTR* pBinStr);
 
-/* Releases the target's data, then copies nLen bytes of pData, which must not lie in the data just released. With pData
- * null or nLen 0 the target stays empty. 0; 1004 pBinStr null; 1002 with the target empty. */
+/* Replaces the data of a record by a copy of nLen bytes at pData. The old data is overwritten and released first, as by
+ * VRNO_BINSTR_Delete, so pData must not point into it. With pData null or nLen 0 the record becomes empty.
+ * 0; 1004 pBinStr null; 1002 with the record empty. */
 VRNO_API int VRNO_BINSTR_SetData(const unsigned char* pData, unsigned int nLen, VRNO_BINSTR* pBinStr);
 
 /* ---- Base64 (RFC 4648, section 4) ---- */
 
-/* The text of pData in pEncData, in one line; nLen is its length without the NUL.
- * 0; 1001; 1004 pData not valid, pEncData null; 1002; 5500. */
+/* Encodes the bytes of pData as a text of one line in pEncData. Its nLen does not count the NUL.
+ * 0; 1001; 1004 pData not valid, pEncData null; 1002; 5500 the text would have more than 2^31 - 2 bytes. */
 VRNO_API int VRNO_BASE64_Encode(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pData, VRNO_BINSTR* pEncData);
 
-/* The bytes of the text in pEncData. Strict: no white space, no line breaks, padded to a multiple of 4 characters.
- * 0; 1001; 1004 pEncData not valid, pData null; 1002; 5501. */
+/* Decodes the text in pEncData into bytes in pData. The text has no white space and no line breaks, and is padded with "=" to a
+ * multiple of 4 characters. Bits of the last character that belong to no byte are ignored.
+ * 0; 1001; 1004 pEncData not valid, pData null; 1002; 5501 the text is not of this form. */
 VRNO_API int VRNO_BASE64_Decode(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pEncData, VRNO_BINSTR* pData);
 
 /* ---- certificates (X.509, RFC 5280) ---- */
 
-/* Loads a certificate in DER (or BER) into the context, in place of the one that is there; that one is gone also when
- * this fails. PEM and Base64 are not read.
- * 0; 1001; 1004 pCert not valid; 1002; 1500 with the place of the fault in the text. */
+/* Loads a certificate in DER or BER into the context. PEM and Base64 are not read. A certificate that is already loaded is
+ * removed before the new one is read, so it is gone also when the new one cannot be loaded. The dates of the validity must be
+ * between 1970-01-01 00:00:00 and 2038-01-19 03:14:07 UTC.
+ * 0; 1001; 1004 pCert not valid; 1002; 1500 the certificate cannot be read; the text says where. */
 VRNO_API int VRNO_CERT_Load(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert);
 
-/* Takes the loaded certificate, if there is one, out of the context. 0; 1001. */
+/* Removes the loaded certificate, if there is one, from the context. 0; 1001. */
 VRNO_API int VRNO_CERT_Unload(VRNO_API_CTX* pCtx);
 
-/* Each getter: 0; 1001; 1501 none loaded; 1004 an output pointer is null; 1500 the field cannot be read; 1002; and 1005
- * where it says so. Text getters follow point 6 above. */
+/* The getters of fields: 0; 1001; 1501 no certificate is loaded; 1004 an output pointer is null; 1500 the field cannot be read;
+ * 1002; and 1005 where a comment names it. The text getters follow convention 7. */
 
-/* The number of the version: 3 for a certificate with extensions; the field's number plus one, whatever it is. */
+/* *pVersion is the number in the version field plus one: 3 for X.509 version 3. It is 1 when the field is absent. Other numbers
+ * are not refused. */
 VRNO_API int VRNO_CERT_GetVersion(VRNO_API_CTX* pCtx, int* pVersion);
 
-/* Lower-case hexadecimal, two digits an octet, without the sign octet; 1005. */
+/* The serial number in lower-case hexadecimal, two digits an octet. A first octet 00 or FF is left out when others follow it.
+ * 1005. */
 VRNO_API int VRNO_CERT_GetSerialNum(VRNO_API_CTX* pCtx, int nBufLen, char* pszSerialNum);
 
-/* The name of the algorithm, as "sha1 With RSAEncryption", or its identifier and " : Unknown AlgorithmIdentifier", as
- * "1 2 840 113549 1 1 11 : Unknown AlgorithmIdentifier"; 1005. */
+/* The signature algorithm of the TBSCertificate: "sha1 With RSAEncryption", "ECDSA with SHA1" or "KCDSA1 With SHA1". Any other is
+ * given as "1 2 840 113549 1 1 11 : Unknown AlgorithmIdentifier", with its identifier. 1005. */
 VRNO_API int VRNO_CERT_GetSignatureAlgorithm(VRNO_API_CTX* pCtx, int nBufLen, char* pszSignAlg);
 
-/* The name as "cn=c,ou=b,o=a,c=KR", the most specific part first, without blanks or escapes; 1005. 1500 too for a name
- * with an attribute type or string type outside those that the toolkit renders. */
+/* The name as "cn=c,ou=b,o=a,c=KR": the last RDN first, "," between RDNs, "+" between the attributes of one RDN, no blanks and
+ * no escapes. 1005. The attribute types are c, o, ou, cn, l, e, s, street, sn, serialNumber, title, businessCategory, givenName,
+ * initials, generationQualifier, dnQualifier and dc; the string types are PrintableString, T61String, UTF8String, BMPString
+ * and IA5String. A name with any other cannot be read: 1500. */
 VRNO_API int VRNO_CERT_GetIssuerName(VRNO_API_CTX* pCtx, int nBufLen, char* pszIssuerName);
 VRNO_API int VRNO_CERT_GetSubjectName(VRNO_API_CTX* pCtx, int nBufLen, char* pszSubjectName);
 
-/* The subject's name in DER. */
+/* The name of the subject in DER. */
 VRNO_API int VRNO_CERT_GetSubjectName_DERFormat(VRNO_API_CTX* pCtx, VRNO_BINSTR* pSubjectName);
 
-/* "YYYY-MM-DD hh:mm:ss" in the machine's local time; each buffer needs 20 bytes. */
+/* Both dates as "YYYY-MM-DD hh:mm:ss" in the local time of the machine. Each buffer must have 20 bytes. */
 VRNO_API int VRNO_CERT_GetValidity(VRNO_API_CTX* pCtx, char* pszNotBefore, char* pszNotAfter);
 
-/* The identifier of the key's algorithm, as "1 2 840 113549 1 1 1", cut to 49 characters into the 50 bytes of
- * pszPubKeyAlg; and the octets of the key's BIT STRING, for RSA the DER of an RSAPublicKey, in lower-case hexadecimal
- * into the nBufLen bytes of pszPubKey; 1005, with nothing written to either. */
+/* pszPubKeyAlg, a buffer of 50 bytes: the identifier of the key's algorithm, as "1 2 840 113549 1 1 1", cut to 49 characters.
+ * pszPubKey, a buffer of nBufLen bytes: the octets of the key's BIT STRING in lower-case hexadecimal; for RSA they are the DER
+ * of an RSAPublicKey. 1005 is about pszPubKey; then neither buffer is written. */
 VRNO_API int VRNO_CERT_GetPubKey(VRNO_API_CTX* pCtx, int nBufLen, char* pszPubKeyAlg, char* pszPubKey);
 
-/* The octets of the signature in lower-case hexadecimal; 1005. */
+/* The octets of the signature in lower-case hexadecimal. 1005. */
 VRNO_API int VRNO_CERT_GetSignature(VRNO_API_CTX* pCtx, int nBufLen, char* pszSignature);
 
-/* The extensions (RFC 5280, section 4.2), each as a text to be shown: 0; 1001; 1501; 1004; 1502 the certificate does not
- * have the extension, or has it with no value; 1500 it cannot be read, with the place of the fault in the text; 1002; 1005.
- * Nothing is judged: the critical flag is not looked at. A text of several lines has CR LF between them, and none behind
- * the last but where it says so. A text may be empty.
+/* The getters of extensions (RFC 5280, section 4.2) give a text for people: 0; 1001; 1501 no certificate is loaded; 1004 the
+ * buffer is null; 1502 the certificate does not have the extension, or its value is empty; 1500 the extension cannot be read; the
+ * text of the failure says where; 1002; 1005. The critical flag has no effect.
  *
- * A value is shown whole. It may hold zero octets, an IP address as its raw octets above all: the text goes on behind them,
- * and nBufLen counts them, but a reader of C strings stops there. The forms x400Address and ediPartyName of a GeneralName
- * are not rendered: 1500. */
+ * Lines end with CR LF, but the last line does not, unless a comment says so. The text may be empty. Values are complete: they
+ * may hold zero octets, above all an IP address, which is given as its raw octets. Such a text continues behind the zero octet, and
+ * nBufLen counts all of it, but a reader of C strings stops there. A GeneralName of the form x400Address or ediPartyName is
+ * not rendered: 1500. */
 
-/* "digitalSignature, keyEncipherment" and so on, in the order of the bits (4.2.1.3). The buffer must have room for 2 bytes
- * more than that and the NUL. */
+/* The names of the bits in their order, as "digitalSignature, keyEncipherment" (4.2.1.3). The buffer needs 2 bytes more than the
+ * text and its NUL, unless the text is empty. */
 VRNO_API int VRNO_CERT_GetKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszKeyUsage);
 
-/* "CA : TRUE" or "CA : FALSE", followed by ", PathLenConstraint : 0" where there is one (4.2.1.9). */
+/* "CA : TRUE" or "CA : FALSE", and for a path length constraint of 0 then ", PathLenConstraint : 0" (4.2.1.9). */
 VRNO_API int VRNO_CERT_GetBasicConstraints(VRNO_API_CTX* pCtx, int nBufLen, char* pszBasicConstraints);
 
-/* Lower-case hexadecimal, two digits an octet (4.2.1.2). */
+/* The key identifier in lower-case hexadecimal, two digits an octet (4.2.1.2). */
 VRNO_API int VRNO_CERT_GetSubKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszSKI);
 
-/* Numbered policies with their qualifiers, every line with its CR LF (4.2.1.4). */
+/* Numbered policies with their qualifiers (4.2.1.4). The last line ends with CR LF, too. */
 VRNO_API int VRNO_CERT_GetCertPolicy(VRNO_API_CTX* pCtx, int nBufLen, char* pszCertPolicy);
 
-/* The identifiers of the policies alone, as "1 2 410 200004 5 2 1 2, 2 5 29 32 0". */
+/* Only the identifiers of the policies, as "1 2 410 200004 5 2 1 2, 2 5 29 32 0". */
 VRNO_API int VRNO_CERT_GetCertPolicy_PolicyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszPolicyID);
 
-/* A line a purpose: "id-kp-serverAuth" and so on, or the identifier as "1 2 3" (4.2.1.12). */
+/* One line for each purpose: a name such as "id-kp-serverAuth", or the identifier as "1 2 3" (4.2.1.12). */
 VRNO_API int VRNO_CERT_GetExtKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszExtKeyUsage);
 
-/* The names (4.2.1.6), each as a label and a value: "RFC822 Name=", "DNS Name=", "URL=", "Registered ID=" with an
- * identifier as "1 2 3"; "IP Address=" with the raw octets; for a directoryName a Korean label, and in the next line behind
- * a tab the name as VRNO_CERT_GetSubjectName has it; "Other Name:" with further lines. Of those the identify data of the
- * Korean PKI shows as the real name and the virtual identifier (1500 for a malformed one), or in lower-case hexadecimal
- * where it is something else; any other type as the type and hexadecimal. */
+/* The names, each with a label and a value (4.2.1.6):
+ *   - "RFC822 Name=", "DNS Name=" and "URL=" with the text, "IP Address=" with the raw octets, "Registered ID=" with the
+ *     identifier as "1 2 3";
+ *   - directoryName: a Korean label, and in the next line a tab and the name in the form of VRNO_CERT_GetSubjectName;
+ *   - otherName: "Other Name:" and further lines. The identify data of the Korean PKI is given as the real name and the virtual
+ *     identifier; a malformed virtual identifier is 1500. Other data under that type is given in lower-case hexadecimal. Any
+ *     other type is given as the type and the value in hexadecimal. */
 VRNO_API int VRNO_CERT_GetSubjectAltName(VRNO_API_CTX* pCtx, int nBufLen, char* pszSubAltName);
 
-/* "KeyID=" and hexadecimal; the names of the issuer below a Korean heading, where an otherName shows in hexadecimal
- * and the forms that are not rendered are left out; "Certificate SerialNumber=" and hexadecimal (4.2.1.1). */
+/* "KeyID=" and the key identifier, the names of the issuer below a Korean heading, "Certificate SerialNumber=" and the serial
+ * number, each only when it is present (4.2.1.1). Numbers and otherNames are in hexadecimal. Here an x400Address or ediPartyName
+ * is left out and no failure. */
 VRNO_API int VRNO_CERT_GetAuthKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszAKI);
 
-/* Numbered distribution points with their names, reasons and issuers (4.2.1.13). Of several names the first has a label;
- * an otherName shows in hexadecimal. A point without names, or with one relative to its issuer, ends in its CR LF. An
- * issuer must have a directoryName. */
+/* Numbered distribution points with their names, reasons and CRL issuers (4.2.1.13). Of several names only the first has a label;
+ * an otherName is in hexadecimal. A point without names, or with a name relative to its issuer, ends with CR LF. The CRL issuer
+ * of the first point that has one must include a directoryName; otherwise 1500. */
 VRNO_API int VRNO_CERT_GetCRLDP(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDP);
 
-/* Where to fetch a CRL: the values of the first three names of all distribution points, with "|" between them. They may be
- * of any kind: an otherName comes as its encoding, an IP address as its raw octets. */
+/* The values of the first three names in the full names of all distribution points, with "|" between them. For most
+ * certificates they are URLs, but all forms of names count: an otherName is given as its encoding, an IP address as its raw
+ * octets. */
 VRNO_API int VRNO_CERT_GetCRLDP_URL(VRNO_API_CTX* pCtx, int nBufLen, char* pszCRLDPUrl);
 
-/* Numbered access descriptions, each with its method and its location behind "URL=", of whatever kind that is (an otherName
- * in hexadecimal);
- * "AuthorityInfoAccess :empty" for none (4.2.2.1). */
+/* Numbered access descriptions, each with its method and its location (4.2.2.1). The location follows "URL=" whatever its form is;
+ * an otherName is in hexadecimal. "AuthorityInfoAccess :empty" when there are none. */
 VRNO_API int VRNO_CERT_GetAIA(VRNO_API_CTX* pCtx, int nBufLen, char* pszAIA);
 
 /* ---- session cipher: SEED (RFC 4269) in CBC mode ---- */
 
-/* The algorithm code of these functions: SEED with a key and an IV of 16 bytes each. */
+/* The algorithm code for SEED with a key of 16 bytes and an IV of 16 bytes. */
 enum { VRNO_SYM_SEED = 48 };
 
-/* Draws a new session key and IV, in place of those that are there. nAlgorithm: VRNO_SYM_SEED.
- * 0; 1001; 5000, 5001 with the old key kept; 1002 with no key set. */
+/* Draws a new session key and IV, which replace the old ones. nAlgorithm: VRNO_SYM_SEED.
+ * 0; 1001; 5000 another nAlgorithm; 5001 the system gives no random bytes; 1002. After 5000 and 5001 the old key stays set;
+ * after 1002 the old key or no key is set. */
 VRNO_API int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm);
 
-/* Sets the session key and IV. 0; 1001; 1004 pKey not valid, pIV not valid; 5000 nAlgorithm is not VRNO_SYM_SEED; 5002
- * the key is not 16 bytes, 5003 the IV is not, all with the old key kept; 1002 with no key set. */
+/* Sets the session key and IV. nAlgorithm: VRNO_SYM_SEED.
+ * 0; 1001; 1004 pKey not valid, pIV not valid; 5000 another nAlgorithm; 5002 the key does not have 16 bytes; 5003 the IV does not
+ * have 16 bytes; 1002. After 1002 no key is set; after the others the old key stays set. */
 VRNO_API int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR* pKey, const VRNO_BINSTR* pIV);
 
-/* The session key and IV as they were drawn or set; *pSymAlg is VRNO_SYM_SEED.
- * 0; 1001; 1004 pSymAlg, pKey or pIV null; 5004 no key is set; 5000; 1002. */
+/* Gives the session key and IV as they were drawn or set. *pSymAlg becomes VRNO_SYM_SEED.
+ * 0; 1001; 1004 pSymAlg, pKey or pIV null; 5004 no key is set; 5000 the key is of another algorithm; 1002. */
 VRNO_API int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, VRNO_BINSTR* pIV);
 
-/* One message from the session IV on: equal messages give equal results. The padding fills up to the next multiple of 16
- * bytes, with one whole block behind a multiple of 16. An input that is null or has no data is an empty message. The
- * output may be the input's own record. Decryption knows a wrong key only by the padding.
- * 0; 1001; 1004 the output is null; 5004 no key is set; 5005 or 5006; 5015; 1002. */
+/* Encrypts or decrypts one message with the session key. Every call starts from the session IV, so equal messages give equal
+ * results. Encryption adds padding: 1 to 16 bytes, each of which holds their count (as in RFC 5652, section 6.3). Decryption
+ * checks and removes it. A wrong key is detected by the padding only; the result may be 0 with wrong bytes.
+ * An input that is null or has no data is an empty message, and decrypts to an empty one. The output may be the record of the
+ * input.
+ * 0; 1001; 1004 the output is null; 5004 no key is set; 1002; 5015 the key cannot be expanded; 5005 encryption or 5006 decryption
+ * failed. */
 VRNO_API int VRNO_CRYPT_Encrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pPlainText, VRNO_BINSTR* pCipherText);
 VRNO_API int VRNO_CRYPT_Decrypt(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCipherText, VRNO_BINSTR* pPlainText);
 
 /* ---- enveloped messages (CMS, RFC 5652) ---- */
 
-/* nOption: the message inside a ContentInfo; without it the EnvelopedData alone. Other bits mean nothing. */
+/* A bit of nOption: the result is a ContentInfo with the EnvelopedData inside. Without it the result is the EnvelopedData. Other
+ * bits have no effect. */
 enum { VRNO_CMS_CONTENT_INFO = 2 };
 
-/* Encrypts data for the holder of a certificate in DER, which must have an RSA key of 1024 or 2048 bits and, if it has a
- * key usage at all, keyEncipherment or keyAgreement in it; its validity and issuer are not looked at. The message is an
- * EnvelopedData of version 0 with SEED-CBC (RFC 4010) under a key and an IV drawn for it, the key under RSA (PKCS #1 v1.5)
- * for a recipient named by issuer and serial number. They become the context's session key, for the functions above. A
- * pData that is null or has no data is an empty content. The output may be the record of an input; a failure leaves it
- * as it was.
+/* Encrypts data for the holder of a certificate.
+ * pCert: the certificate in DER. It must have an RSA key of 1024 or 2048 bits. If it has the key usage extension, that must
+ * include keyEncipherment or keyAgreement. Its validity and its issuer are not checked.
+ * pData: the content. A record that is null or has no data is an empty content.
  * nAlg: VRNO_SYM_SEED.
- * 0; 1001; 1004 pCert not valid, pEnvelopedData null; 1002; 5000; 1500 the certificate cannot be read; 3001 its key usage
- * allows no encryption; 1500 its key is of no use, or nAlg is 16 or 32, which no message can be made with; 3006, also for a
- * message that comes within 512 bytes of 2^31 - 2 bytes or beyond, all with the old session key kept; 1002 with the old one
- * kept, or with no key set. Where memory or random bytes run out on the way, it is 1500 or 3006, too; the text tells. */
+ *
+ * The result is an EnvelopedData of version 0. The content is encrypted with SEED-CBC (RFC 4010) under a key and an IV drawn
+ * for this message. The key is encrypted with RSA (PKCS #1 v1.5) for one recipient, who is named by issuer and serial number.
+ * After a success the key and the IV are the session key and IV of the context, for VRNO_CRYPT_Encrypt and the others. The
+ * output may be the record of an input. A failure leaves it as it was.
+ *
+ * 0; 1001; 1004 pCert not valid, pEnvelopedData null; 1002; 5000 nAlg is none of 16, 32 and VRNO_SYM_SEED; 1500 the certificate
+ * cannot be read; 3001 its key usage does not allow encryption; 1500 its key cannot be used, nAlg is 16 or 32, or the system
+ * gives no random bytes; 3006 the message cannot be built, or might have more than 2^31 - 2 bytes (the estimate is up to 512
+ * bytes too high). After 1002 the old session key or none is set; after the others the old one stays set. */
 VRNO_API int VRNO_CMS_EncryptData(VRNO_API_CTX* pCtx, unsigned int nOption, const VRNO_BINSTR* pCert, const VRNO_BINSTR* pData,
                                   int nAlg, VRNO_BINSTR* pEnvelopedData);
 
 /* ---- private keys (PKCS #8, RFC 5208) ---- */
 
-/* A plain key is a PrivateKeyInfo in DER, a protected one an EncryptedPrivateKeyInfo. A password counts by its bytes, up
- * to the NUL, in no code page. */
+/* A plain key is a PrivateKeyInfo in DER, a protected key is an EncryptedPrivateKeyInfo in DER. The octets of a password are
+ * used as they are, without conversion, up to the NUL. */
 
-/* Protects a private key of any algorithm with a password: PBES2 (RFC 8018) with PBKDF2 over HMAC-SHA-1, 1024 iterations,
- * and SEED-CBC. Equal input gives equal output. nAlg: 16, 32 or VRNO_SYM_SEED, which all give the same.
- * 0; 1001; 1004 pszPassword null or empty, pPriKey not valid, pEncPriKey null; 5000; 1002; 2000 no PrivateKeyInfo; 2002. */
+/* Protects a private key of any algorithm with a password: PBES2 (RFC 8018) with PBKDF2 over HMAC-SHA-1, 1024 iterations and a
+ * salt of 8 bytes, and SEED-CBC. The salt and the IV are derived from password and key, so equal input gives equal output.
+ * nAlg: 16, 32 or VRNO_SYM_SEED; all three give the same.
+ * 0; 1001; 1004 pszPassword null or empty, pPriKey not valid, pEncPriKey null; 5000 another nAlg; 1002; 2000 pPriKey is not a
+ * PrivateKeyInfo; 2002 the encryption failed. */
 VRNO_API int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPassword, const VRNO_BINSTR* pPriKey,
                                  VRNO_BINSTR* pEncPriKey);
 
-/* Opens a protected key: what VRNO_PRIKEY_Encrypt writes, PBES2 and the classic PKCS #5 schemes with SEED, PKCS #12 with
- * SEED. An iteration count from 1 to 2^31 - 1 is gone through to its end; any other is 2001.
- * 0; 1001; 1004 pszPassword null or empty, pEncPriKey not valid, pPriKey null; 1002; 2004 wrong password, or data that does
- * not decipher, by its own length or that of the IV, or not to a private key; 2001 malformed, or of a scheme that is not
- * supported, or nothing enciphered at all, with the reason in the text. */
-VRNO_API int VRNO_PRIKEY_Decrypt(VRNO_API_CTX* pCtx, const char* pszPassword, const VRNO_BINSTR* pEncPriKey,
-                                 VRNO_BINSTR* pPriKey);
+/* Opens a protected key. It reads what VRNO_PRIKEY_Encrypt writes, PBES2 and the older schemes of PKCS #5 with SEED, and PKCS #12
+ * with SEED. The iteration count may be any number from 1 to 2^31 - 1; the time grows with it.
+ * 0; 1001; 1004 pszPassword null or empty, pEncPriKey not valid, pPriKey null; 1002; 2004 wrong password; 2001 the protected key is
+ * malformed, its scheme is not supported, its iteration count is out of range, or its plain text is empty; the text says which.
+ * 2004 is the code for all that a wrong password can cause: the decryption fails, also by the length of the data or of the IV, or
+ * its result is not a PrivateKeyInfo. */
+VRNO_API int VRNO_PRIKEY_Decrypt(VRNO_API_CTX* pCtx, const char* pszPassword, const VRNO_BINSTR* pEncPriKey, VRNO_BINSTR* pPriKey);
 
-/* Whether a plain private key belongs to a certificate: signs a text with the one and verifies with the other, with SHA-1.
- * RSA of 1024 and 2048 bits, KCDSA of 1024 bits.
- * 0 they are a pair; 1001; 1004 pCert not valid, pPriKey not valid; 1002; 2003 they are none, or one of them cannot be
- * read or is of another kind; the text tells. */
+/* Checks whether a plain private key and a certificate belong together: signs a text with the key and verifies the signature with
+ * the certificate, with SHA-1. Supported are RSA with 1024 and 2048 bits and KCDSA with 1024 bits.
+ * 0 they are a pair; 1001; 1004 pCert not valid, pPriKey not valid; 1002; 2003 they are not a pair, or one of them cannot be read
+ * or is not supported; the text says which. */
 VRNO_API int VRNO_PRIKEY_CheckKeyPair(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCert, const VRNO_BINSTR* pPriKey);
 
 /* ---- files ---- */
 
-/* Reads a file whole. The path is passed to the system byte for byte.
- * 0; 1001; 1004 pszFilePath null or empty, pData null; 2500; 2502 the file is empty; 1002. */
+/* These functions read a whole file. The path is passed to the system byte for byte. A file of more than 2^31 - 2 bytes cannot be
+ * read. */
+
+/* Reads a file of any content.
+ * 0; 1001; 1004 pszFilePath null or empty, pData null; 2500 the file cannot be read; 2502 the file is empty; 1002. */
 VRNO_API int VRNO_MEDIA_DISK_ReadFile(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_BINSTR* pData);
 
-/* The same for a certificate. The content is not looked at, and an empty file gives 0 and an empty record.
- * 0; 1001; 1004 pszFilePath null or empty, pCert null; 2504; 1002. */
+/* Reads the file of a certificate. Its content is not checked. An empty file gives 0 and an empty record.
+ * 0; 1001; 1004 pszFilePath null or empty, pCert null; 2504 the file cannot be read; 1002. */
 VRNO_API int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_BINSTR* pCert);
 
-/* The same for a private key. With a password the file is taken for a protected key and opened as by VRNO_PRIKEY_Decrypt;
- * with a null or empty one its bytes are the result, whatever they are, and an empty file gives an empty record.
- * 0; 1001; 1004 pszFilePath null or empty, pPriKey null; 2507; 2004; 2001; 1002. */
-VRNO_API int VRNO_MEDIA_DISK_ReadPriKey(VRNO_API_CTX* pCtx, const char* pszFilePath, const char* pszPassword,
-                                        VRNO_BINSTR* pPriKey);
+/* Reads the file of a private key. With a password the file must hold a protected key, which is opened as by
+ * VRNO_PRIKEY_Decrypt. With pszPassword null or empty the bytes of the file are the result; their content is not checked, and an
+ * empty file gives 0 and an empty record.
+ * 0; 1001; 1004 pszFilePath null or empty, pPriKey null; 2507 the file cannot be read; 1002; 2004, 2001 as for
+ * VRNO_PRIKEY_Decrypt. */
+VRNO_API int VRNO_MEDIA_DISK_ReadPriKey(VRNO_API_CTX* pCtx, const char* pszFilePath, const char* pszPassword, VRNO_BINSTR* pPriKey);
 
 /* ---- smart cards, through a storage library ---- */
 
-/* A storage library is a dynamic library that reads items from a card for the toolkit. It exports one C function:
+/* A storage library is a dynamic library that reads items from a smart card for the toolkit. It exports one C function:
  *
  *     int PKI_STORAGE_Read(int nItemCode, const char* pszPIN, unsigned char* pBuffer, int* pLength, char* pszMessage);
  *
- * pBuffer has *pLength bytes, where the function puts the item and its length. pszMessage has 512 bytes, for a terminated
- * text about a failure. The function returns 0; 256 or 0x80100069 when there is no card; 257 or 0x6300 to 0x63FF when the
- * PIN is wrong; any other value for any other failure.
+ * nItemCode is the code of the item, see below. pszPIN is the caller's text. On entry *pLength is the size of pBuffer; on success
+ * the function has written the item there and its length to *pLength. pszMessage has 512 bytes for a NUL-terminated text about a
+ * failure. The result is 0 for success; 256 or 0x80100069 when there is no card; 257 or 0x6300 to 0x63FF when the PIN is wrong;
+ * any other value for any other failure. A *pLength outside 0 to the size of pBuffer is a failure, too.
  *
- * nDataType is a device, 0 or 0x1000 to 0xB000 in steps of 0x1000 (any other counts as 0), plus a role: 1, 2, 16 or 32.
- * The item's code is the device or-ed with 0x10, 0x40, 0x01, 0x04 for the certificate of that role and 0x20, 0x50, 0x02,
- * 0x05 for its private key. An item has up to 2048 bytes. */
+ * nDataType is a device plus a role. The device is 0 or 0x1000 to 0xB000 in steps of 0x1000; any other counts as 0. The role
+ * is 1, 2, 16 or 32. The code of the item is the device or-ed with 0x10, 0x40, 0x01 or 0x04 for the certificate of that role, and
+ * with 0x20, 0x50, 0x02 or 0x05 for its private key. An item has up to 2048 bytes. */
 
-/* Loads a storage library, one a context. What it exports is not looked at yet.
- * 0; 1001; 1004 pszLibPath null or empty; 2509; 2510. */
+/* Loads a storage library. A context has one at a time. The function that the library must export is looked for at each read.
+ * 0; 1001; 1004 pszLibPath null or empty; 2509 one is already loaded; 2510 the system cannot load it, for whatever reason. */
 VRNO_API int VRNO_MEDIA_Load(VRNO_API_CTX* pCtx, const char* pszLibPath);
 
-/* Releases it; nothing to do when none is loaded. VRNO_API_Finish does so, too. 0; 1001; 2511, with the library kept. */
+/* Unloads the storage library. If none is loaded, it does nothing. VRNO_API_Finish unloads it, too.
+ * 0; 1001; 2511 the system cannot unload it; it stays loaded. */
 VRNO_API int VRNO_MEDIA_Unload(VRNO_API_CTX* pCtx);
 
 /* Reads a certificate from the card.
- * 0; 1001; 1004 pszPIN null or empty, pCert null; 2513; 2512; 6009; 2514; 2515; 2504; 2502 the item is empty or starts with
- * a zero byte; 1002. The text of 2514, 2515 and 2504 ends in the storage library's result and message. */
+ * 0; 1001; 1004 pszPIN null or empty, pCert null; 2513 no storage library is loaded; 2512 the library does not export the function;
+ * 6009 the role is not one of the four; 2514 no card; 2515 wrong PIN; 2504 any other failure; 2502 the item is empty or its first
+ * byte is zero; 1002. The text of 2514, 2515 and 2504 ends with the result and the message of the storage library. */
 VRNO_API int VRNO_MEDIA_CARD_ReadCert(VRNO_API_CTX* pCtx, int nDataType, const char* pszPIN, VRNO_BINSTR* pCert);
 
-/* Reads a private key. With a password it is opened as by VRNO_PRIKEY_Decrypt; and one of code 0x20 then gets the identity
- * check random value, item 0x30 of up to 128 bytes, as its attribute 1.2.410.200004.10.1.1.3, unless that item is empty.
- * Codes as above with pPriKey for pCert and 2507 for 2504; 2519 the random value could not be read; 2004; 2001; 2000. */
+/* Reads a private key from the card. Without a password its bytes are the result. With a password it is opened as by
+ * VRNO_PRIKEY_Decrypt; and if the code of its item is 0x20, the identity check random value is read, too: item 0x30 of up to 128
+ * bytes. It becomes the attribute 1.2.410.200004.10.1.1.3 of the key, unless it is empty or its first byte is zero.
+ * The codes of VRNO_MEDIA_CARD_ReadCert, with pPriKey for pCert and 2507 for 2504; 2519 the random value cannot be read; 2004, 2001
+ * as for VRNO_PRIKEY_Decrypt; 2000 the random value cannot be added to the key. */
 VRNO_API int VRNO_MEDIA_CARD_ReadPriKey(VRNO_API_CTX* pCtx, int nDataType, const char* pszPIN, const char* pszPassword,
                                         VRNO_BINSTR* pPriKey);
 

@@ -1,8 +1,8 @@
-# What the scripts share. Sourced, from the top of the project.
+# Functions of the other scripts, which source this file. Changes to the top folder of the project.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# Installs the Debian packages that are not there yet.
+# Installs those Debian packages that are missing.
 need() {
     local package missing=()
     for package in "$@"; do
@@ -16,7 +16,8 @@ need() {
     DEBIAN_FRONTEND=noninteractive "${root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# Configures and builds a preset, with CXX and CC where they are set. A build folder of another compiler starts afresh.
+# Configures and builds a preset, with the compilers in CXX and CC if they are set. A build folder of another compiler is
+# configured from the beginning.
 build() {
     local preset=$1 fresh=() cache="build/$1/CMakeCache.txt"
     shift

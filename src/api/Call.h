@@ -1,4 +1,4 @@
-// The frame of an exported function, so that each one holds only its own steps.
+// What all exported functions have in common: the last failure, the checks, the outputs.
 #pragma once
 
 #include "VNProcess/PCertUtil2.h"
@@ -17,8 +17,8 @@ enum ErrorForm {
     ERRFORM_DYNAMICLIB = 3, // with a function of the storage library, its result and its message
 };
 
-// Stores a failure. A null message stores the code alone and leaves an earlier text. A text of 2048 bytes or more is
-// stored as an empty one. On allocation failure there is a code and no text.
+// Stores a failure. With a null message it stores the code only and keeps an earlier text. A text of 2048 bytes or more is
+// stored as an empty text. On allocation failure there is a code and no text.
 void setApiError(VRNO_API_CTX* pCtx, int nCode, int nForm, const char* pszFunc, const char* pszMsg, const char* pszDynFunc,
                  int nDynErr, const char* pszDetail);
 void clearApiError(VRNO_API_CTX* pCtx);
@@ -32,7 +32,7 @@ struct TextOut {
     const char* name;
 };
 
-// A caller's record, likewise.
+// A caller's record, with the argument's name for the messages.
 struct RecordOut {
     VRNO_BINSTR* record;
     const char* name;
@@ -46,17 +46,17 @@ struct RecordOut {
 
 // ---- one call ----
 
-// Made first in every exported function but those that store no failure; clears the last one. The checks form a chain:
-// the first that fails stores its message, and those behind it do nothing. What dereferences an argument goes into a
-// second chain behind a test of the first.
+// The first object of every exported function that can store a failure. It clears the last failure. The checks form a chain:
+// the first that fails stores its message, and the later ones do nothing. A check that dereferences an argument belongs in a
+// second chain, after the result of the first has been tested.
 //
-// Here an allocation failure becomes 1002, whatever code the failed step has: the inner object's trail or the text says so,
-// or the failure's own text could not be stored. The message names the output, or else the input that was copied last.
+// Here an allocation failure becomes 1002, whatever code the failed step has: the inner object's trail or the text has that
+// fact, or the failure's own text could not be stored. The message names the last output that was checked.
 class Call {
 public:
     explicit Call(VRNO_API_CTX* context, const char* function = __builtin_FUNCTION());
 
-    // The code with the message unless it is good.
+    // The given code with the message unless `good`.
     Call& check(bool good, int code, const char* message);
     // 5000 unless the symmetric algorithm is one that the function knows.
     Call& supported(bool isKnown);
@@ -73,7 +73,7 @@ public:
     Call& output(const void* pointer, const char* name);
     // Copies a valid record; 1002 on allocation failure, and for more than a ByteString holds.
     Call& copy(const VRNO_BINSTR* data, const char* name, ByteString& to);
-    // An optional record's octets in place, none for one that is not valid; 1002 for more than a ByteString holds.
+    // The octets of an optional record, in the caller's memory; none if it is not valid; 1002 for more than a ByteString holds.
     Call& view(const VRNO_BINSTR* data, const char* name, Octets& to);
     // 1005 with the needed size when the text and its NUL do not fit.
     Call& fits(const ByteString& text, const TextOut& out);
@@ -85,17 +85,17 @@ public:
 
     // Each stores a failure and returns its code.
     int fail(int code, const char* message);
-    int fail(int code, const ByteString& message);               // empty where the message was too long for ByteString::format
     int fail(int code, const char* message, const Trail& trail); // of an inner object
     int fail(int code, const char* message, const Trailed& inner) { return fail(code, message, inner.getErrorTrail()); }
+    int fail(int code, const ByteString& message); // empty if the message was too long for ByteString::format
     int dynamic(int code, const char* message, const char* function, int result, const char* detail); // of the storage library
     int noMemory() { return noMemory(m_slot); }
     int noMemory(const char* slot);
     int wrongCertificate(const Trail& trail);
 
-    // The last step of a call: hands a result to the caller and returns the call's code.
+    // The last step of a call: gives a result to the caller and returns the code of the call.
     int deliver(const ByteString& data, const RecordOut& out);
-    int handOver(ByteString& data, VRNO_BINSTR* out); // the block itself, for results that are not to be held twice
+    int handOver(ByteString& data, VRNO_BINSTR* out); // the block itself, for large results
     int deliver(const ByteString& text, const TextOut& out);
 
 private:

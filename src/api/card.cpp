@@ -39,14 +39,14 @@ namespace {
 constexpr const char* readerName = "PKI_STORAGE_Read";
 using Reader = int(int itemCode, const char* pin, unsigned char* buffer, int* length, char* message);
 
-// The codes of the items that a role of a data type stands for.
+// The codes of the two items of a role, which is a part of the data type.
 struct Role {
     int role, certificate, privateKey;
 };
 constexpr Role roles[] = {{1, 0x10, 0x20}, {2, 0x40, 0x50}, {16, 0x01, 0x02}, {32, 0x04, 0x05}};
-constexpr int signingKeyItem = 0x20, randomValueItem = 0x30; // which goes with it
+constexpr int signingKeyItem = 0x20, randomValueItem = 0x30; // the random value belongs to the signing key
 
-// A kind of item: its column of the roles, the bytes that one has at the most, and what is said when it is not to be had.
+// A kind of item: its column in `roles`, its largest size in bytes, and the code and messages of its failures.
 struct Kind {
     int Role::*code;
     int capacity;
@@ -82,7 +82,7 @@ constexpr Kind randomValues{
     .emptyEntry = nullptr,
 };
 
-// The item's code: the device, where it is one of eleven, and the role's; 0 for an unknown role.
+// The code of an item: its device, if it is one of the eleven, and the code of its role; 0 for an unknown role.
 int itemCode(const Kind& kind, int nDataType)
 {
     const int role = nDataType % 256, number = nDataType / 256;
@@ -94,7 +94,7 @@ int itemCode(const Kind& kind, int nDataType)
     return 0;
 }
 
-// The way to an item: the storage library's function, looked up at each call, and the item's code.
+// Where an item comes from: the function of the storage library, which is looked up at each call, and the code of the item.
 struct Way {
     Reader* read;
     int code;
@@ -113,7 +113,7 @@ Way findWay(Call& call, const Kind& kind, int nDataType)
     return {reinterpret_cast<Reader*>(symbol), code};
 }
 
-// What the storage library's result means; the kind's own failure is the one without another meaning.
+// Stores the failure that a result of the storage library means. Any result without a meaning is the failure of the kind.
 int judge(Call& call, const Kind& kind, int result, const char* detail)
 {
     constexpr int noCard = 256, wrongPin = 257, wrongPinWithTries = 99; // the quotient by 256
@@ -127,7 +127,7 @@ int judge(Call& call, const Kind& kind, int result, const char* detail)
     return call.dynamic(kind.failure, kind.message, readerName, result, detail);
 }
 
-// Reads one item. A length that is not one of the buffer's is a failure like any other.
+// Reads one item. A length outside the buffer is a failure like any other.
 int readItem(Call& call, const Kind& kind, const Way& way, const char* pin, ByteString& out)
 {
     SecretArea<mostCapacity> buffer;
@@ -139,7 +139,7 @@ int readItem(Call& call, const Kind& kind, const Way& way, const char* pin, Byte
     return out.setData(buffer.bytes, length) == 0 ? 0 : call.noMemory("item");
 }
 
-// What a card holds where nothing was stored: no bytes, or zeros.
+// An item that was never stored has no bytes, or zeros.
 bool isEmptyEntry(const ByteString& item)
 {
     return item.getLength() == 0 || item.getBytes()[0] == 0;

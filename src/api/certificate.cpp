@@ -36,13 +36,13 @@ int VRNO_CERT_GetVersion(VRNO_API_CTX* pCtx, int* pVersion)
 {
     Call call(pCtx);
     if (!call.loaded().output(NAMED(pVersion))) return call.code();
-    *pVersion = static_cast<int>(static_cast<unsigned int>(call.cert().getVersion()) + 1); // any number may stand there
+    *pVersion = static_cast<int>(static_cast<unsigned int>(call.cert().getVersion()) + 1); // the field may hold any number
     return 0;
 }
 
 // ---- one field as one text ----
 
-// The contract of every such getter: what `field` gives, turned into text by `render`, goes to the caller's buffer.
+// All steps of such a getter: `field` gives the value, `render` makes the text, which is copied into the caller's buffer.
 static int fieldText(Call call, const TextOut& out, ByteString& (PCertUtil2::*field)(), ByteString (*render)(ByteString& value))
 {
     if (!call.loaded().output(out.buffer, out.name)) return call.code();

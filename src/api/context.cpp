@@ -1,4 +1,4 @@
-// VRNO_API_*: the life of a context, and the text of its last failure.
+// VRNO_API_*: making and releasing a context, and the text of its last failure.
 #include "api/Call.h"
 #include "platform/platform.h"
 
@@ -19,7 +19,7 @@ int VRNO_API_Init(VRNO_API_CTX** ppCtx, const char* pszPath)
 
     std::size_t length = std::strlen(pszPath);
     context->pszPath = static_cast<char*>(std::malloc(length + 1));
-    if (!context->pszPath) return VRNO_ERR_MEMORY; // the record stays, for VRNO_API_Finish
+    if (!context->pszPath) return VRNO_ERR_MEMORY; // VRNO_API_Finish releases the record
     if (pszPath[length - 1] == '\\' || pszPath[length - 1] == '/') --length;
     std::memcpy(context->pszPath, pszPath, length);
     context->pszPath[length] = '\0';

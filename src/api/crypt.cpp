@@ -14,8 +14,8 @@ namespace {
 constexpr int keyLength = 16, ivLength = 16;
 constexpr unsigned char chainedFlag = 2, otherPaddingFlag = 4; // of ucFlags
 
-// Puts a new object that holds the value into a slot of the context, and overwrites it when it goes; 1002 when there is no
-// memory.
+// Stores a copy of the value in a slot of the context; 1002 on allocation failure. The copy is overwritten when it is
+// deleted.
 int newSlot(Call& call, ByteString*& slot, Octets value, const char* name)
 {
     slot = new (std::nothrow) ByteString;
@@ -42,7 +42,7 @@ int vrno::installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, Octets 
     if (code == 0) code = newSlot(call, context.pSessionIv, iv, "pApiCtx->pSessionIv");
     if (code == 0) code = newSlot(call, context.pChangedIv, iv, "pApiCtx->pChangedIv");
     if (code != 0) {
-        drop(context.pSessionKey); // so that no key counts as set
+        drop(context.pSessionKey); // now no key is set
         return code;
     }
     context.nSymMode = nFacadeMode;
@@ -104,7 +104,7 @@ constexpr Direction encryption{&VNEncrypt::EncryptData, &VNEncrypt::EncryptData_
 constexpr Direction decryption{&VNEncrypt::DecryptData, &VNEncrypt::DecryptData_NoGenKey, VRNO_ERR_DECRYPT,
                                u8"데이터를 복호화하는데 실패하였습니다."_ksc, "pCipherText"};
 
-// The expanded key of the chained path, made when it is first needed.
+// Makes the expanded key of the chained path on first use.
 int expandKey(Call& call, VNEncrypt& cipher)
 {
     VRNO_API_CTX& context = call.context();
@@ -115,8 +115,8 @@ int expandKey(Call& call, VNEncrypt& cipher)
     return call.fail(VRNO_ERR_KEY_EXPAND, u8"키를 생성하는데 실패하였습니다."_ksc, cipher);
 }
 
-// An absent input counts as an empty one. It is not copied: the cipher reads it where it lies, and it may be the output
-// record's own, which is released only when the result stands.
+// An absent input is an empty one. The input is not copied. It may be the data of the output record, which is released only
+// after the result is complete.
 int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRNO_BINSTR* out)
 {
     VRNO_API_CTX& context = call.context();

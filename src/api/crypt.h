@@ -1,11 +1,11 @@
-// The installation of a session key, for every exported function that leaves one.
+// Setting the session key, for all exported functions that do so.
 #pragma once
 
 #include "api/Call.h"
 
 namespace vrno {
 
-// Replaces the context's session key and IV; the old ones are gone from the start. 0, or 1002 with no key set.
+// Replaces the session key and IV of the context. The old ones are deleted first. 0, or 1002 with no key set.
 int installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, Octets key, Octets iv);
 
 } // namespace vrno

@@ -1,4 +1,4 @@
-// VRNO_MEDIA_DISK_*: files, read whole.
+// VRNO_MEDIA_DISK_*: reading files.
 #include "api/prikey.h"
 #include "platform/platform.h"
 
@@ -14,7 +14,7 @@ static bool readFile(Call& call, const char* path, ByteString& out)
     return call && error == platform::FileError::none;
 }
 
-// The failure with the place of the file in its message, unless that is too long.
+// Fails with a message that has the path of the file, unless the path is too long for it.
 static int failedAt(Call& call, int code, const char* message, const char* path)
 {
     if (!call) return call.code();

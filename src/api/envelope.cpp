@@ -19,9 +19,9 @@ int vrno::checkRecipientKeyUsage(Call& call, Purpose nPurpose, ByteString& cert)
     ASN1BitString asnBits(value);
     int unusedBits = 0;
     const bool decoded = asnBits.getLastError() == 0;
-    const unsigned char usage = decoded ? asnBits.getBitString(&unusedBits).getBytes()[0] : 0; // 0 too for no bits
+    const unsigned char usage = decoded ? asnBits.getBitString(&unusedBits).getBytes()[0] : 0; // no bits count as 0
     if (asnBits.getLastError() > 0) {
-        Call getter(&call.context(), "VRNO_CERT_GetKeyUsage"); // whose reading this is
+        Call getter(&call.context(), "VRNO_CERT_GetKeyUsage"); // the name that this failure has in its text
         return getter.fail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, asnBits);
     }
     const bool encrypts = usage & (keyEncipherment | keyAgreement), signs = usage & digitalSignature;
@@ -33,7 +33,7 @@ int vrno::checkRecipientKeyUsage(Call& call, Purpose nPurpose, ByteString& cert)
     return call.code();
 }
 
-// The facade's code for a symmetric algorithm of the boundary, 0 for none. The builder has keys for SEED alone.
+// The facade's code of a symmetric algorithm code of the boundary, 0 for none. PEnvelopedData makes keys for SEED only.
 static int facadeCode(int nAlg)
 {
     switch (nAlg) {

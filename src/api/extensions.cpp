@@ -38,7 +38,7 @@ static int extensionText(Call call, const TextOut& out, const char* oid, const c
 
 // ---- key usage, basic constraints, subject key identifier ----
 
-// The buffer must hold the list as it is made, with ", " at its end, which then goes.
+// The buffer must have room for the list with the ", " at its end, which is then removed.
 int VRNO_CERT_GetKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszKeyUsage)
 {
     Call call(pCtx);

@@ -1,4 +1,4 @@
-// What every function that opens an encrypted private key ends with.
+// Opening a protected private key, for all exported functions that do so.
 #pragma once
 
 #include "api/Call.h"

@@ -1,6 +1,6 @@
-// What the library asks of an operating system. Nothing outside this folder calls one.
+// All that the library needs of an operating system. No other folder calls the system.
 //
-// Texts are passed to the system byte for byte. Nothing here throws, and nothing but `Mutex` holds state.
+// Texts are passed to the system byte for byte. Nothing here throws. Only `Mutex` has state.
 #pragma once
 
 #include "platform/wipe.h"
@@ -19,14 +19,14 @@ namespace vrno::platform {
 enum class FileError : int {
     none = 0,
     emptyPath = 1,
-    open = 2,   // missing, not permitted, held by a writer where the system can tell
-    size = 3,   // no size (a folder, a pipe, a device), or one above 2^31 - 2 bytes
-    memory = 4, // the block could not be allocated
+    open = 2,   // missing, not permitted, or opened by a writer on a system with share modes
+    size = 3,   // no file with a size (a folder, a pipe, a device), or one above 2^31 - 2 bytes
+    memory = 4, // allocation failure
     read = 5,
-    truncated = 6, // fewer bytes came than the size said
+    truncated = 6, // fewer bytes than the size
 };
 
-// A file's bytes with a zero byte behind them, in a block of the plain heap that the object frees.
+// The bytes of a file and a zero byte behind them, in a block of the plain heap that the object frees.
 struct FileBlock {
     unsigned char* bytes = nullptr;
     int length = 0;
@@ -51,12 +51,12 @@ struct FileBlock {
     }
 };
 
-// Reads an existing file whole, letting other readers be. On failure `out` holds no usable length.
+// Reads a whole file; others may read it at the same time. After a failure the contents of `out` have no meaning.
 FileError readFile(const char* path, FileBlock& out);
 
 // ---- dynamic libraries ----
 
-// Each failure stores the system's error number (errno or GetLastError) in `error`; a success leaves it alone.
+// A failure stores the error number of the system (errno or GetLastError) in `error`; a success does not change it.
 void* loadLibrary(const char* path, int& error);
 bool unloadLibrary(void* library, int& error);
 void* findSymbol(void* library, const char* name, int& error);
@@ -65,9 +65,9 @@ void* findSymbol(void* library, const char* name, int& error);
 
 std::uint32_t processId();
 
-// Not recursive. A static one is constant-initialised and never destroyed. It is held in the name of the process, so that
-// a forked child is not kept out by a thread that it does not have: what such a thread left half done is the child's to
-// throw away.
+// Not recursive. A static one is constant-initialised and never destroyed. The holder is a process, not a thread: in a forked
+// child a mutex that a thread of the parent holds counts as free, since the child does not have that thread. The child must
+// then discard what the thread may have left incomplete.
 class Mutex {
 public:
     void lock()
@@ -90,9 +90,9 @@ private:
     std::atomic<std::uint32_t> m_holder = nobody;
 };
 
-// From its return on, forks of this process wait for the mutex and leave it free in parent and child, where `inChild` runs
-// first. To be called before the mutex is locked, each time; for one mutex of the process. Nothing to do where there is
-// no fork.
+// After this call forks of the process wait for the mutex. They leave it free in the parent and in the child; the child runs
+// `inChild` first. Call it before each lock; only one mutex of the process may use it. It does nothing on a system without
+// fork.
 void holdDuringFork(Mutex& mutex, void (*inChild)());
 
 struct WallClock {
@@ -101,11 +101,11 @@ struct WallClock {
 };
 WallClock wallClock();
 
-// Seconds since 1970 as broken-down time; false where the system has none for them.
+// Breaks down seconds since 1970; false if the system cannot.
 bool localTime(std::int64_t seconds, std::tm& out);
 bool utcTime(std::int64_t seconds, std::tm& out);
 
-// Bytes of the system's own random source; false when it gave none.
+// Fills `out` from the random source of the system; false if it gives no bytes.
 bool randomBytes(void* out, std::size_t length);
 
 } // namespace vrno::platform

@@ -1,4 +1,4 @@
-// The system's side for POSIX.
+// The functions of platform.h for POSIX.
 #include "platform/platform.h"
 
 #include <cerrno>
@@ -46,7 +46,7 @@ FileError readWhole(int fd, FileBlock& out)
 FileError readFile(const char* path, FileBlock& out)
 {
     if (path == nullptr || *path == '\0') return FileError::emptyPath;
-    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)); // a pipe without a writer must not hang us
+    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)); // or opening a pipe waits for a writer
     if (file.fd < 0) return FileError::open;
     struct stat status;
     if (fstat(file.fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) return FileError::size;
@@ -56,7 +56,7 @@ FileError readFile(const char* path, FileBlock& out)
 
 // ---- dynamic libraries ----
 
-// dlopen reports by text; errno is what its system calls left, and `otherwise` stands in where they left nothing.
+// dlopen and its relatives report by a text. errno is that of their system calls, if one failed; if not, `otherwise` is used.
 static int errorNumber(int otherwise)
 {
     return errno != 0 ? errno : otherwise;
@@ -95,13 +95,13 @@ void Mutex::giveWay()
 
 namespace {
 
-// The process that registers the handlers, which its children inherit; or one of these.
+// The process that is registering the handlers, which its children inherit; or one of the two constants.
 constexpr std::uint32_t notDone = 0, done = ~0U;
 constinit std::atomic<std::uint32_t> registrar = notDone;
 using Hook = void (*)();
-constinit std::atomic<Mutex*> heldDuringFork = nullptr; // both are written before the handlers can run, on any thread
+constinit std::atomic<Mutex*> heldDuringFork = nullptr; // both are written before a handler can run on any thread
 constinit std::atomic<Hook> forkedChild = nullptr;
-constinit thread_local int forkDepth = 0; // a child may have registered once more what it had from its parent
+constinit thread_local int forkDepth = 0; // a child may register handlers that it has from its parent already
 
 void lockBeforeFork()
 {
@@ -122,7 +122,7 @@ void unlockInChild()
 
 } // namespace
 
-// A child whose parent was registering has no thread that would finish: it registers itself.
+// A child whose parent was registering has no thread that will finish, so it registers the handlers itself.
 void holdDuringFork(Mutex& mutex, void (*inChild)())
 {
     const std::uint32_t process = processId();
@@ -135,7 +135,7 @@ void holdDuringFork(Mutex& mutex, void (*inChild)())
         forkedChild = inChild;
         const bool registered = pthread_atfork(lockBeforeFork, unlockAfterFork, unlockInChild) == 0;
         registrar.store(registered ? done : notDone, std::memory_order_release);
-        if (!registered) return; // no memory: the next call tries again
+        if (!registered) return; // allocation failure: the next call tries again
     }
 }
 

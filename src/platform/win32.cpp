@@ -1,4 +1,4 @@
-// The system's side for Windows, from Vista on.
+// The functions of platform.h for Windows Vista and later.
 #define WIN32_LEAN_AND_MEAN
 #define NOMINMAX
 #include <windows.h>

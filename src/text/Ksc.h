@@ -1,4 +1,4 @@
-// Korean literals: readable in the source, code page 949 in the program.
+// Korean literals: UTF-8 in the source, code page 949 in the program.
 #pragma once
 
 #include "text/KscTable.h"

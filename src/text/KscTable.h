@@ -45,8 +45,8 @@ constexpr int codePoint(const char8_t* utf8)
     return (utf8[0] & 0x0F) << 12 | (utf8[1] & 0x3F) << 6 | (utf8[2] & 0x3F);
 }
 
-// The next code of the extension area, which takes the syllables outside KS X 1001: trail octets 41-5A, 61-7A and then
-// 81-FE below the lead octet 0xA1, 81-A0 from there on, where KS X 1001 has the rest.
+// The next code of the extension area, which has the syllables outside KS X 1001. Its trail octets are 41-5A, 61-7A and
+// 81-FE for lead octets below 0xA1; from 0xA1 on they end at A0, because KS X 1001 has the codes above.
 constexpr std::uint16_t nextExtended(std::uint16_t code)
 {
     const int lead = code >> 8, trail = code & 0xFF;
@@ -56,7 +56,7 @@ constexpr std::uint16_t nextExtended(std::uint16_t code)
     return static_cast<std::uint16_t>(code + 1);
 }
 
-// One code a syllable, lead octet in the high half, by the code point less firstSyllable.
+// The code of each syllable, with the lead octet in the high half; the index is the code point less firstSyllable.
 inline constexpr std::array<std::uint16_t, syllableCount> codes = [] {
     std::array<std::uint16_t, syllableCount> table{};
     const char8_t* standard = ksx1001Syllables;
@@ -80,7 +80,7 @@ constexpr bool isSyllable(int codePoint)
     return codePoint >= firstSyllable && codePoint <= lastSyllable;
 }
 
-// The code of a syllable; there must be one.
+// The code of a syllable; isSyllable must hold.
 constexpr std::uint16_t code(int syllable)
 {
     return codes[static_cast<unsigned>(syllable - firstSyllable)];

@@ -6,7 +6,7 @@
 
 namespace vrno {
 
-// The syllable that the octets start with, or 0.
+// The code point of the syllable at the start of the octets, or 0.
 static int syllableAt(Octets utf8)
 {
     const auto continues = [](unsigned char octet) { return (octet & 0xC0) == 0x80; };

@@ -7,8 +7,9 @@ namespace vrno {
 
 class UUTF8String {
 public:
-    // To UCS-2 as UUnicode takes it. ASCII and the three-octet sequences of Hangul syllables convert; of everything
-    // else, malformed or cut off sequences too, each octet becomes a "?". 0, or 2 when there is no memory.
+    // To UCS-2 in the form that UUnicode takes. ASCII characters and the three-octet sequences of Hangul syllables are
+    // converted; each octet of anything else, also of malformed or cut off sequences, becomes "?". 0, or 2 on allocation
+    // failure.
     static int UTF8ToUnicode(ByteString& utf8, ByteString& ucs2);
 
     // 0, or the number of the step that failed: 1 to UCS-2, 2 to code page 949.

@@ -5,14 +5,14 @@
 
 namespace vrno {
 
-// UCS-2 here is little-endian, two octets a character, and holds whole pairs. ASCII and the Hangul syllables convert;
-// every other character becomes "?", which is the only sign of the loss.
+// UCS-2 here is little-endian, two octets a character, without a single octet at the end. ASCII characters and the Hangul
+// syllables are converted. Every other character becomes "?", without a failure.
 class UUnicode {
 public:
-    // 0, or 3 when there is no memory. The arguments may be one object.
+    // 0, or 3 on allocation failure. Both arguments may be the same object.
     static int Unicode2KSC(ByteString& ucs2, ByteString& ksc);
 
-    // Swaps the octets of each pair in place; 1 for an odd length, with nothing changed.
+    // Swaps the octets of each pair in place. 0, or 1 for an odd length, with nothing changed.
     static int SwapByteOrder(unsigned char* data, int length);
 };
 
