@@ -14,9 +14,9 @@
  *  4. Order. A function that takes a context first removes the text of the last failure. Then it makes its checks, in the
  *     order in which its codes are listed, before any other work. A failed check changes nothing but the text of the failure.
  *  5. Memory. When an allocation fails, a function that takes a context returns VRNO_ERR_MEMORY (1002), at whatever step it
- *     is. It never returns a code that blames the certificate, the data or the password instead. An input record of more
- *     than 2^31 - 2 bytes gives 1002, too. If only the text of another failure cannot be allocated, the function returns the code
- *     of that failure, and the text is empty or missing.
+ *     is. It never returns a code that blames the certificate, the data or the password instead. This holds for the text of
+ *     a failure, too: if that cannot be allocated, the result is 1002 without a text. An input record of more than
+ *     2^31 - 2 bytes gives 1002.
  *  6. VRNO_BINSTR as input is valid when the pointer to it, its pData and its nLen are all not zero. As output it must have
  *     been prepared with VRNO_BINSTR_Create, or hold data from this library, which is then released. The caller releases
  *     the result with VRNO_BINSTR_Delete. A failure leaves an output record as it was; after 1002 it may be empty.
