@@ -19,8 +19,8 @@ void HMAC_Update(HMAC_State& state, const void* data, std::size_t length); // as
 // Writes 20 bytes outside the state, which then takes nothing but Init.
 void HMAC_Final(HMAC_State& state, unsigned char* mac);
 
-// Goes on from the MAC `first`: `count` times takes the MAC of the last one and adds it (XOR) to `sum`, both of 20 bytes. It
-// is the loop of PBKDF2 (RFC 8018, 5.2). `keyed` is a state behind Init.
-void HMAC_Chain(const HMAC_State& keyed, const unsigned char* first, unsigned char* sum, int count);
+// The XOR of a chain of MACs: of `firstLink`, and of `furtherLinks` more, each of which is the MAC of the one before it. Links
+// and output have 20 bytes. It is the loop of PBKDF2 (RFC 8018, 5.2). `keyed` is a state behind Init.
+void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLink, int furtherLinks);
 
 } // namespace vrno

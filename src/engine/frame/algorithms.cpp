@@ -1,9 +1,9 @@
 // The table of algorithm ids, and the binders that read it.
 #include "engine/frame/context.h"
-#include "engine/frame/slots.h"
 #include "engine/frame/kcdsa_slots.h"
 #include "engine/frame/rsa_slots.h"
 #include "engine/frame/seed_slots.h"
+#include "engine/frame/slots.h"
 
 namespace vrno {
 
@@ -110,6 +110,7 @@ void takeSlots(Slots& slots, const Slots& group)
     take(slots.fnMacInit, group.fnMacInit);
     take(slots.fnMacUpdate, group.fnMacUpdate);
     take(slots.fnMacFinal, group.fnMacFinal);
+    take(slots.fnMacChain, group.fnMacChain);
 }
 
 void bindRow(ZIRC_Context& context, const Algorithm& algorithm)

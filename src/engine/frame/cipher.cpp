@@ -136,6 +136,18 @@ int checkOutput(ZIRC_Context& context, const unsigned char* output, int room, in
     return 0;
 }
 
+int pad(ZIRC_Context& context, int nPaddintType)
+{
+    switch (padBuffer(context.stagingBuffer, &context.nBuffered, context.sizes.nInputBlockLen, nPaddintType)) {
+    case 0:
+        return 0;
+    case -1:
+        return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+    default:
+        return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
+    }
+}
+
 // Runs the primitive over what waits. The symmetric class gives as much as it takes, and must have the room for it.
 int finish(ZIRC_Context& context, CipherSlot run, int mode, unsigned char* output, int* outputLength)
 {
@@ -168,7 +180,7 @@ int ZIRC_EncryptFinal(ZIRC_Context& context, int nEncMode, unsigned char* output
 {
     if (checkOutput(context, output, *outputLength, context.sizes.nOutputBlockLen) > 0) return 1;
     if (context.nClass == ZIRC_CLASS_SYMMETRIC) {
-        if (padBuffer(context, nPaddintType) > 0) return 1;
+        if (pad(context, nPaddintType) > 0) return 1;
         if (context.nBuffered == 0) {
             *outputLength = 0;
             return 0;

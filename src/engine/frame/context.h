@@ -1,10 +1,10 @@
 // The record of one public operation, the slots through which it reaches its algorithm, and the binders that fill them.
 #pragma once
 
+#include "engine/digest/hash_id.h"
 #include "engine/digest/hmac.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
-#include "engine/digest/hash_id.h"
 #include "engine/frame/zirc.h"
 #include "engine/kcdsa/kcdsa.h"
 #include "engine/rsa/rsa.h"
@@ -42,6 +42,8 @@ struct Slots {
     int (*fnMacInit)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnMacUpdate)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnMacFinal)(ZIRC_Context&, unsigned char*, int*) = nullptr;
+    // Output, first link, count of further links.
+    int (*fnMacChain)(ZIRC_Context&, unsigned char*, const unsigned char*, int) = nullptr;
 };
 
 // The size fields of an algorithm.

@@ -89,6 +89,21 @@ int ZIRC_GenerateMAC(const unsigned char* key, int keyLength, int nAlgID, unsign
         [&](ZIRC_Context& c) { return ZIRC_MACFinal(c, output, outputLength); });
 }
 
+int ZIRC_ChainMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
+                  const unsigned char* firstLink, int linkLength, int furtherLinks)
+{
+    const OwnedContext context = newContext();
+    if (!context) return ZIRC_MEMORY_ERROR;
+    return stages(
+        *context, [&](ZIRC_Context& c) { return ZIRC_MACInit(c, key, keyLength, nAlgID); },
+        [&](ZIRC_Context& c) {
+            if (checkInput(c, firstLink, linkLength) > 0 || checkOutput(c, output, *outputLength) > 0) return 1;
+            *outputLength = c.sizes.nOutputBlockLen;
+            if (linkLength != *outputLength) return ZIRC_SetError(c, ZIRC_INVALID_DATA);
+            return staged(c, c.slots.fnMacChain, output, firstLink, furtherLinks);
+        });
+}
+
 // ---- signature ----
 
 namespace {

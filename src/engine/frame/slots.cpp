@@ -64,7 +64,13 @@ static int macFinal(ZIRC_Context& context, unsigned char* output, int* length)
     return 0;
 }
 
-const Slots hmacSlots{.fnMacInit = macInit, .fnMacUpdate = macUpdate, .fnMacFinal = macFinal};
+static int macChain(ZIRC_Context& context, unsigned char* output, const unsigned char* firstLink, int furtherLinks)
+{
+    HMAC_Chain(context.macState, output, firstLink, furtherLinks);
+    return 0;
+}
+
+const Slots hmacSlots{.fnMacInit = macInit, .fnMacUpdate = macUpdate, .fnMacFinal = macFinal, .fnMacChain = macChain};
 
 // ---- the generator ----
 

@@ -9,6 +9,8 @@
 // nothing of use.
 #pragma once
 
+#include "engine/seed/padding_id.h"
+
 namespace vrno {
 
 enum ZIRC_Result : int {
@@ -38,18 +40,6 @@ enum ZIRC_Mode : int {
     ZIRC_MODE_PRIVATE_KEY = 7,
 };
 
-// What is appended to fill the last block; where nothing is told, decryption leaves it there.
-enum ZIRC_Padding : int {
-    ZIRC_PAD_NONE = 0,
-    ZIRC_PAD_RANDOM = 2,
-    ZIRC_PAD_ZERO = 3,
-    ZIRC_PAD_BIT = 4, // 0x80 and zeros; removed
-    ZIRC_PAD_55 = 5,
-    ZIRC_PAD_FF = 6,
-    ZIRC_PAD_LENGTH = 8,            // bytes that hold their own count; checked and removed; also 9
-    ZIRC_PAD_LENGTH_MINUS_ONE = 10, // one less; checked and removed; also 11
-};
-
 // SEED: bytes of a user key, a block and an IV, and of the key schedule that the cipher operations take as their key.
 inline constexpr int seedKeyLength = 16, seedBlockLength = 16, seedScheduleLength = 128;
 
@@ -71,6 +61,11 @@ int ZIRC_DigestData(int nAlgID, unsigned char* output, int* outputLength, const 
 
 int ZIRC_GenerateMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength);
+
+// The XOR of a chain of MACs: of `firstLink`, and of `furtherLinks` more, each of which is the MAC of the one before it. It is
+// the loop of PBKDF2 (RFC 8018, 5.2). The key's own blocks are hashed once. A link has the length of the MAC.
+int ZIRC_ChainMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
+                  const unsigned char* firstLink, int linkLength, int furtherLinks);
 
 // The room of the output is not looked at: it must hold the modulus, or the DER of a KCDSA signature.
 int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
