@@ -8,7 +8,7 @@ namespace vrno {
 int PAlgorithmUtil::makeSymmetricAlgID(int alg, int mode, ByteString& iv, RAlgorithmIdentifier& out)
 {
     const Here at = Here::now();
-    if (alg != VNAlgorithm::seed()) {
+    if (alg != vnSeed) {
         return fail(*this, 8, "nAlg", formatted("nAlg (%d) is unknown algorithm code.", alg), at.in("makeAlgorithmID"));
     }
     if (mode != vnCbc) return fail(*this, 2, "pAlgOID", formatted("The nMode(%d) is not supported.", mode));

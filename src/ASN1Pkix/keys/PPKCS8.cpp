@@ -153,9 +153,8 @@ int PPKCS8::PBKDF2_F(unsigned char blockIndex, ByteString& out)
     if (message.getLength() != m_bsSalt.getLength() + 4) return fail(*this, 1, "mac", memoryFailure);
     SecretString first;
     VNMac mac;
-    if (mac.GenerateMAC(VNAlgorithm::hmacSha1(), m_bsPassword, message, first) > 0) return fail(*this, 1, "mac", mac);
-    if (mac.ChainMAC(VNAlgorithm::hmacSha1(), m_bsPassword, first, m_nIterationCount - 1, out) > 0)
-        return fail(*this, 2, "mac", mac);
+    if (mac.GenerateMAC(vnHmacSha1, m_bsPassword, message, first) > 0) return fail(*this, 1, "mac", mac);
+    if (mac.ChainMAC(vnHmacSha1, m_bsPassword, first, m_nIterationCount - 1, out) > 0) return fail(*this, 2, "mac", mac);
     return 0;
 }
 

@@ -35,7 +35,7 @@ int PPrivateKey::flattenKcdsa(int* keyCode, ByteString& privateKey, ByteString& 
     const Here at = Here::now().in("GetPrivateKeyAlgorithm");
     ByteString domain, none;
     if (const int code = kcdsaDomain(*this, privateSide, parameters, hashAlg, domain)) return code;
-    *keyCode = VNAlgorithm::kcdsa1024();
+    *keyCode = vnSha1WithKcdsa1024;
     RDSAPrivateKey dsaPrivateKey;
     if (dsaPrivateKey.setKey(privateKey, publicKey ? *publicKey : none) > 0)
         return fail(*this, 14, "dsaPrivateKey", dsaPrivateKey, at);
@@ -65,7 +65,7 @@ int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteStrin
         return fail(*this, 10, "this", *this);
     }
     int signatureCode = keyCode;
-    if (keyCode != VNAlgorithm::kcdsa1024()) {
+    if (keyCode != vnSha1WithKcdsa1024) {
         if (const int code = rsaSignatureCode(*this, privateSide, keyCode, hashAlg, pss, &signatureCode)) return code;
     }
     VNSign sign;
