@@ -16,7 +16,7 @@ void xorBlock(unsigned char (&block)[64], unsigned char pad)
 
 } // namespace
 
-// The key lies nowhere but in the place of opad, first as it is, then as ipad.
+// The key is stored in the place of opad only: first as it is, then XOR ipad.
 void HMAC_Init(HMAC_State& state, const void* key, std::size_t keyLength)
 {
     std::memset(state.opad, 0, sizeof state.opad);
@@ -48,7 +48,7 @@ void HMAC_Final(HMAC_State& state, unsigned char* mac)
     wipe(inner, sizeof inner);
 }
 
-// Inside and outside, a message of 20 bytes stands behind a pad of 64: one block each, whose end never changes.
+// The inner and the outer digest each hash a message of 20 bytes after a pad of 64: one block, whose end is always the same.
 void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLink, int furtherLinks)
 {
     constexpr unsigned int bits = 8 * (64 + sha1DigestLength);

@@ -18,7 +18,7 @@ int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintTyp
     unsigned char* const to = data + *length;
     switch (nPaddintType) {
     case ZIRC_PAD_RANDOM:
-        if (!randBytes(to, blockLength)) return -2;
+        if (randBytes(to, blockLength) < 0) return -2;
         break;
     case ZIRC_PAD_ZERO:
         fill(to, 0, count);
@@ -48,7 +48,7 @@ int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintTyp
     return 0;
 }
 
-// Takes off `count` bytes, all of which must be `value`.
+// Removes `count` bytes, all of which must be `value`.
 static int removeChecked(unsigned char* data, int* length, int count, unsigned char value)
 {
     if (count > *length) return -2;
@@ -61,7 +61,7 @@ static int removeChecked(unsigned char* data, int* length, int count, unsigned c
     return 0;
 }
 
-// Takes off zeros and the 0x80 in front of them.
+// Removes zeros and the 0x80 in front of them.
 static int removeBitPadding(unsigned char* data, int* length)
 {
     int end = *length;

@@ -5,12 +5,12 @@
 
 namespace vrno {
 
-// Appends to the data what fills them up to whole blocks; data of whole blocks get one block more, but for ZIRC_PAD_NONE.
-// Behind the data there is room for a block. 0, or -1 for an unknown kind, -2 when the system gives no random bytes.
+// Fills the data up to whole blocks. Data of whole blocks get one block more, except with ZIRC_PAD_NONE. There must be room
+// for a block behind the data. 0, or -1 for an unknown kind, -2 when the system gives no random bytes.
 int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType);
 
-// Takes the padding off and overwrites it with zeros. Negative for bad padding: -1 for its value, -2 for its bytes. Kinds
-// without a check change nothing.
+// Removes the padding and overwrites it with zeros. Negative for bad padding: -1 for its value, -2 for its bytes. Kinds that
+// are not removed change nothing.
 int unpadBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType);
 
 } // namespace vrno
