@@ -11,15 +11,15 @@ struct Pair {
 };
 
 constexpr Pair algorithms[] = {
-    {1011, 1400},   // SHA-1
-    {2020, 3420},   // random generator
-    {3020, 11110},  // SEED
-    {4001, 12001},  // RSA 1024, PKCS#1 v1.5
-    {4002, 12002},  // RSA 2048
-    {5030, 31400},  // HMAC-SHA-1
-    {7011, 121401}, // SHA-1 with RSA 1024
-    {7012, 121402}, // SHA-1 with RSA 2048
-    {7032, 141401}, // SHA-1 with KCDSA 1024
+    {vnSha1, 1400},
+    {vnRandom, 3420},
+    {vnSeed, 11110},
+    {vnRsa1024, 12001},
+    {vnRsa2048, 12002},
+    {vnHmacSha1, 31400},
+    {vnSha1WithRsa1024, 121401},
+    {vnSha1WithRsa2048, 121402},
+    {vnSha1WithKcdsa1024, 141401},
 };
 constexpr Pair modes[] = {
     {vnPrivateKey, ZIRC_MODE_PRIVATE_KEY},

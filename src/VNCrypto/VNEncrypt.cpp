@@ -124,7 +124,7 @@ int VNEncrypt::whole(const Direction& direction, int nAlgID, int nMode, ByteStri
 {
     Plan plan{};
     if (const int code = this->plan(nAlgID, nMode, nPaddingType, plan, at)) return code;
-    const bool isRsa = nAlgID == VNAlgorithm::rsa1024() || nAlgID == VNAlgorithm::rsa2048();
+    const bool isRsa = nAlgID == vnRsa1024 || nAlgID == vnRsa2048;
     return isRsa ? publicKeyRoad(direction, plan, key, iv, in, out, at) : symmetricRoad(direction, plan, key, iv, in, out, at);
 }
 

@@ -58,10 +58,10 @@ int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm)
     if (!call.supported(nAlgorithm == VRNO_SYM_SEED)) return call.code();
     VNRandom random;
     ByteString drawn;
-    if (random.GenerateRandom(VNAlgorithm::random(), keyLength + ivLength, drawn) > 0) {
+    if (random.GenerateRandom(vnRandom, keyLength + ivLength, drawn) > 0) {
         return call.fail(VRNO_ERR_RANDOM, u8"랜덤값을 생성하는데 실패하였습니다."_ksc, random);
     }
-    return installSessionKey(call, VNAlgorithm::seed(), vnCbc, drawn.octets().first(keyLength), drawn.octets().last(ivLength));
+    return installSessionKey(call, vnSeed, vnCbc, drawn.octets().first(keyLength), drawn.octets().last(ivLength));
 }
 
 int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR* pKey, const VRNO_BINSTR* pIV)
@@ -72,14 +72,14 @@ int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR
     if (!call.supported(nAlgorithm == VRNO_SYM_SEED)) return call.code();
     if (pKey->nLen != keyLength) return call.fail(VRNO_ERR_KEY_LENGTH, u8"SEED 알고리즘은 16바이트의 Key가 필요합니다."_ksc);
     if (pIV->nLen != ivLength) return call.fail(VRNO_ERR_IV_LENGTH, u8"SEED 알고리즘은 16바이트의 IV가 필요합니다."_ksc);
-    return installSessionKey(call, VNAlgorithm::seed(), vnCbc, {pKey->pData, keyLength}, {pIV->pData, ivLength});
+    return installSessionKey(call, vnSeed, vnCbc, {pKey->pData, keyLength}, {pIV->pData, ivLength});
 }
 
 int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, VRNO_BINSTR* pIV)
 {
     Call call(pCtx);
     if (!call.output(NAMED(pSymAlg)).output(NAMED(pKey)).output(NAMED(pIV)).keySet()) return call.code();
-    if (!call.supported(pCtx->nSymAlg == VNAlgorithm::seed())) return call.code();
+    if (!call.supported(pCtx->nSymAlg == vnSeed)) return call.code();
     *pSymAlg = VRNO_SYM_SEED;
     call.deliver(*pCtx->pSessionKey, RecordOut{pKey, "key"});
     return call.deliver(*pCtx->pSessionIv, RecordOut{pIV, "iv"});

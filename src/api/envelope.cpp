@@ -38,11 +38,11 @@ static int facadeCode(int nAlg)
 {
     switch (nAlg) {
     case 16:
-        return 3000;
+        return vnCipher3000;
     case 32:
-        return 3011;
+        return vnCipher3011;
     case VRNO_SYM_SEED:
-        return VNAlgorithm::seed();
+        return vnSeed;
     default:
         return 0;
     }

@@ -16,7 +16,7 @@ constexpr unsigned bit(CpuFeature feature)
 }
 
 #if defined(__x86_64__) || defined(__i386__)
-// The register sets that the operating system saves. Only to be asked where OSXSAVE is set.
+// The register sets that the operating system saves. Valid only if OSXSAVE is set.
 unsigned savedRegisterSets()
 {
     unsigned low = 0, high = 0;
@@ -46,7 +46,7 @@ unsigned askProcessor()
 }
 #endif
 
-constinit std::atomic<unsigned> features{0}; // zero until somebody asks; two who ask at once get the same answer
+constinit std::atomic<unsigned> features{0}; // zero before the first call; two first calls at once store the same value
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// What the processor can do, and the choice among the bodies of a function that has several.
+// What the processor can do, and the choice among the kernels of a function.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +12,11 @@ enum class CpuFeature : unsigned {
     ifma512,       // AVX-512 F, VL and IFMA, whose registers the operating system saves, and BMI2
 };
 
-// Asks the processor on the first call only. From any thread.
+// Asks the processor on the first call only. May be called from any thread.
 bool cpuHas(CpuFeature feature);
 
-// One body of a function, and what it needs. A table of them stands fastest first and ends in one that needs nothing.
+// A kernel is one body of a function that has several, with the feature that it needs. A table of kernels lists the fastest
+// first and ends with one that needs nothing.
 template <class Function> struct Kernel {
     const char* name;
     CpuFeature needs;

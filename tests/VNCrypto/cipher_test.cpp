@@ -84,20 +84,20 @@ TEST(Facade, ResultsOfEachClass)
 {
     ByteString in("abc", 3), key("key", 3), out, twice, none;
     VNHash hash;
-    EXPECT_EQ(hash.DigestData(VNAlgorithm::sha1(), in, out, 0), 0);
+    EXPECT_EQ(hash.DigestData(vnSha1, in, out, 0), 0);
     EXPECT_EQ(hex(bytes(out)), "a9993e364706816aba3e25717850c26c9cd0d89d");
-    EXPECT_EQ(hash.DigestData(VNAlgorithm::sha1(), out, out, 1), 0);
-    EXPECT_EQ(hash.DigestData(VNAlgorithm::sha1(), in, twice, 2), 0);
+    EXPECT_EQ(hash.DigestData(vnSha1, out, out, 1), 0);
+    EXPECT_EQ(hash.DigestData(vnSha1, in, twice, 2), 0);
     EXPECT_EQ(bytes(twice), bytes(out));
     VNMac mac;
-    EXPECT_EQ(mac.GenerateMAC(VNAlgorithm::hmacSha1(), key, in, out), 0);
+    EXPECT_EQ(mac.GenerateMAC(vnHmacSha1, key, in, out), 0);
     EXPECT_EQ(hex(bytes(out)), "4fd0b215276ef12f2b3e4c8ecac2811498b656fc");
-    EXPECT_EQ(mac.GenerateMAC(VNAlgorithm::hmacSha1(), none, none, out), 0);
+    EXPECT_EQ(mac.GenerateMAC(vnHmacSha1, none, none, out), 0);
     EXPECT_EQ(hex(bytes(out)), "fbdb1d1b18aa6c08324b7d64b71fb76370690e1d");
     VNRandom random;
-    EXPECT_EQ(random.GenerateRandom(VNAlgorithm::random(), 0, out), 0);
+    EXPECT_EQ(random.GenerateRandom(vnRandom, 0, out), 0);
     EXPECT_EQ(out.getLength(), 0);
-    EXPECT_EQ(random.GenerateRandom(VNAlgorithm::random(), 40, out), 0);
+    EXPECT_EQ(random.GenerateRandom(vnRandom, 40, out), 0);
     EXPECT_EQ(out.getLength(), 40);
 }
 
@@ -107,21 +107,21 @@ TEST(Facade, AChainOfMessagesIsOneMessage)
     ByteString key = byteString(std::string(16, 'k')), iv = byteString(std::string(16, 'i')), schedule, whole, part, back;
     ByteString first = byteString(message.substr(0, 32)), second = byteString(message.substr(32)), all = byteString(message), minusOne;
     VNEncrypt cipher;
-    ASSERT_EQ(cipher.EncryptData(VNAlgorithm::seed(), vnCbc, key, iv, all, whole, vnPadNone), 0);
-    ASSERT_EQ(cipher.EncryptData(VNAlgorithm::seed(), vnCbc, key, iv, all, part, 3), 0);
-    ASSERT_EQ(cipher.EncryptData(VNAlgorithm::seed(), vnCbc, key, iv, all, minusOne, 4), 0);
+    ASSERT_EQ(cipher.EncryptData(vnSeed, vnCbc, key, iv, all, whole, vnPadNone), 0);
+    ASSERT_EQ(cipher.EncryptData(vnSeed, vnCbc, key, iv, all, part, 3), 0);
+    ASSERT_EQ(cipher.EncryptData(vnSeed, vnCbc, key, iv, all, minusOne, 4), 0);
     EXPECT_EQ(bytes(part), bytes(minusOne));
-    ASSERT_EQ(cipher.GenerateKey(VNAlgorithm::seed(), key, schedule), 0);
+    ASSERT_EQ(cipher.GenerateKey(vnSeed, key, schedule), 0);
     EXPECT_EQ(schedule.getLength(), 128);
     ByteString running = iv;
     std::string joined;
     for (ByteString* piece : {&first, &second}) {
-        ASSERT_EQ(cipher.EncryptData_NoGenKey(VNAlgorithm::seed(), vnCbc, schedule, running, *piece, part, vnPadNone), 0);
+        ASSERT_EQ(cipher.EncryptData_NoGenKey(vnSeed, vnCbc, schedule, running, *piece, part, vnPadNone), 0);
         joined += bytes(part);
     }
     EXPECT_EQ(hex(joined), hex(bytes(whole)));
     EXPECT_EQ(bytes(running), joined.substr(48));
-    ASSERT_EQ(cipher.DecryptData_NoGenKey(VNAlgorithm::seed(), vnCbc, schedule, iv, whole, back, vnPadNone), 0);
+    ASSERT_EQ(cipher.DecryptData_NoGenKey(vnSeed, vnCbc, schedule, iv, whole, back, vnPadNone), 0);
     EXPECT_EQ(bytes(back), message);
 }
 

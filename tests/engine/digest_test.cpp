@@ -38,7 +38,23 @@ struct Algorithm {
     std::function<std::string(const std::string& key, const Pieces&)> run;
 };
 
-// Staged and in one call, which writes the digest over its own input.
+std::string joined(const Pieces& pieces)
+{
+    std::string data;
+    for (const std::string& piece : pieces) data += piece;
+    return data;
+}
+
+// In one call, which writes the digest over its own input.
+std::string inOneCall(std::size_t length, void (*digest)(unsigned char*, const void*, std::size_t), std::string data)
+{
+    const std::size_t size = data.size();
+    data.resize(size + length);
+    digest(reinterpret_cast<unsigned char*>(data.data()), data.data(), size);
+    return hex(data.substr(0, length));
+}
+
+// Staged and in one call.
 template <class State>
 Algorithm digest(const char* name, std::size_t length, void (*init)(State&), Update<State> update, Final<State> final,
                  void (*oneShot)(unsigned char*, const void*, std::size_t))
@@ -46,12 +62,7 @@ Algorithm digest(const char* name, std::size_t length, void (*init)(State&), Upd
     return {name, [=](const std::string&, const Pieces& pieces) {
                 State state;
                 init(state);
-                std::string data;
-                for (const std::string& piece : pieces) data += piece;
-                const std::size_t size = data.size();
-                data.resize(size + length);
-                oneShot(reinterpret_cast<unsigned char*>(data.data()), data.data(), size);
-                const std::string whole = hex(data.substr(0, length)), staged = finish(state, pieces, update, final, length);
+                const std::string whole = inOneCall(length, oneShot, joined(pieces)), staged = finish(state, pieces, update, final, length);
                 return staged == whole ? whole : "in one call " + whole + ", staged " + staged;
             }};
 }
@@ -59,7 +70,7 @@ Algorithm digest(const char* name, std::size_t length, void (*init)(State&), Upd
 const Algorithm algorithms[] = {
     digest<SHA1_State>("SHA1", 20, SHA1_Init, SHA1_Update, SHA1_Final, SHA1_Digest),
     digest<MD5_State>("MD5", 16, MD5_Init, MD5_Update, MD5_Final, MD5_Digest),
-    digest<HAS160_State>("HAS160", 20, HAS160_Init, HAS160_Update, HAS160_Final, HAS160_Digest),
+    {"HAS160", [](const std::string&, const Pieces& pieces) { return inOneCall(20, HAS160_Digest, joined(pieces)); }},
     {"HMAC",
      [](const std::string& key, const Pieces& pieces) {
          HMAC_State state;

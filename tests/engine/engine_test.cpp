@@ -306,7 +306,7 @@ TEST(Engine, TextsTellStageAndCode)
 static std::string drawn(bool global, int length = 16)
 {
     Buffer out(static_cast<std::size_t>(length));
-    EXPECT_TRUE(global ? randBytes(out.data(), length) : randBytesLocal(out.data(), length));
+    EXPECT_EQ(global ? randBytes(out.data(), length) : randBytesLocal(out.data(), length), 0);
     return text(out.data(), static_cast<std::size_t>(length));
 }
 
@@ -360,7 +360,7 @@ TEST(Random, NothingIsDrawnWithoutTheSystemsBytes)
     const NoRandomBytes none;
     unsigned char out[16], iv[16] = {}, schedule[128] = {};
     int room = 16;
-    const bool refused = !randBytes(out, 16) && !randBytesLocal(out, 16) && ZIRC_GenerateRandom(3420, out, 16, nullptr, 0) == 110 &&
+    const bool refused = randBytes(out, 16) < 0 && randBytesLocal(out, 16) < 0 && ZIRC_GenerateRandom(3420, out, 16, nullptr, 0) == 110 &&
                          ZIRC_EncryptData(schedule, 128, 11110, 3, out, &room, out, 5, iv, 16, ZIRC_PAD_RANDOM) == 3110;
     Context context;
     const bool told = VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED) == 5001 &&
@@ -381,7 +381,7 @@ TEST(Random, ThreadsDrawAtOnceAndForkMeanwhile)
         const pid_t child = fork();
         if (child == 0) {
             alarm(20); // the lock is free in a child, or this ends it
-            _exit(randBytes(reinterpret_cast<unsigned char*>(&i), 4) ? 0 : 1);
+            _exit(randBytes(reinterpret_cast<unsigned char*>(&i), 4) == 0 ? 0 : 1);
         }
         int status = 1;
         waitpid(child, &status, 0);

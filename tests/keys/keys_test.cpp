@@ -72,7 +72,7 @@ struct Kcdsa {
 
     Kcdsa()
     {
-        EXPECT_TRUE(kcdsaGenerateKeyPair(key, 1024, 160));
+        EXPECT_EQ(kcdsaGenerateKeyPair(key, 1024, 160), 0);
         x = integer(key.x);
         y = integer(key.y);
         domain = integer(key.p) + integer(key.q) + integer(key.g);

@@ -3,7 +3,6 @@
 #include "ASN1/ASN1Null.h"
 #include "ASN1Pkix/keys/PAlgorithmUtil.h"
 #include "ASN1Pkix/keys/PPublicKey.h"
-#include "VNCrypto/VNCodes.h"
 #include "VNCrypto/VNEncrypt.h"
 #include "VNCrypto/VNHash.h"
 #include "VNCrypto/VNRandom.h"
@@ -68,12 +67,11 @@ void PEnvelopedData::setOption(unsigned char bits)
 
 int PEnvelopedData::makeSymetricKey(ByteString& key, ByteString& iv, int alg)
 {
-    if (alg != VNAlgorithm::seed() && alg != 3090 && alg != 3091 && alg != 3200) {
+    if (alg != vnSeed && alg != vnCipher3090 && alg != vnCipher3091 && alg != vnCipher3200) {
         return fail(*this, 1, "nEncAlg", "Unknown symmetric algoritm.");
     }
     VNRandom random;
-    if (random.GenerateRandom(VNAlgorithm::random(), keyLength, key) == 0 &&
-        random.GenerateRandom(VNAlgorithm::random(), ivLength, iv) == 0) {
+    if (random.GenerateRandom(vnRandom, keyLength, key) == 0 && random.GenerateRandom(vnRandom, ivLength, iv) == 0) {
         return 0;
     }
     key.clear(); // a key without an IV is none
@@ -180,7 +178,7 @@ int PEnvelopedData::nameByKey(RRecipientIdentifier& recipientId, ByteString& pub
     m_ucState |= keyIdentifierUsed;
     VNHash hash;
     ByteString keyId;
-    if (hash.DigestData(VNAlgorithm::sha1(), publicKey, keyId, 1) > 0) return failed(3, "hash", hash);
+    if (hash.DigestData(vnSha1, publicKey, keyId, 1) > 0) return failed(3, "hash", hash);
     return recipientId.setSubjectKeyIdentifier(keyId) > 0 ? failed(4, "recipientId", recipientId) : 0;
 }
 

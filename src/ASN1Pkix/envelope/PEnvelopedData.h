@@ -3,6 +3,7 @@
 
 #include "ASN1Pkix/records/RCertificate.h"
 #include "ASN1Pkix/records/RCms.h"
+#include "VNCrypto/VNCodes.h"
 #include "base/Objects.h"
 
 #include <memory>
@@ -60,8 +61,8 @@ public:
     int m_nRecipientType = keyTransport;
     ByteString m_bsKey;
     ByteString m_bsIv;
-    int m_nEncAlg = 3000;
-    int m_nEncMode = 4;
+    int m_nEncAlg = vnCipher3000;
+    int m_nEncMode = vnCbc;
     std::unique_ptr<RRecipientInfos> m_pRecipientInfos;
     ByteString m_bsContentType{"1 2 840 113549 1 7 1", 20};
     ByteString m_bsContent;

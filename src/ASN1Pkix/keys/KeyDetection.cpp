@@ -93,8 +93,9 @@ KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid,
 
 int rsaKeyCode(int modulusLength)
 {
-    if (modulusLength == 128) return VNAlgorithm::rsa1024();
-    return modulusLength == 256 ? VNAlgorithm::rsa2048() : 0;
+    if (modulusLength == 128) return vnRsa1024;
+    if (modulusLength == 256) return vnRsa2048;
+    return 0;
 }
 
 namespace {
@@ -106,10 +107,10 @@ struct SignatureRow {
 };
 
 constexpr SignatureRow signatureRows[] = {
-    {1002, false, 7001, 7002},
-    {VNAlgorithm::sha1(), false, 7011, 7012},
-    {VNAlgorithm::sha1(), true, 7060, 7061},
-    {1012, false, 7070, 7071},
+    {vnMd5, false, vnMd5WithRsa1024, vnMd5WithRsa2048},
+    {vnSha1, false, vnSha1WithRsa1024, vnSha1WithRsa2048},
+    {vnSha1, true, vnSha1WithRsaPss1024, vnSha1WithRsaPss2048},
+    {vnSha256, false, vnSha256WithRsa1024, vnSha256WithRsa2048},
 };
 
 } // namespace
@@ -117,7 +118,7 @@ constexpr SignatureRow signatureRows[] = {
 int rsaSignatureCode(PObject& object, const KeySide& side, int keyCode, int hashAlg, int pss, int* signatureCode)
 {
     const FailuresOf failed{object, side.className, side.signature};
-    const bool is1024 = keyCode == VNAlgorithm::rsa1024();
+    const bool is1024 = keyCode == vnRsa1024;
     bool hasColumn = false;
     for (const SignatureRow& row : signatureRows) {
         if (row.hashAlg != hashAlg) continue;
@@ -157,7 +158,7 @@ int kcdsaDomain(PObject& object, const KeySide& side, ByteString& parameters, in
     domain = reduced.toASN1Object();
     if (reduced.getLastError() > 0) return failed(side.domainCode, "kcdsaParams", reduced);
     if (domain.isOutOfMemory()) return failed.memory(side.domainCode, "kcdsaParams");
-    if (hashAlg != VNAlgorithm::sha1()) {
+    if (hashAlg != vnSha1) {
         return failed(9, side.hashName, "Only support sha1WithKCDSA, has160WithKCDSA.");
     }
     const int length = reduced.getP().getLength();

@@ -7,7 +7,7 @@ namespace vrno {
 
 int PAlgorithmUtil::makeSymmetricAlgID(int alg, int mode, ByteString& iv, RAlgorithmIdentifier& out)
 {
-    if (alg != VNAlgorithm::seed()) {
+    if (alg != vnSeed) {
         const FailuresOf failed{*this, "makeAlgorithmID"};
         return failed(8, "nAlg", formatted("nAlg (%d) is unknown algorithm code.", alg));
     }

@@ -74,7 +74,7 @@ int PPKCS12::keyGenAsc(ByteString& password, ByteString& salt, int id, int itera
                 addToBlock(input.mutableBytes() + at, digest.octets());
             }
         }
-        if (hash.DigestData(VNAlgorithm::sha1(), input, digest, iterations) > 0) return fail(*this, 1, "hash", hash);
+        if (hash.DigestData(vnSha1, input, digest, iterations) > 0) return fail(*this, 1, "hash", hash);
         std::memcpy(result + done, digest.getBytes(), std::min(hashLength, wanted - done));
     }
     return 0;

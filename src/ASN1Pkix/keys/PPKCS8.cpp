@@ -146,9 +146,8 @@ int PPKCS8::PBKDF2_F(unsigned char blockIndex, ByteString& out)
     ByteString message, first;
     if (message.join(m_bsSalt.octets(), number) > 0) return failMemory(*this, 1, "mac");
     VNMac mac;
-    if (mac.GenerateMAC(VNAlgorithm::hmacSha1(), m_bsPassword, message, first) > 0) return fail(*this, 1, "mac", mac);
-    if (mac.ChainMAC(VNAlgorithm::hmacSha1(), m_bsPassword, first, m_nIterationCount - 1, out) > 0)
-        return fail(*this, 2, "mac", mac);
+    if (mac.GenerateMAC(vnHmacSha1, m_bsPassword, message, first) > 0) return fail(*this, 1, "mac", mac);
+    if (mac.ChainMAC(vnHmacSha1, m_bsPassword, first, m_nIterationCount - 1, out) > 0) return fail(*this, 2, "mac", mac);
     return 0;
 }
 

@@ -54,8 +54,8 @@ public:
     enum Flags : unsigned int { passwordSet = 1, privateKeySet = 2 };
     unsigned int m_nFlags = 0;
     int m_nEncAlg = 24;
-    int m_nHashAlg = VNAlgorithm::sha1();
-    int m_nCipherAlg = VNAlgorithm::seed();
+    int m_nHashAlg = vnSha1;
+    int m_nCipherAlg = vnSeed;
     int m_nDerivedLength = 32; // of key and IV together, or of the key for PBKDF1 and PKCS #12
     int m_nIvLength = 16;
     int m_nHashLength = 20;

@@ -35,7 +35,7 @@ int PPrivateKey::flattenKcdsa(int* keyCode, ByteString& privateKey, ByteString& 
     const FailuresOf failed{*this, "GetPrivateKeyAlgorithm"};
     ByteString domain, none;
     if (const int code = kcdsaDomain(*this, privateSide, parameters, hashAlg, domain)) return code;
-    *keyCode = VNAlgorithm::kcdsa1024();
+    *keyCode = vnSha1WithKcdsa1024;
     RDSAPrivateKey dsaPrivateKey;
     if (dsaPrivateKey.setKey(privateKey, publicKey ? *publicKey : none) > 0) return failed(14, "dsaPrivateKey", dsaPrivateKey);
     if (dsaPrivateKey.setParam(domain) > 0) return failed(16, "dsaPrivateKey", dsaPrivateKey);
@@ -64,7 +64,7 @@ int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteStrin
         return fail(*this, 10, "this", *this);
     }
     int signatureCode = keyCode;
-    if (keyCode != VNAlgorithm::kcdsa1024()) {
+    if (keyCode != vnSha1WithKcdsa1024) {
         if (const int code = rsaSignatureCode(*this, privateSide, keyCode, hashAlg, pss, &signatureCode)) return code;
     }
     VNSign sign;

@@ -9,7 +9,7 @@ class RAttribute;
 class RPKCS12Attributes;
 class RPrivateKeyInfo;
 
-// RSA keys of 1024 and 2048 bits and KCDSA keys of 1024 bits, with SHA-1. A digest is its facade code: 1011 is SHA-1.
+// RSA keys of 1024 and 2048 bits and KCDSA keys of 1024 bits, with SHA-1. A digest is its facade code.
 class PPrivateKey : public PObject {
 public:
     static constexpr const char* className = "PPrivateKey";

@@ -14,7 +14,7 @@ namespace vrno {
 int PPublicKey::GetPublicKeyAlgorithm(int* keyCode, ByteString& oid, ByteString& subjectPublicKey, ByteString& parameters,
                                       ByteString& flatKey, int hashAlg)
 {
-    if (hashAlg == 0) hashAlg = VNAlgorithm::sha1();
+    if (hashAlg == 0) hashAlg = vnSha1;
     int refused = 0;
     switch (keyFamily(*this, publicSide, oid, &refused)) {
     case KeyFamily::rsa:
@@ -31,7 +31,7 @@ int PPublicKey::flattenKcdsa(int* keyCode, ByteString& subjectPublicKey, ByteStr
     const FailuresOf failed{*this, "GetPublicKeyAlgorithm"};
     ByteString domain;
     if (const int code = kcdsaDomain(*this, publicSide, parameters, hashAlg, domain)) return code;
-    *keyCode = VNAlgorithm::kcdsa1024();
+    *keyCode = vnSha1WithKcdsa1024;
     RDSAPublicKey dsaPublicKey;
     if (dsaPublicKey.setParam(domain) > 0) return failed(10, "dsaPublicKey", dsaPublicKey);
     if (dsaPublicKey.setKey(subjectPublicKey) > 0) return failed(11, "dsaPublicKey", dsaPublicKey);
@@ -73,12 +73,12 @@ int PPublicKey::encrypt(ByteString& subjectPublicKeyInfo, ByteString& data, Byte
 int PPublicKey::verifySignature(ByteString& subjectPublicKeyInfo, ByteString& data, ByteString& signature, int hashAlg, int pss)
 {
     if (signature.getLength() == 0) return fail(*this, 1, "bsSignature", "signature length error.");
-    if (hashAlg == 0) hashAlg = VNAlgorithm::sha1();
+    if (hashAlg == 0) hashAlg = vnSha1;
     int keyCode = 0;
     ByteString flatKey;
     if (const int code = detect(subjectPublicKeyInfo, hashAlg, &keyCode, flatKey, Here::now())) return code;
     int signatureCode = keyCode;
-    if (keyCode != VNAlgorithm::kcdsa1024()) {
+    if (keyCode != vnSha1WithKcdsa1024) {
         if (const int code = rsaSignatureCode(*this, publicSide, keyCode, hashAlg, pss, &signatureCode)) return code;
     }
     VNSign sign;

@@ -5,7 +5,7 @@
 
 namespace vrno {
 
-// The keys of PPrivateKey. A digest is its facade code; 0 stands for 1011, SHA-1.
+// The keys of PPrivateKey. A digest is its facade code; 0 stands for SHA-1.
 class PPublicKey : public PObject {
 public:
     static constexpr const char* className = "PPublicKey";

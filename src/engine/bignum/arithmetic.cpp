@@ -32,7 +32,7 @@ struct Product {
     ~Product() { wipe(d, 4 * length); }
 };
 
-void set(ZIRC_BN& r, const std::uint32_t* d, std::size_t n, std::uint32_t neg)
+void setFromRow(ZIRC_BN& r, const std::uint32_t* d, std::size_t n, std::uint32_t neg)
 {
     const std::size_t kept = std::min(n, capacity);
     std::copy_n(d, kept, r.d);
@@ -41,7 +41,7 @@ void set(ZIRC_BN& r, const std::uint32_t* d, std::size_t n, std::uint32_t neg)
 }
 
 // The value of n words and a sign, modulo m.
-void reduce(ZIRC_BN& r, const std::uint32_t* d, std::size_t n, std::uint32_t neg, const ZIRC_BN& m)
+void reduceRow(ZIRC_BN& r, const std::uint32_t* d, std::size_t n, std::uint32_t neg, const ZIRC_BN& m)
 {
     const std::size_t mn = significant(m);
     Temporary rem;
@@ -72,7 +72,7 @@ void divideRows(std::uint32_t* q, std::uint32_t* rem, const std::uint32_t* a, st
     for (std::size_t i = 0; i <= an; ++i) dividend[i] = shifted(i < an ? a[i] : 0, i > 0 ? a[i - 1] : 0);
     const std::uint32_t top = divisor[dn - 1];
     for (std::size_t j = an - dn + 1; j-- > 0;) {
-        std::uint32_t* const window = dividend + j; // dn + 1 words, its upper dn below the divisor
+        std::uint32_t* const window = dividend + j; // dn + 1 words; its upper dn words are below the divisor
         std::uint32_t digit = window[dn] == top ? ~0U : Words::bnDivWords(window[dn], window[dn - 1], top);
         product[dn] = Words::mulRow(product, divisor, dn, digit);
         while (compareRows(product, window, dn + 1) > 0) {
@@ -94,13 +94,13 @@ void powerOfTwo(ZIRC_BN& r, std::size_t exponent, const ZIRC_BN& m)
 {
     std::uint32_t power[maxDividend] = {};
     power[exponent / 32] = 1U << (exponent % 32);
-    reduce(r, power, exponent / 32 + 1, 0, m);
+    reduceRow(r, power, exponent / 32 + 1, 0, m);
 }
 
 void bnMul(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
 {
     const Product product(a, b);
-    set(r, product.d, product.length, a.neg ^ b.neg);
+    setFromRow(r, product.d, product.length, a.neg ^ b.neg);
 }
 
 void bnSqr(ZIRC_BN& r, const ZIRC_BN& a)
@@ -108,16 +108,16 @@ void bnSqr(ZIRC_BN& r, const ZIRC_BN& a)
     bnMul(r, a, a);
 }
 
-int bnDiv(ZIRC_BN* q, ZIRC_BN* rem, const ZIRC_BN& a, const ZIRC_BN& d)
+bool bnDiv(ZIRC_BN* q, ZIRC_BN* rem, const ZIRC_BN& a, const ZIRC_BN& d)
 {
     const std::size_t an = significant(a), dn = significant(d);
-    if (dn == 0) return 0;
+    if (dn == 0) return false;
     Temporary quotient, remainder;
     divideRows(quotient.d, remainder.d, a.d, an, d.d, dn);
     const std::uint32_t aNeg = a.neg, dNeg = d.neg;
-    if (q) set(*q, quotient.d, an < dn ? 0 : an - dn + 1, aNeg ^ dNeg);
-    if (rem) set(*rem, remainder.d, dn, aNeg);
-    return 1;
+    if (q) setFromRow(*q, quotient.d, an < dn ? 0 : an - dn + 1, aNeg ^ dNeg);
+    if (rem) setFromRow(*rem, remainder.d, dn, aNeg);
+    return true;
 }
 
 std::uint32_t bnModWord(const ZIRC_BN& a, std::uint32_t w)
@@ -133,7 +133,7 @@ std::uint32_t bnModWord(const ZIRC_BN& a, std::uint32_t w)
 
 void bnMod(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m)
 {
-    reduce(r, a.d, significant(a), a.neg, m);
+    reduceRow(r, a.d, significant(a), a.neg, m);
 }
 
 void bnModSub(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b, const ZIRC_BN& m)
@@ -148,7 +148,7 @@ void bnModSub(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b, const ZIRC_BN& m)
 void bnModMul(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b, const ZIRC_BN& m)
 {
     const Product product(a, b);
-    reduce(r, product.d, product.length, a.neg ^ b.neg, m);
+    reduceRow(r, product.d, product.length, a.neg ^ b.neg, m);
 }
 
 void bnModSqr(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m)

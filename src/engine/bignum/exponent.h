@@ -6,9 +6,9 @@
 //
 // and, for secret exponents,
 //
-//   select(r, table, count, index)   r = table[index], with reads that do not tell the index
+//   select(r, table, count, index)   r = table[index], by reads that do not depend on the index
 //
-// A ring of pairs takes an index for each half there.
+// For a ring of pairs, `select` takes an index for each half.
 #pragma once
 
 #include "engine/bignum/rows.h"
@@ -17,13 +17,15 @@
 
 namespace vrno {
 
-// How far one multiplication reaches for an exponent of so many bits.
+// The bits of the exponent that one multiplication covers at most.
 constexpr int windowBits(int bits)
 {
-    return bits >= 256 ? 5 : bits >= 128 ? 4 : bits >= 18 ? 3 : 1;
+    if (bits >= 256) return 5;
+    if (bits >= 128) return 4;
+    return bits >= 18 ? 3 : 1;
 }
 
-// A table that is wiped when it goes.
+// A table that is wiped on destruction.
 template <class Element, int size> struct PowerTable {
     Element v[size];
     PowerTable() {}
@@ -66,7 +68,7 @@ template <class Ring> void power(Ring& ring, typename Ring::Element& r, const ty
     }
 }
 
-// The bits of an exponent from a position on, as a number; bnTestBit looks at the position alone.
+// The bits of an exponent from a position on, as a number. The time of bnTestBit depends on the position alone.
 inline unsigned windowAt(const ZIRC_BN& p, int position, int bits)
 {
     unsigned window = 0;
@@ -74,8 +76,8 @@ inline unsigned windowAt(const ZIRC_BN& p, int position, int bits)
     return window;
 }
 
-// The same by windows that stand fixed, so that the order of squares and products follows from the length of p alone: of the
-// longest, in a ring of pairs, where each half has a p of its own.
+// The same with fixed windows, so that the order of squares and products depends on the length of p alone. In a ring of pairs
+// each half has its own p, and the longest counts.
 template <class Ring, class... Exponent>
 void powerSecret(Ring& ring, typename Ring::Element& r, const typename Ring::Element& a, const Exponent&... p)
 {

@@ -1,4 +1,4 @@
-// Numbers in limbs of another size than the record's words, and what Montgomery's multiplication needs of a modulus.
+// Numbers in limbs of another size than the record's words, and the inverse that Montgomery's multiplication needs.
 #pragma once
 
 #include "engine/bignum/rows.h"
@@ -22,7 +22,7 @@ template <int bits, class Limb> void toLimbs(Limb* limbs, std::size_t n, const Z
     for (std::size_t i = 0; i < n; ++i) limbs[i] = static_cast<Limb>(bitsAt(a, i * bits) & (~std::uint64_t{0} >> (64 - bits)));
 }
 
-// Back, `words` words of them.
+// The reverse, into `words` words.
 template <int bits, class Limb> void fromLimbs(ZIRC_BN& r, std::size_t words, const Limb* limbs, std::size_t n)
 {
     for (std::size_t i = 0; i < words; ++i) {
@@ -35,8 +35,8 @@ template <int bits, class Limb> void fromLimbs(ZIRC_BN& r, std::size_t words, co
     setLength(r, words);
 }
 
-// -1 / N modulo 2^bits, of the lowest limb of an odd N. Each step doubles the bits that are right, of which N, its own
-// inverse modulo 8, has three.
+// -1 / N modulo 2^bits, of the lowest limb of an odd N. N is its own inverse modulo 8, so it has three correct bits; each step
+// doubles their number.
 template <class Limb> Limb negativeInverse(Limb N)
 {
     Limb inverse = N;
@@ -44,7 +44,7 @@ template <class Limb> Limb negativeInverse(Limb N)
     return Limb{0} - inverse;
 }
 
-// Keeps the compiler from turning a mask back into the branch that it stands for.
+// Keeps the compiler from turning a mask back into a branch.
 template <class Word> Word hidden(Word mask)
 {
     __asm__("" : "+r"(mask));

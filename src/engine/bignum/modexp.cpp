@@ -1,4 +1,4 @@
-// Exponentiation: the choice of the way, and the plain one for even moduli.
+// Exponentiation: the choice of a kernel, and the plain form for even moduli.
 #include "engine/bignum/exponent.h"
 #include "engine/bignum/montgomery.h"
 

@@ -6,8 +6,8 @@
 
 namespace vrno {
 
-// r = a to the power p modulo m, for an odd m above 1, an a from 0 to m - 1 and a p above 0, all of them positive. r is
-// none of the operands. With `secret`, neither branches nor addresses depend on p beyond its length.
+// r = a to the power p modulo m, for an odd m above 1, an a from 0 to m - 1 and a p above 0. r is none of the operands. With
+// `secret`, branches and addresses depend on the length of p but not on its bits.
 using ModExpFunction = void(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m, bool secret);
 
 ModExpFunction modExpPortable; // over WordsPortable
@@ -16,13 +16,13 @@ ModExpFunction modExpWide;     // over words of 64 bits, where the compiler has 
 
 ModExpFunction modExpIfma512; // over limbs of 52 bits, on x86-64
 
-// One of two powers that are taken at once, under the conditions of ModExpFunction; p is secret.
+// One of two powers that are computed together, under the conditions of ModExpFunction; p is secret.
 struct SecretPower {
     ZIRC_BN& r;
     const ZIRC_BN &a, &p, &m;
 };
 
-// False, with nothing done, where a pair is no gain.
+// Whether the powers were computed: false for moduli that this kernel does not pair.
 using ModExpPairFunction = bool(const SecretPower& first, const SecretPower& second);
 
 ModExpPairFunction modExpPairIfma512;

@@ -1,13 +1,13 @@
 // Exponentiation over limbs of 52 bits, eight or four in a register, with the fused multiply-add of AVX-512 IFMA.
 //
-// Values stay below 2 x N, and R is above 4 x N: then a product again is below 2 x N, and no step takes N off.
+// Values stay below 2 x N, and R is above 4 x N. So a product is below 2 x N again, and no step has to subtract N.
 #include "engine/bignum/montgomery.h"
 
 #if defined(__x86_64__) && defined(__SIZEOF_INT128__)
 
 #include "engine/bignum/montgomery_rows.h"
 
-// The compiler's own header starts results from undefined registers and warns of them (GCC bug 105593).
+// The compiler's own header reads undefined registers, and the compiler warns of them (GCC bug 105593).
 #ifndef __clang__
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
@@ -33,7 +33,7 @@ struct Modulus {
     std::size_t limbs; // of R
 };
 
-// Eight limbs: the fewest instructions for a number.
+// Eight limbs: the fewest instructions.
 struct Eight {
     using V = __m512i;
     static constexpr std::size_t lanes = 8;
@@ -55,7 +55,7 @@ struct Eight {
     IFMA512_INLINE V pick(V v, std::uint64_t mask, V b) { return _mm512_mask_mov_epi64(v, static_cast<__mmask8>(mask), b); }
 };
 
-// Four limbs: the least waste where a number fills its last register.
+// Four limbs: fewer unused lanes in the last register.
 struct Four {
     using V = __m256i;
     static constexpr std::size_t lanes = 4;
@@ -79,8 +79,8 @@ struct Four {
 
 template <std::size_t Z> using Registers = std::make_index_sequence<Z>;
 
-// r = sums of up to 64 bits in each lane, as limbs. A lane takes the upper bits of the one below it; what it then carries on
-// is one bit, and an integer addition of the masks of carrying and of full lanes takes all those bits where they end.
+// r = sums of up to 64 bits in each lane, as limbs. A lane takes the upper bits of the one below it. What it then carries is
+// one bit. An integer addition of the masks of carrying and of full lanes moves all these bits to their last lane at once.
 template <class L, std::size_t... z> IFMA512_INLINE void normalise(std::uint64_t* r, typename L::V* sums, std::index_sequence<z...>)
 {
     const auto full = L::all(limbMask), one = L::all(1);
@@ -93,8 +93,8 @@ template <class L, std::size_t... z> IFMA512_INLINE void normalise(std::uint64_t
     (L::store(r + L::lanes * z, L::both(sums[z], full)), ...);
 }
 
-// A product on its way: the sums of limbs of a x b and of multiples of N, with zeros on top. The lowest limb is kept apart in
-// `low`, so that the next multiple of N does not wait for the vectors; what lane 0 holds has no meaning.
+// The state of a product: the sums of limbs of a x b and of multiples of N, with zeros on top. The lowest limb is kept in
+// `low`, so that the next multiple of N does not wait for the vectors; lane 0 has no meaning.
 template <class L, std::size_t Z> struct Product {
     typename L::V A[Z], N[Z], x[Z + 1] = {}, y[Z + 1] = {};
     std::uint64_t a0, N0, N1, n0, low = 0;
@@ -110,7 +110,7 @@ IFMA512_INLINE void begin(Product<L, sizeof...(z)>& p, const std::uint64_t* a, c
     p.n0 = modulus.n0;
 }
 
-// Adds a limb of b times a, and the multiple of N that clears the lowest limb, which then leaves.
+// Adds a limb of b times a, and the multiple of N that clears the lowest limb, which is then shifted out.
 template <class L, std::size_t... z>
 IFMA512_INLINE void turn(Product<L, sizeof...(z)>& p, std::uint64_t limb, std::index_sequence<z...>)
 {
@@ -151,8 +151,8 @@ IFMA512 void multiply(std::uint64_t* r, const std::uint64_t* a, const std::uint6
     end(r, p, registers);
 }
 
-// Two products side by side, under moduli of as many limbs: each turn of one waits for its last one, and the processor works
-// on the other meanwhile. Numbers and results are pairs, `second` limbs apart.
+// Two products side by side, under moduli of equally many limbs. Each turn of a product waits for the turn before it, and
+// meanwhile the processor works on the other product. Numbers and results are pairs, `second` limbs apart.
 template <class L, std::size_t... z>
 IFMA512 void multiplyPair(std::uint64_t* r, const std::uint64_t* a, const std::uint64_t* b, std::size_t second,
                           const Modulus (&modulus)[2], std::index_sequence<z...> registers)
@@ -168,7 +168,7 @@ IFMA512 void multiplyPair(std::uint64_t* r, const std::uint64_t* a, const std::u
     end(r + second, q, registers);
 }
 
-// The entry `index` of a table whose entries stand `stride` limbs apart.
+// The entry `index` of a table whose entries are `stride` limbs apart.
 template <class L, std::size_t... z>
 IFMA512 void selectRow(std::uint64_t* r, const std::uint64_t* table, std::size_t stride, unsigned count, unsigned index,
                        std::index_sequence<z...>)
@@ -182,7 +182,7 @@ IFMA512 void selectRow(std::uint64_t* r, const std::uint64_t* table, std::size_t
     (L::store(r + L::lanes * z, selected[z]), ...);
 }
 
-// Limbs of an R for a modulus of so many bits.
+// The limbs of R for a modulus of so many bits.
 constexpr std::size_t limbsFor(int bits)
 {
     return static_cast<std::size_t>(bits + 2 + limbBits - 1) / limbBits;
@@ -225,7 +225,7 @@ public:
         toLimbs<limbBits>(r.d, room, a);
         mul(r, r, RR);
     }
-    // A product with 1 is N at most, and N stands for zero.
+    // A product with 1 is N at most, and N means zero.
     void leave(ZIRC_BN& r, Element& a, std::size_t words) const
     {
         const Element one = {{1}};
@@ -244,7 +244,7 @@ private:
     Element N, RR; // RR is R squared modulo N
 };
 
-// A ring of pairs, each half under a modulus of its own.
+// A ring of pairs, each half with its own modulus.
 template <class L, std::size_t Z> class MontgomeryIfmaPair {
 public:
     using Ring = MontgomeryIfma<L, Z>;
@@ -297,7 +297,7 @@ template <class L, std::size_t Z> void modExpPair(const SecretPower& first, cons
     for (int i = 0; i < 2; ++i) pair.half[i].leave(powers[i]->r, result.half[i], significant(powers[i]->m));
 }
 
-// The first of the sizes that the modulus fits in.
+// In the first of the sizes that the modulus fits in.
 template <std::size_t Z, std::size_t... more>
 void modExpOfSize(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m, bool secret)
 {
@@ -317,7 +317,7 @@ void modExpIfma512(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN
     modExpOfSize<1, 2, 3, 4, 5, 8>(r, a, p, m, secret);
 }
 
-// For the primes of RSA with 1024 and 2048 bits; longer ones have no room in the registers.
+// For the primes of RSA with 1024 and 2048 bits; longer ones do not fit into the registers.
 bool modExpPairIfma512(const SecretPower& first, const SecretPower& second)
 {
     const int bits = bnBits(first.m) > bnBits(second.m) ? bnBits(first.m) : bnBits(second.m);

@@ -55,7 +55,7 @@ public:
         }
     }
 
-    // Into Montgomery's form and out of it.
+    // Into Montgomery's form, and back.
     void enter(Element& r, const ZIRC_BN& a)
     {
         toLimbs<bits>(r.d, n, a);
@@ -72,7 +72,7 @@ public:
     }
 
 private:
-    // r = the product / R modulo N. Below 2 x N before the last step, which takes N off without a branch.
+    // r = the product / R modulo N. The value is below 2 x N before the last step, which subtracts N without a branch.
     void reduce(Element& r)
     {
         Word carry = 0;

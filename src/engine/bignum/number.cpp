@@ -38,7 +38,7 @@ void setDifference(ZIRC_BN& r, std::uint32_t neg, const ZIRC_BN& a, const std::u
     setLength(r, an);
 }
 
-// The sum of a and b, where b counts with the sign `bNeg`.
+// The sum of a and b, where b has the sign `bNeg`.
 void signedSum(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b, std::uint32_t bNeg)
 {
     const std::uint32_t aNeg = a.neg;
@@ -71,7 +71,7 @@ void bnSetWord(ZIRC_BN& r, std::uint32_t w)
 {
     r.neg = 0;
     r.d[0] = w;
-    r.top = w > 0;
+    r.top = w > 0 ? 1 : 0;
 }
 
 bool bnIsZero(const ZIRC_BN& a)
@@ -79,7 +79,7 @@ bool bnIsZero(const ZIRC_BN& a)
     return significant(a) == 0;
 }
 
-int bnIsEqual(const ZIRC_BN& a, const ZIRC_BN& b)
+bool bnIsEqual(const ZIRC_BN& a, const ZIRC_BN& b)
 {
     return bnCompareMagnitude(a, b) == 0;
 }
@@ -88,9 +88,10 @@ int bnCompareMagnitude(const ZIRC_BN& a, const ZIRC_BN& b)
 {
     const std::size_t an = significant(a), bn = significant(b);
     if (an == bn) return compareRows(a.d, b.d, an);
-    // Both forms of zero count as one word long.
+    // Both forms of zero have the length of one word here.
     const int difference = static_cast<int>(std::max<std::size_t>(an, 1)) - static_cast<int>(std::max<std::size_t>(bn, 1));
-    return difference != 0 ? difference : an > bn ? 1 : -1;
+    if (difference != 0) return difference;
+    return an > bn ? 1 : -1;
 }
 
 int bnCompare(const ZIRC_BN& a, const ZIRC_BN& b)
@@ -101,7 +102,7 @@ int bnCompare(const ZIRC_BN& a, const ZIRC_BN& b)
     return (magnitude > 0) != (a.neg != 0) ? 1 : -1;
 }
 
-int bnIsGreaterOrEqual(const ZIRC_BN& a, const ZIRC_BN& b)
+bool bnIsGreaterOrEqual(const ZIRC_BN& a, const ZIRC_BN& b)
 {
     return bnCompareMagnitude(a, b) >= 0;
 }
@@ -114,19 +115,19 @@ int bnBits(const ZIRC_BN& a)
     return 32 * a.top - std::countl_zero(a.d[a.top - 1]);
 }
 
-int bnTestBit(const ZIRC_BN& a, int n)
+bool bnTestBit(const ZIRC_BN& a, int n)
 {
-    if (n < 0 || n / 32 >= a.top) return 0;
-    return static_cast<int>(a.d[n / 32] >> (n % 32) & 1);
+    if (n < 0 || n / 32 >= a.top) return false;
+    return (a.d[n / 32] >> (n % 32) & 1) != 0;
 }
 
-int bnMaskBits(ZIRC_BN& a, int n)
+bool bnMaskBits(ZIRC_BN& a, int n)
 {
-    if (n < 0 || n / 32 >= a.top) return 0;
+    if (n < 0 || n / 32 >= a.top) return false;
     const auto word = static_cast<std::size_t>(n / 32);
     a.d[word] &= (1U << (n % 32)) - 1;
     setLength(a, word + 1);
-    return 1;
+    return true;
 }
 
 int bnToBytes(unsigned char* out, const ZIRC_BN& a)
@@ -149,14 +150,14 @@ void bnFromBytes(ZIRC_BN& r, const unsigned char* data, int n)
     r.neg = 0;
     r.top = 0;
     if (n < 1) return;
-    const std::size_t length = static_cast<std::size_t>(std::min(n, bnBytes)), words = length / 4, rest = length % 4;
+    const std::size_t length = static_cast<std::size_t>(std::min(n, bnBytes)), words = length / 4, partial = length % 4;
     const unsigned char* end = data + n;
     for (std::size_t i = 0; i < words; ++i) r.d[i] = load32<std::endian::big>(end -= 4);
-    if (rest > 0) {
+    if (partial > 0) {
         r.d[words] = 0;
-        for (std::size_t i = 0; i < rest; ++i) r.d[words] = r.d[words] << 8 | data[i];
+        for (std::size_t i = 0; i < partial; ++i) r.d[words] = r.d[words] << 8 | data[i];
     }
-    setLength(r, words + (rest > 0));
+    setLength(r, words + (partial > 0));
 }
 
 // ---- sums ----

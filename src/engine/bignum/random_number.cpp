@@ -11,7 +11,7 @@ namespace vrno {
 
 namespace {
 
-bool seedWithTime()
+int seedWithTime()
 {
     const auto time = static_cast<std::uint32_t>(platform::wallClock().seconds);
     unsigned char bytes[sizeof time];
@@ -21,36 +21,36 @@ bool seedWithTime()
 
 } // namespace
 
-bool bnRandom(ZIRC_BN& number, int bits, int top, int bottom)
+int bnRandom(ZIRC_BN& number, int bits, bool top, bool bottom)
 {
-    unsigned char bytes[bnBytes] = {}; // what a draw starts from goes into it
+    unsigned char bytes[bnBytes] = {}; // zeroed, since a draw hashes what is there
     bnSetWord(number, 1);
-    if (bits < 1 || bits > 8 * bnBytes) return false;
+    if (bits < 1 || bits > 8 * bnBytes) return -1;
     const int length = (bits + 7) / 8, bit = (bits - 1) % 8;
-    if (!seedWithTime() || !randBytes(bytes, length)) return false;
+    if (seedWithTime() < 0 || randBytes(bytes, length) < 0) return -1;
     const int mask = 0xFF << bit;
-    if (top != 0 && bit == 0) {
+    if (top && bit == 0) {
         bytes[0] = 1;
         if (length > 1) bytes[1] |= 0x80;
     } else {
-        const int highest = top != 0 ? 3 << (bit - 1) : 1 << bit;
+        const int highest = top ? 3 << (bit - 1) : 1 << bit;
         bytes[0] = static_cast<unsigned char>((bytes[0] | highest) & ~(mask << 1));
     }
-    if (bottom != 0) bytes[length - 1] |= 1;
+    if (bottom) bytes[length - 1] |= 1;
     bnFromBytes(number, bytes, length);
     wipe(bytes, static_cast<std::size_t>(length));
-    return true;
+    return 0;
 }
 
 // FIPS 186-2, appendix 3.1, with a new XSEED for every 20 bytes; all numbers modulo 2^160.
-bool fipsRandom(unsigned char* output, int length)
+int fipsRandom(unsigned char* output, int length)
 {
     constexpr int modulusBits = 160, digest = modulusBits / 8;
-    if (length < 1) return true;
+    if (length < 1) return 0;
     Temporary XKEY, XSEED, XVAL, x;
-    bool hasRandom = bnRandom(XKEY, modulusBits, 1, 1);
-    for (int done = 0; hasRandom && done < length; done += digest) {
-        hasRandom = bnRandom(XSEED, modulusBits, 1, 1);
+    int result = bnRandom(XKEY, modulusBits, true, true);
+    for (int done = 0; result == 0 && done < length; done += digest) {
+        result = bnRandom(XSEED, modulusBits, true, true);
         bnAdd(XVAL, XKEY, XSEED);
         bnMaskBits(XVAL, modulusBits);
         unsigned char block[64] = {}, bytes[digest];
@@ -67,8 +67,8 @@ bool fipsRandom(unsigned char* output, int length)
         wipe(words, sizeof words);
         wipe(bytes, sizeof bytes);
     }
-    if (!hasRandom) std::memset(output, 0, static_cast<std::size_t>(length));
-    return hasRandom;
+    if (result < 0) std::memset(output, 0, static_cast<std::size_t>(length));
+    return result;
 }
 
 } // namespace vrno

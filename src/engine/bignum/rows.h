@@ -1,4 +1,4 @@
-// What the files of the big numbers share: lengths, temporaries, division of rows.
+// What the files of this folder share: lengths, temporaries, division of rows.
 #pragma once
 
 #include "base/wipe.h"
@@ -7,7 +7,7 @@
 
 namespace vrno {
 
-// A number that is wiped when it goes.
+// A number that is wiped on destruction.
 struct Temporary : ZIRC_BN {
     Temporary() = default;
     explicit Temporary(const ZIRC_BN& a) { bnCopy(*this, a); }
@@ -16,7 +16,7 @@ struct Temporary : ZIRC_BN {
     ~Temporary() { wipe(d, sizeof d); }
 };
 
-// The number of words without those at the top that are zero.
+// The number of words without leading zero words.
 inline std::size_t significant(const std::uint32_t* d, std::size_t n)
 {
     while (n > 0 && d[n - 1] == 0) --n;
@@ -34,14 +34,14 @@ inline void setLength(ZIRC_BN& r, std::size_t n)
 
 inline bool isOdd(const ZIRC_BN& a)
 {
-    return bnTestBit(a, 0) == 1;
+    return bnTestBit(a, 0);
 }
 
 // Room for any product, and for the squares of Montgomery's R.
 inline constexpr std::size_t maxDividend = 2 * bnWords + 16;
 
-// a = q x d + rem: an words, at most maxDividend, by dn words, the top one of which is not zero. q, which may be null, has
-// an - dn + 1 words where an is at least dn, else none; rem has dn words. The results lie apart from the operands.
+// a = q x d + rem: an words, at most maxDividend, by dn words, of which the top one is not zero. q may be null; it gets
+// an - dn + 1 words if an is at least dn, else none. rem gets dn words. Results do not overlap operands.
 void divideRows(std::uint32_t* q, std::uint32_t* rem, const std::uint32_t* a, std::size_t an, const std::uint32_t* d,
                 std::size_t dn);
 

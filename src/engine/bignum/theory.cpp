@@ -33,8 +33,8 @@ void bnLcm(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
     r.neg = 0;
 }
 
-// Euclid's algorithm (HAC 2.107). The coefficients of a alternate in sign, so their magnitudes are kept and the sign of the
-// last one; they do not exceed n.
+// Euclid's algorithm (HAC 2.107). The coefficients of a alternate in sign, so it keeps their magnitudes, which do not exceed
+// n, and the sign of the last one.
 int bnModInverse(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& n)
 {
     if ((a.neg && !bnIsZero(a)) || (n.neg && !bnIsZero(n))) return -1;

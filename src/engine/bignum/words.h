@@ -1,15 +1,15 @@
 // Rows of words, least significant first: the layer under the big numbers. A layer is a type with
 //
 //   Word       an unsigned type
-//   mulRow     r = a x w for n words; returns the word that is carried out
-//   mulAddRow  r += a x w for n words; returns the word that is carried out
+//   mulRow     r = a x w for n words; returns the carry word
+//   mulAddRow  r += a x w for n words; returns the carry word
 //   sqrWords   r[2i] and r[2i + 1] become the square of a[i], for n words of a
 //
 // and, for words of 32 bits,
 //
 //   bnDivWords the two words (high, low) divided by d, for a high below d; all ones for a d of 0
 //
-// In the rows r is a or lies apart from it, n may be 0, and no branch depends on a word's value.
+// r is a or does not overlap it; n may be 0; no branch depends on the value of a word.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@
 
 namespace vrno {
 
-// From products of half words, for machines without a product of two words.
+// On products of half words, for machines without a product of two words.
 struct WordsPortable {
     using Word = std::uint32_t;
     static Word mulRow(Word* r, const Word* a, std::size_t n, Word w);
@@ -77,7 +77,7 @@ using WordsWide = WordsOf<std::uint64_t, DoubleLimb>;
 
 using Words = std::conditional_t<sizeof(void*) >= 8, WordsNative, WordsPortable>;
 
-// ---- what needs no products ----
+// ---- rows without products ----
 
 // r = a + b; returns the carry.
 template <class Word> Word addRow(Word* r, const Word* a, const Word* b, std::size_t n)
@@ -98,9 +98,9 @@ template <class Word> Word subRow(Word* r, const Word* a, const Word* b, std::si
     Word borrow = 0;
     for (std::size_t i = 0; i < n; ++i) {
         const Word partial = a[i] - b[i];
-        const Word next = static_cast<Word>(a[i] < b[i]) | static_cast<Word>(partial < borrow);
+        const Word newBorrow = static_cast<Word>(a[i] < b[i]) | static_cast<Word>(partial < borrow);
         r[i] = partial - borrow;
-        borrow = next;
+        borrow = newBorrow;
     }
     return borrow;
 }
@@ -123,20 +123,20 @@ template <class Word> int compareRows(const Word* a, const Word* b, std::size_t 
     return 0;
 }
 
-// One bit up; returns the bit that leaves.
+// r = 2r; returns the bit that is shifted out.
 template <class Word> Word doubleRow(Word* r, std::size_t n)
 {
     constexpr int last = std::numeric_limits<Word>::digits - 1;
     Word carry = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const Word next = r[i] >> last;
+        const Word topBit = r[i] >> last;
         r[i] = r[i] << 1 | carry;
-        carry = next;
+        carry = topBit;
     }
     return carry;
 }
 
-// ---- whole products; r has an + bn or 2n words apart from the factors ----
+// ---- products; r has an + bn or 2n words and does not overlap the factors ----
 
 template <class Layer>
 void mulRows(typename Layer::Word* r, const typename Layer::Word* a, std::size_t an, const typename Layer::Word* b, std::size_t bn)

@@ -67,18 +67,19 @@ Word WordsPortable::bnDivWords(Word high, Word low, Word d)
     d <<= shift;
     if (shift > 0) high = high << shift | low >> (32 - shift);
     low <<= shift;
-    const Word dHigh = d >> 16, dLow = d & 0xFFFF;
-    const auto digit = [=](Word& rest, Word next) {
-        Word q = rest / dHigh, left = rest - q * dHigh;
-        while (left <= 0xFFFF && (q > 0xFFFF || q * dLow > (left << 16 | next))) {
-            --q;
-            left += dHigh;
+    const Word upperDivisor = d >> 16, lowerDivisor = d & 0xFFFF;
+    // Divides (remainder, half) by d: the digit of the quotient, and what remains.
+    const auto divideStep = [=](Word& remainder, Word half) {
+        Word digit = remainder / upperDivisor, ofEstimate = remainder - digit * upperDivisor;
+        while (ofEstimate <= 0xFFFF && (digit > 0xFFFF || digit * lowerDivisor > (ofEstimate << 16 | half))) {
+            --digit;
+            ofEstimate += upperDivisor;
         }
-        rest = (rest << 16 | next) - q * d;
-        return q;
+        remainder = (remainder << 16 | half) - digit * d;
+        return digit;
     };
-    const Word upper = digit(high, low >> 16);
-    return upper << 16 | digit(high, low & 0xFFFF);
+    const Word upperDigit = divideStep(high, low >> 16);
+    return upperDigit << 16 | divideStep(high, low & 0xFFFF);
 }
 
 } // namespace vrno

@@ -11,26 +11,26 @@ namespace {
 
 constexpr unsigned int tagInteger = 2, tagBitString = 3, tagSequence = 16;
 
-bool refuse(DerReader& reader)
+bool derRefuse(DerReader& reader)
 {
     reader.failed = true;
     return false;
 }
 
-// One octet of a header.
-bool next(DerReader& reader, unsigned char& octet)
+// The next octet. Whether there is one.
+bool derNext(DerReader& reader, unsigned char& octet)
 {
-    if (reader.failed || reader.at == reader.end) return refuse(reader);
+    if (reader.failed || reader.at == reader.end) return derRefuse(reader);
     octet = *reader.at++;
     return true;
 }
 
-// A tag number above 30: base 128, up to 28 bits of it.
-bool readHighTag(DerReader& reader, unsigned int& tag)
+// A tag number above 30: base 128, at most 28 bits.
+bool derReadHighTag(DerReader& reader, unsigned int& tag)
 {
     tag = 0;
     for (unsigned char octet = 0x80; octet & 0x80;) {
-        if (!next(reader, octet) || tag >> 21 != 0) return refuse(reader);
+        if (!derNext(reader, octet) || tag >> 21 != 0) return derRefuse(reader);
         tag = tag << 7 | (octet & 0x7F);
     }
     return true;
@@ -39,23 +39,23 @@ bool readHighTag(DerReader& reader, unsigned int& tag)
 bool derReadLength(DerReader& reader, DerHeader& header)
 {
     unsigned char first = 0;
-    if (!next(reader, first)) return false;
+    if (!derNext(reader, first)) return false;
     header.indefinite = first == 0x80;
     header.length = first < 0x80 ? first : 0;
     for (int count = first > 0x80 ? first - 0x80 : 0; count > 0; --count) {
         unsigned char octet = 0;
-        if (!next(reader, octet) || header.length > 0xFFFFFF) return refuse(reader);
+        if (!derNext(reader, octet) || header.length > 0xFFFFFF) return derRefuse(reader);
         header.length = header.length << 8 | octet;
     }
-    return header.length <= reader.left() ? true : refuse(reader);
+    return header.length <= reader.remaining() || derRefuse(reader);
 }
 
-// The contents of a primitive element with this universal tag; the reader moves behind them.
-bool readPrimitive(DerReader& reader, unsigned int tag, const unsigned char*& contents, std::size_t& length)
+// The contents of a primitive element with this universal tag. Whether there is one.
+bool derReadPrimitive(DerReader& reader, unsigned int tag, const unsigned char*& contents, std::size_t& length)
 {
     DerHeader header;
     if (!derReadHeader(reader, header)) return false;
-    if (header.tag != tag || header.tagClass != 0 || header.indefinite || header.length == 0) return refuse(reader);
+    if (header.tag != tag || header.tagClass != 0 || header.indefinite || header.length == 0) return derRefuse(reader);
     contents = reader.at;
     length = header.length;
     reader.at += header.length;
@@ -67,11 +67,11 @@ bool readPrimitive(DerReader& reader, unsigned int tag, const unsigned char*& co
 bool derReadHeader(DerReader& reader, DerHeader& header)
 {
     unsigned char octet = 0;
-    if (!next(reader, octet)) return false;
+    if (!derNext(reader, octet)) return false;
     header.tag = octet & 0x1F;
     header.tagClass = octet & 0xC0;
     header.constructed = (octet & 0x20) != 0;
-    if (header.tag == 0x1F && !readHighTag(reader, header.tag)) return false;
+    if (header.tag == 0x1F && !derReadHighTag(reader, header.tag)) return false;
     return derReadLength(reader, header);
 }
 
@@ -80,7 +80,7 @@ DerSequence derReadSequence(DerReader& reader)
     const DerSequence outer{reader.end, false};
     DerHeader header;
     if (!derReadHeader(reader, header)) return outer;
-    if (header.tag != tagSequence || header.tagClass != 0) refuse(reader);
+    if (header.tag != tagSequence || header.tagClass != 0) derRefuse(reader);
     if (!header.indefinite) reader.end = reader.at + header.length;
     return {outer.outerEnd, header.indefinite};
 }
@@ -88,20 +88,20 @@ DerSequence derReadSequence(DerReader& reader)
 bool derHasMore(const DerReader& reader, const DerSequence& sequence)
 {
     if (reader.failed || reader.at == reader.end) return false;
-    return !sequence.indefinite || reader.left() < 2 || reader.at[0] != 0 || reader.at[1] != 0;
+    return !sequence.indefinite || reader.remaining() < 2 || reader.at[0] != 0 || reader.at[1] != 0;
 }
 
 void derFinish(DerReader& reader, const DerSequence& sequence)
 {
     if (reader.failed) return;
     if (sequence.indefinite) {
-        if (reader.left() < 2 || reader.at[0] != 0 || reader.at[1] != 0) {
-            refuse(reader);
+        if (reader.remaining() < 2 || reader.at[0] != 0 || reader.at[1] != 0) {
+            derRefuse(reader);
             return;
         }
         reader.at += 2;
     } else if (reader.at != reader.end) {
-        refuse(reader);
+        derRefuse(reader);
     }
     reader.end = sequence.outerEnd;
 }
@@ -110,21 +110,21 @@ void derReadInteger(DerReader& reader, ZIRC_BN& number)
 {
     const unsigned char* octets = nullptr;
     std::size_t length = 0;
-    if (!readPrimitive(reader, tagInteger, octets, length)) return;
+    if (!derReadPrimitive(reader, tagInteger, octets, length)) return;
     const bool negative = (octets[0] & 0x80) != 0;
     while (!negative && length > 1 && octets[0] == 0) {
         ++octets;
         --length;
     }
-    if (length > derLongestNumber) {
-        refuse(reader);
+    if (length > derMaxNumber) {
+        derRefuse(reader);
         return;
     }
     if (!negative) {
         bnFromBytes(number, octets, static_cast<int>(length));
         return;
     }
-    SecretArea<derLongestNumber> area;
+    SecretArea<derMaxNumber> area;
     unsigned char* const magnitude = area.bytes;
     unsigned int carry = 1; // the two's complement of the octets
     for (std::size_t i = length; i-- > 0;) {
@@ -139,13 +139,13 @@ void derReadBitString(DerReader& reader, ZIRC_BN& number, int& octets)
 {
     const unsigned char* contents = nullptr;
     std::size_t length = 0;
-    if (!readPrimitive(reader, tagBitString, contents, length)) return;
+    if (!derReadPrimitive(reader, tagBitString, contents, length)) return;
     const unsigned char unused = contents[0];
-    if (unused > 7 || length - 1 > derLongestNumber || (length == 1 && unused > 0)) {
-        refuse(reader);
+    if (unused > 7 || length - 1 > derMaxNumber || (length == 1 && unused > 0)) {
+        derRefuse(reader);
         return;
     }
-    unsigned char bits[derLongestNumber] = {};
+    unsigned char bits[derMaxNumber] = {};
     octets = static_cast<int>(length - 1);
     if (octets > 0) {
         std::memcpy(bits, contents + 1, length - 1);
@@ -156,11 +156,11 @@ void derReadBitString(DerReader& reader, ZIRC_BN& number, int& octets)
 
 // ---- writing ----
 
-static int lengthOctets(int length)
+static int derLengthOctets(int length)
 {
     int octets = 1;
     if (length >= 0x80) {
-        for (int rest = length; rest > 0; rest >>= 8) ++octets;
+        for (; length > 0; length >>= 8) ++octets;
     }
     return octets;
 }
@@ -168,10 +168,10 @@ static int lengthOctets(int length)
 int derObjectSize(int contentLength, unsigned char tag)
 {
     const int length = contentLength + (tag == tagBitString ? 1 : 0);
-    return 1 + lengthOctets(length) + length;
+    return 1 + derLengthOctets(length) + length;
 }
 
-static void put(DerWriter& writer, unsigned char octet)
+static void derPut(DerWriter& writer, unsigned char octet)
 {
     if (writer.length >= writer.room) writer.failed = true;
     if (!writer.failed) writer.out[writer.length++] = octet;
@@ -179,10 +179,10 @@ static void put(DerWriter& writer, unsigned char octet)
 
 void derWriteHeader(DerWriter& writer, unsigned char tag, int contentLength)
 {
-    put(writer, tag);
-    const int octets = lengthOctets(contentLength) - 1;
-    put(writer, static_cast<unsigned char>(octets > 0 ? 0x80 + octets : contentLength));
-    for (int i = octets; i-- > 0;) put(writer, static_cast<unsigned char>(contentLength >> 8 * i & 0xFF));
+    derPut(writer, tag);
+    const int octets = derLengthOctets(contentLength) - 1;
+    derPut(writer, static_cast<unsigned char>(octets > 0 ? 0x80 + octets : contentLength));
+    for (int i = octets; i-- > 0;) derPut(writer, static_cast<unsigned char>(contentLength >> 8 * i & 0xFF));
 }
 
 int derIntegerLength(const ZIRC_BN& number)
@@ -193,7 +193,7 @@ int derIntegerLength(const ZIRC_BN& number)
 void derWriteInteger(DerWriter& writer, const ZIRC_BN& number)
 {
     const int length = derIntegerLength(number);
-    SecretArea<derLongestNumber + 1> area;
+    SecretArea<derMaxNumber + 1> area;
     unsigned char* const octets = area.bytes;
     bnToBytesFixed(octets, number, length);
     if (number.neg != 0 && bnBits(number) > 0) {
@@ -204,17 +204,17 @@ void derWriteInteger(DerWriter& writer, const ZIRC_BN& number)
             carry >>= 8;
         }
     }
-    // A negative number's own top bit may be sign enough.
+    // A negative number needs no octet 0xFF in front of a set top bit.
     const bool shorter = length > 1 && octets[0] == 0xFF && (octets[1] & 0x80) != 0;
     derWriteHeader(writer, tagInteger, shorter ? length - 1 : length);
-    for (int i = shorter ? 1 : 0; i < length; ++i) put(writer, octets[i]);
+    for (int i = shorter ? 1 : 0; i < length; ++i) derPut(writer, octets[i]);
 }
 
 void derWriteBitString(DerWriter& writer, const unsigned char* octets, int count)
 {
     derWriteHeader(writer, tagBitString, count + 1);
-    put(writer, 0); // unused bits
-    for (int i = 0; i < count; ++i) put(writer, octets[i]);
+    derPut(writer, 0); // unused bits
+    for (int i = 0; i < count; ++i) derPut(writer, octets[i]);
 }
 
 } // namespace vrno

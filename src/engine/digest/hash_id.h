@@ -1,4 +1,4 @@
-// The digests that a message's operation can be bound to.
+// The digests that an operation can be bound to.
 #pragma once
 
 namespace vrno {

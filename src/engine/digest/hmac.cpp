@@ -16,7 +16,7 @@ void xorBlock(unsigned char (&block)[64], unsigned char pad)
 
 } // namespace
 
-// The key lies nowhere but in the place of opad, first as it is, then as ipad.
+// The key is stored in the place of opad only: first as it is, then XOR ipad.
 void HMAC_Init(HMAC_State& state, const void* key, std::size_t keyLength)
 {
     std::memset(state.opad, 0, sizeof state.opad);
@@ -48,23 +48,24 @@ void HMAC_Final(HMAC_State& state, unsigned char* mac)
     wipe(inner, sizeof inner);
 }
 
-// Inside and outside, a message of 20 bytes stands behind a pad of 64: one block each, whose end never changes.
-void HMAC_Chain(const HMAC_State& keyed, const unsigned char* first, unsigned char* sum, int count)
+// The inner and the outer digest each hash a message of 20 bytes after a pad of 64: one block, whose end is always the same.
+void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLink, int furtherLinks)
 {
     constexpr unsigned int bits = 8 * (64 + sha1DigestLength);
     BlockFunction* const blocks = pick(sha1Kernels);
     SecretArea<64> block;
-    std::memcpy(block.bytes, first, sha1DigestLength);
+    std::memcpy(block.bytes, firstLink, sha1DigestLength);
+    std::memcpy(xorOfLinks, firstLink, sha1DigestLength);
     block.bytes[sha1DigestLength] = 0x80;
     store32<std::endian::big>(block.bytes + 60, bits);
     std::uint32_t h[5];
-    for (; count > 0; --count) {
+    for (; furtherLinks > 0; --furtherLinks) {
         for (const SHA1_State* const pad : {&keyed.sha1, &keyed.outer}) {
             std::memcpy(h, pad->h, sizeof h);
             blocks(h, block.bytes, 1);
             for (std::size_t i = 0; i < 5; ++i) store32<std::endian::big>(block.bytes + 4 * i, h[i]);
         }
-        for (std::size_t i = 0; i < sha1DigestLength; ++i) sum[i] ^= block.bytes[i];
+        for (std::size_t i = 0; i < sha1DigestLength; ++i) xorOfLinks[i] ^= block.bytes[i];
     }
     wipe(h, sizeof h);
 }

@@ -5,22 +5,22 @@
 
 namespace vrno {
 
-// A plain record, and as secret as the key: its owner wipes it. A copy made behind Init stands for the key, and takes a
-// message without the key's two blocks being hashed again.
+// A plain record, as secret as the key: its owner wipes it. A copy made after Init can hash a message without hashing the
+// key's two blocks again.
 struct HMAC_State {
     SHA1_State sha1;        // ipad and the message so far
     unsigned char opad[64]; // the key, zero-filled, XOR 0x5C
-    SHA1_State outer;       // where the outer digest stands behind opad
+    SHA1_State outer;       // the outer digest after opad
 };
 
-// A key of up to 64 bytes is taken as it stands, a longer one by its digest. `key` may be null where its length is 0.
+// A key of up to 64 bytes is used as it is; a longer one is replaced by its digest. `key` may be null for a length of 0.
 void HMAC_Init(HMAC_State& state, const void* key, std::size_t keyLength);
 void HMAC_Update(HMAC_State& state, const void* data, std::size_t length); // as SHA1_Update
-// Writes 20 bytes outside the state, which then takes nothing but Init.
+// Writes 20 bytes outside the state. After it only Init is valid.
 void HMAC_Final(HMAC_State& state, unsigned char* mac);
 
-// Goes on from the MAC `first`: `count` times takes the MAC of the last one and adds it (XOR) to `sum`, both of 20 bytes. It
-// is the loop of PBKDF2 (RFC 8018, 5.2). `keyed` is a state behind Init.
-void HMAC_Chain(const HMAC_State& keyed, const unsigned char* first, unsigned char* sum, int count);
+// The XOR of a chain of MACs: of `firstLink`, and of `furtherLinks` more, each of which is the MAC of the one before it: the
+// loop of PBKDF2 (RFC 8018, 5.2). Links and output have 20 bytes. `keyed` is a state after Init.
+void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLink, int furtherLinks);
 
 } // namespace vrno

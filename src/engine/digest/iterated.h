@@ -1,7 +1,7 @@
 // What the digests share: counting, collecting blocks, padding and output. A digest is described by a type D with
 //
 //   State      its record: bitCountLow, bitCountHigh, block[16] and the chaining value h[]
-//   initial    the words that h starts from
+//   initial    the first value of h
 //   order      the byte order of the message's words, of its length and of the digest
 //   blocks     its block function
 #pragma once
@@ -17,7 +17,7 @@
 
 namespace vrno {
 
-// Takes `count` blocks of 64 bytes, which may lie at any address, into the chaining value `h`.
+// Hashes `count` blocks of 64 bytes, at any address, into the chaining value `h`.
 using BlockFunction = void(std::uint32_t* h, const unsigned char* blocks, std::size_t count);
 
 namespace iterated {
@@ -44,7 +44,7 @@ template <class D> void init(typename D::State& state)
 
 template <class D> void update(typename D::State& state, const void* data, std::size_t length)
 {
-    if (length == 0) return; // there `data` may be null, which memcpy may not see
+    if (length == 0) return; // `data` may be null then, and memcpy must not be given null
     const auto* from = static_cast<const unsigned char*>(data);
     auto* const block = reinterpret_cast<unsigned char*>(state.block);
     const std::size_t held = waiting(state);
@@ -64,7 +64,7 @@ template <class D> void update(typename D::State& state, const void* data, std::
     std::memcpy(block, from + 64 * whole, length % 64);
 }
 
-// One bit, zeros, and the length in the last eight bytes of a block: the same one where it fits, else the next.
+// Appends one bit, zeros, and the length in the last eight bytes of a block: this block if it fits, else the next.
 template <class D> void final(typename D::State& state, unsigned char* digest)
 {
     constexpr bool highFirst = D::order == std::endian::big;

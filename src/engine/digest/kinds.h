@@ -1,4 +1,4 @@
-// The digests that a message can be bound to, as types for what is written once over both.
+// MD5 and SHA-1 as types, for code that is written once for both.
 #pragma once
 
 #include "engine/digest/md5.h"

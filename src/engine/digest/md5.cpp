@@ -21,14 +21,14 @@ constexpr std::uint32_t constants[64] = {
 };
 constexpr int rotations[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
-// A round takes the 16 words in strides, from its first word on.
+// A round uses the 16 words in strides, starting with its first word.
 constexpr struct {
     std::size_t first, stride;
 } orders[4] = {{0, 1}, {1, 5}, {5, 3}, {0, 7}};
 
-// The part of a round's function that has b in it. The second round's other part is c & ~d; the two have no bit in common,
-// so their sum is their or.
-template <std::size_t round> [[gnu::always_inline]] inline std::uint32_t mix(std::uint32_t b, std::uint32_t c, std::uint32_t d)
+// The part of a round's function that depends on b. The other part of the second round is c & ~d; the two parts have no bit
+// in common, so their sum is their OR.
+template <std::size_t round> [[gnu::always_inline]] inline std::uint32_t md5Mix(std::uint32_t b, std::uint32_t c, std::uint32_t d)
 {
     if constexpr (round == 0) return d ^ (b & (c ^ d));
     if constexpr (round == 1) return b & d;
@@ -36,36 +36,38 @@ template <std::size_t round> [[gnu::always_inline]] inline std::uint32_t mix(std
     return c ^ (b | ~d);
 }
 
-// The variables a to d stay in `v`, and their roles move on by one place a step. Each step waits for the b of the step before
-// it, so what can be added without b is added first, and the barrier keeps the compiler to that order.
-template <std::size_t t> [[gnu::always_inline]] inline void step(std::uint32_t (&v)[4], const unsigned char* block)
+// The variables a to d stay in `v`; each step moves their roles by one place. Each step waits for the b of the step before it,
+// so terms without b are added first. The barrier keeps the compiler to that order.
+template <std::size_t t> [[gnu::always_inline]] inline void md5Step(std::uint32_t (&v)[4], const unsigned char* block)
 {
     constexpr std::size_t round = t / 16, word = (orders[round].first + orders[round].stride * (t % 16)) % 16;
     std::uint32_t& a = v[(64 - t) % 4];
     const std::uint32_t b = v[(65 - t) % 4], c = v[(66 - t) % 4], d = v[(67 - t) % 4];
     a += constants[t] + load32<std::endian::little>(block + 4 * word) + (round == 1 ? c & ~d : 0);
     __asm__("" : "+r"(a));
-    a = b + std::rotl(a + mix<round>(b, c, d), rotations[round][t % 4]);
+    a = b + std::rotl(a + md5Mix<round>(b, c, d), rotations[round][t % 4]);
 }
 
 template <std::size_t... t>
-[[gnu::always_inline]] inline void steps(std::uint32_t (&v)[4], const unsigned char* block, std::index_sequence<t...>)
+[[gnu::always_inline]] inline void md5Steps(std::uint32_t (&v)[4], const unsigned char* block, std::index_sequence<t...>)
 {
-    (step<t>(v, block), ...);
+    (md5Step<t>(v, block), ...);
+}
+
+void md5Blocks(std::uint32_t* h, const unsigned char* blocks, std::size_t count)
+{
+    for (; count > 0; --count, blocks += 64) {
+        std::uint32_t v[4] = {h[0], h[1], h[2], h[3]};
+        md5Steps(v, blocks, std::make_index_sequence<64>());
+        for (std::size_t i = 0; i < 4; ++i) h[i] += v[i];
+    }
 }
 
 struct Md5 {
     using State = MD5_State;
     static constexpr std::endian order = std::endian::little;
     static constexpr std::uint32_t initial[4] = {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476};
-    static void blocks(std::uint32_t* h, const unsigned char* blocks, std::size_t count)
-    {
-        for (; count > 0; --count, blocks += 64) {
-            std::uint32_t v[4] = {h[0], h[1], h[2], h[3]};
-            steps(v, blocks, std::make_index_sequence<64>());
-            for (std::size_t i = 0; i < 4; ++i) h[i] += v[i];
-        }
-    }
+    static constexpr auto blocks = md5Blocks;
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// The bodies of SHA-1's block function.
+// The kernels of SHA-1's block function.
 #pragma once
 
 #include "engine/cpu.h"

@@ -9,24 +9,61 @@
 
 namespace vrno {
 
-// ---- setting up, the same for both directions ----
+namespace {
+
+// What the two directions differ in.
+struct Direction {
+    decltype(Slots::fnEncrypt) Slots::*run;
+    bool keepsLastChunk; // for Final, which removes the padding
+    decltype(&ZIRC_EncryptFinal) finalStage;
+};
+constexpr Direction encryption{&Slots::fnEncrypt, false, ZIRC_EncryptFinal};
+constexpr Direction decryption{&Slots::fnDecrypt, true, ZIRC_DecryptFinal};
+
+// The data of an operation; `outputLength` holds the room on entry.
+struct Data {
+    unsigned char* output;
+    int* outputLength;
+    const unsigned char* input;
+    int inputLength;
+};
+
+// A whole operation, as its caller asks for it.
+struct CipherJob {
+    unsigned char* key;
+    int keyLength;
+    int nAlgID;
+    int nEncMode;
+    Data data;
+    unsigned char* iv;
+    int ivLength;
+    int nPaddintType;
+};
+
+// The key that a mode uses. The asymmetric class has no modes but the two.
+const KeyKind& keyKind(const ZIRC_Context& context, int mode)
+{
+    if (context.nClass == ZIRC_CLASS_SYMMETRIC) return symmetricKey;
+    return mode == ZIRC_MODE_PUBLIC_KEY ? publicKey : privateKey;
+}
+
+} // namespace
+
+// ---- Init ----
 
 int ZIRC_EncryptInit(ZIRC_Context& context, const unsigned char* key, int keyLength, int nAlgID, int nEncMode,
                      const unsigned char* iv, int ivLength)
 {
     if (bindCipher(context, nAlgID, nEncMode) > 0) return 1;
     if (!key) return ZIRC_SetError(context, ZIRC_INVALID_KEY_POINTER);
-    const Sizes& sizes = context.sizes;
-    if (context.nClass == ZIRC_CLASS_SYMMETRIC) {
-        if (keyLength < sizes.nKeyLen) return ZIRC_SetError(context, ZIRC_INVALID_KEY);
-        if (!iv || ivLength < sizes.nIvLen) return ZIRC_SetError(context, ZIRC_INVALID_INIT_VECTOR);
-        std::memcpy(context.iv, iv, static_cast<std::size_t>(sizes.nIvLen));
-    } else {
-        const bool isPrivate = nEncMode == ZIRC_MODE_PRIVATE_KEY;
-        if (!isPrivate && nEncMode != ZIRC_MODE_PUBLIC_KEY) return ZIRC_SetError(context, ZIRC_INVALID_MODE);
-        if (keyLength < (isPrivate ? sizes.nMinPrivateKeyLen : sizes.nMinPublicKeyLen)) {
-            return ZIRC_SetError(context, ZIRC_INVALID_KEY);
-        }
+    const bool symmetric = context.nClass == ZIRC_CLASS_SYMMETRIC;
+    if (!symmetric && nEncMode != ZIRC_MODE_PRIVATE_KEY && nEncMode != ZIRC_MODE_PUBLIC_KEY) {
+        return ZIRC_SetError(context, ZIRC_INVALID_MODE);
+    }
+    if (keyLength < context.sizes.*keyKind(context, nEncMode).minLength) return ZIRC_SetError(context, ZIRC_INVALID_KEY);
+    if (symmetric) {
+        if (!iv || ivLength < context.sizes.nIvLen) return ZIRC_SetError(context, ZIRC_INVALID_INIT_VECTOR);
+        std::memcpy(context.iv, iv, static_cast<std::size_t>(context.sizes.nIvLen));
     }
     context.nBuffered = 0;
     return 0;
@@ -38,113 +75,80 @@ int ZIRC_DecryptInit(ZIRC_Context& context, const unsigned char* key, int keyLen
     return ZIRC_EncryptInit(context, key, keyLength, nAlgID, nEncMode, iv, ivLength);
 }
 
-// ---- taking data in ----
+// ---- Update ----
 
 namespace {
 
-using CipherSlot = decltype(Slots::fnEncrypt);
-
-// What the two directions differ in. Decryption keeps one chunk back, so that the last one meets its padding in Final.
-struct Direction {
-    CipherSlot run;
-    bool keepsLastChunk;
-    bool publicKey; // which key of a pair it takes
+// Where a run over the data stands.
+struct Cursor {
+    const unsigned char* input;
+    int remaining; // bytes of input
+    unsigned char* output;
+    int produced = 0;
 };
 
-int loadKey(ZIRC_Context& context, const unsigned char* key, int keyLength, bool publicKey)
+// Moves input to stagingBuffer: all that remains, or as much as fills the buffer up to `limit` bytes.
+void stage(ZIRC_Context& context, Cursor& cursor, int limit)
 {
-    const Slots& slots = context.slots;
-    const auto load = context.nClass == ZIRC_CLASS_SYMMETRIC ? slots.fnSetKey
-                      : publicKey                            ? slots.fnSetPublicKey
-                                                             : slots.fnSetPrivateKey;
-    return runSlot(context, load, key, keyLength) > 0 ? ZIRC_SetError(context, ZIRC_INVALID_KEY) : 0;
-}
-
-// Lets input wait in stagingBuffer, where it fits: all that there is, or up to `limit` bytes in the buffer.
-void stage(ZIRC_Context& context, const unsigned char*& input, int& left, int limit)
-{
-    const int count = std::min(left, limit - context.nBuffered);
-    std::memcpy(context.stagingBuffer + context.nBuffered, input, static_cast<std::size_t>(count));
+    const int count = std::min(cursor.remaining, limit - context.nBuffered);
+    std::memcpy(context.stagingBuffer + context.nBuffered, cursor.input, static_cast<std::size_t>(count));
     context.nBuffered += count;
-    input += count;
-    left -= count;
+    cursor.input += count;
+    cursor.remaining -= count;
 }
 
-// Runs the primitive over `length` bytes and moves the output on.
-int emit(ZIRC_Context& context, CipherSlot run, int mode, unsigned char*& output, int& produced, const unsigned char* input,
-         int length)
+// Runs the primitive over `length` bytes, which are in the buffer or in the input, and advances the output.
+int emit(ZIRC_Context& context, const Direction& direction, int mode, Cursor& cursor, const unsigned char* from, int length)
 {
     int count = 0;
-    if (runSlot(context, run, mode, output, &count, input, length) > 0) return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
-    output += count;
-    produced += count;
+    if (runStagedSlot(context, direction.run, mode, cursor.output, &count, from, length) > 0) return 1;
+    cursor.output += count;
+    cursor.produced += count;
     return 0;
 }
 
-// The primitive gets whole chunks: from stagingBuffer where input waits there, and straight from the input where not.
-int runChunks(ZIRC_Context& context, const Direction& direction, int mode, unsigned char* output, int* outputLength,
-              const unsigned char* input, int left)
+// The primitive gets whole chunks: from stagingBuffer when input waits there, else straight from the input.
+int runChunks(ZIRC_Context& context, const Direction& direction, int mode, const Data& data)
 {
     const int chunk = (stagingLength / context.sizes.nInputBlockLen - 1) * context.sizes.nInputBlockLen;
-    const int kept = direction.keepsLastChunk ? 1 : 0; // a chunk runs when at least this much comes behind it
-    const std::int64_t whole = (std::int64_t{left} + context.nBuffered - kept) / chunk * chunk;
-    if (*outputLength < whole) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
-    int produced = 0;
-    while (left >= chunk + kept - context.nBuffered) {
+    const int kept = direction.keepsLastChunk ? 1 : 0; // a chunk runs when at least this many bytes follow it
+    const std::int64_t whole = (std::int64_t{data.inputLength} + context.nBuffered - kept) / chunk * chunk;
+    if (*data.outputLength < whole) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    Cursor cursor{data.input, data.inputLength, data.output};
+    while (cursor.remaining >= chunk + kept - context.nBuffered) {
         if (context.nBuffered > 0) {
-            stage(context, input, left, chunk);
-            if (emit(context, direction.run, mode, output, produced, context.stagingBuffer, chunk) > 0) return 1;
+            stage(context, cursor, chunk);
+            if (emit(context, direction, mode, cursor, context.stagingBuffer, chunk) > 0) return 1;
             context.nBuffered = 0;
         } else {
-            const int run = (left - kept) / chunk * chunk;
-            if (emit(context, direction.run, mode, output, produced, input, run) > 0) return 1;
-            input += run;
-            left -= run;
+            const int run = (cursor.remaining - kept) / chunk * chunk;
+            if (emit(context, direction, mode, cursor, cursor.input, run) > 0) return 1;
+            cursor.input += run;
+            cursor.remaining -= run;
         }
     }
-    stage(context, input, left, chunk);
-    *outputLength = produced;
+    stage(context, cursor, chunk);
+    *data.outputLength = cursor.produced;
     return 0;
 }
 
-int update(ZIRC_Context& context, const Direction& direction, unsigned char* key, int keyLength, int mode, unsigned char* output,
-           int* outputLength, const unsigned char* input, int inputLength)
+int update(ZIRC_Context& context, const Direction& direction, unsigned char* key, int keyLength, int mode, const Data& data)
 {
-    if (!output || !input) return ZIRC_SetError(context, ZIRC_INVALID_DATA_POINTER);
-    if (inputLength < 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
-    if (direction.keepsLastChunk && inputLength % context.sizes.nOutputBlockLen != 0) {
+    if (!data.output || !data.input) return ZIRC_SetError(context, ZIRC_INVALID_DATA_POINTER);
+    if (data.inputLength < 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+    if (direction.keepsLastChunk && data.inputLength % context.sizes.nOutputBlockLen != 0) {
         return ZIRC_SetError(context, ZIRC_INVALID_ENCRYPTED_DATA);
     }
-    if (*outputLength < inputLength) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
-    if (loadKey(context, key, keyLength, direction.publicKey) > 0) return 1;
+    if (*data.outputLength < data.inputLength) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    if (setKey(context, keyKind(context, mode), key, keyLength) > 0) return 1;
     if (context.nClass == ZIRC_CLASS_ASYMMETRIC) {
-        if (inputLength > stagingLength - context.nBuffered) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
-        stage(context, input, inputLength, stagingLength);
+        if (data.inputLength > stagingLength - context.nBuffered) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+        Cursor cursor{data.input, data.inputLength, nullptr};
+        stage(context, cursor, stagingLength);
         return 0;
     }
-    if (runChunks(context, direction, mode, output, outputLength, input, inputLength) > 0) return 1;
+    if (runChunks(context, direction, mode, data) > 0) return 1;
     std::memcpy(key, &context.keyArea, static_cast<std::size_t>(context.sizes.nKeyLen));
-    return 0;
-}
-
-// ---- finishing ----
-
-int checkOutput(ZIRC_Context& context, const unsigned char* output, int room, int needed)
-{
-    if (!output) return ZIRC_SetError(context, ZIRC_INVALID_DATA_POINTER);
-    if (room < needed) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
-    return 0;
-}
-
-// Runs the primitive over what waits. The symmetric class gives as much as it takes, and must have the room for it.
-int finish(ZIRC_Context& context, CipherSlot run, int mode, unsigned char* output, int* outputLength)
-{
-    if (context.nClass == ZIRC_CLASS_SYMMETRIC && checkOutput(context, output, *outputLength, context.nBuffered) > 0) return 1;
-    int count = *outputLength;
-    if (runSlot(context, run, mode, output, &count, context.stagingBuffer, context.nBuffered) > 0) {
-        return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
-    }
-    *outputLength = count;
     return 0;
 }
 
@@ -153,28 +157,54 @@ int finish(ZIRC_Context& context, CipherSlot run, int mode, unsigned char* outpu
 int ZIRC_EncryptUpdate(ZIRC_Context& context, unsigned char* key, int keyLength, int nEncMode, unsigned char* output,
                        int* outputLength, const unsigned char* input, int inputLength)
 {
-    const Direction encryption{context.slots.fnEncrypt, false, nEncMode != ZIRC_MODE_PRIVATE_KEY};
-    return update(context, encryption, key, keyLength, nEncMode, output, outputLength, input, inputLength);
+    return update(context, encryption, key, keyLength, nEncMode, {output, outputLength, input, inputLength});
 }
 
 int ZIRC_DecryptUpdate(ZIRC_Context& context, unsigned char* key, int keyLength, int nEncMode, unsigned char* output,
                        int* outputLength, const unsigned char* input, int inputLength)
 {
-    const Direction decryption{context.slots.fnDecrypt, true, nEncMode == ZIRC_MODE_PUBLIC_KEY};
-    return update(context, decryption, key, keyLength, nEncMode, output, outputLength, input, inputLength);
+    return update(context, decryption, key, keyLength, nEncMode, {output, outputLength, input, inputLength});
 }
+
+// ---- Final ----
+
+namespace {
+
+int pad(ZIRC_Context& context, int nPaddintType)
+{
+    switch (padBuffer(context.stagingBuffer, &context.nBuffered, context.sizes.nInputBlockLen, nPaddintType)) {
+    case 0:
+        return 0;
+    case -1:
+        return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+    default:
+        return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
+    }
+}
+
+// Runs the primitive over what waits in the buffer. The output of the symmetric class is as long as that.
+int runBuffered(ZIRC_Context& context, const Direction& direction, int mode, unsigned char* output, int* outputLength)
+{
+    if (context.nClass == ZIRC_CLASS_SYMMETRIC && checkOutput(context, output, *outputLength, context.nBuffered) > 0) return 1;
+    int count = *outputLength;
+    if (runStagedSlot(context, direction.run, mode, output, &count, context.stagingBuffer, context.nBuffered) > 0) return 1;
+    *outputLength = count;
+    return 0;
+}
+
+} // namespace
 
 int ZIRC_EncryptFinal(ZIRC_Context& context, int nEncMode, unsigned char* output, int* outputLength, int nPaddintType)
 {
     if (checkOutput(context, output, *outputLength, context.sizes.nOutputBlockLen) > 0) return 1;
     if (context.nClass == ZIRC_CLASS_SYMMETRIC) {
-        if (padBuffer(context, nPaddintType) > 0) return 1;
+        if (pad(context, nPaddintType) > 0) return 1;
         if (context.nBuffered == 0) {
             *outputLength = 0;
             return 0;
         }
     }
-    return finish(context, context.slots.fnEncrypt, nEncMode, output, outputLength);
+    return runBuffered(context, encryption, nEncMode, output, outputLength);
 }
 
 int ZIRC_DecryptFinal(ZIRC_Context& context, int nEncMode, unsigned char* output, int* outputLength, int nPaddintType)
@@ -184,7 +214,7 @@ int ZIRC_DecryptFinal(ZIRC_Context& context, int nEncMode, unsigned char* output
         *outputLength = 0;
         return 0;
     }
-    if (finish(context, context.slots.fnDecrypt, nEncMode, output, outputLength) > 0) return 1;
+    if (runBuffered(context, decryption, nEncMode, output, outputLength) > 0) return 1;
     if (unpadBuffer(output, outputLength, context.sizes.nInputBlockLen, nPaddintType) < 0) {
         return ZIRC_SetError(context, ZIRC_INVALID_ENCRYPTED_DATA);
     }
@@ -195,36 +225,36 @@ int ZIRC_DecryptFinal(ZIRC_Context& context, int nEncMode, unsigned char* output
 
 namespace {
 
-using UpdateStage = decltype(&ZIRC_EncryptUpdate);
-using FinalStage = decltype(&ZIRC_EncryptFinal);
+int initialise(ZIRC_Context& context, const CipherJob& job)
+{
+    if (ZIRC_EncryptInit(context, job.key, job.keyLength, job.nAlgID, job.nEncMode, job.iv, job.ivLength) > 0) return 1;
+    const int maxInput = INT_MAX - context.sizes.nInputBlockLen; // the length with a block of padding is an int, too
+    return job.data.inputLength > maxInput ? ZIRC_SetError(context, ZIRC_INVALID_DATA) : 0;
+}
 
-int wholeCipher(UpdateStage updateStage, FinalStage finalStage, unsigned char* key, int keyLength, int nAlgID, int nEncMode,
-                unsigned char* output, int* outputLength, const unsigned char* input, int inputLength, unsigned char* iv,
-                int ivLength, int nPaddintType)
+// Final writes behind what Update has written, into the room that remains.
+int finish(ZIRC_Context& context, const Direction& direction, const CipherJob& job, int produced)
+{
+    int last = *job.data.outputLength - produced;
+    unsigned char* const output = job.data.output ? job.data.output + produced : nullptr;
+    if (direction.finalStage(context, job.nEncMode, output, &last, job.nPaddintType) > 0) return 1;
+    *job.data.outputLength = produced + last;
+    return 0;
+}
+
+int wholeCipher(const Direction& direction, const CipherJob& job)
 {
     const OwnedContext context = newContext();
     if (!context) return ZIRC_MEMORY_ERROR;
-    const int room = *outputLength;
-    int produced = room;
+    int produced = *job.data.outputLength;
+    const Data data{job.data.output, &produced, job.data.input, job.data.inputLength};
     const int result = stages(
-        *context,
-        [&](ZIRC_Context& c) {
-            if (ZIRC_EncryptInit(c, key, keyLength, nAlgID, nEncMode, iv, ivLength) > 0) return 1;
-            const bool countable = inputLength <= INT_MAX - c.sizes.nInputBlockLen; // with a block of padding behind it
-            return countable ? 0 : ZIRC_SetError(c, ZIRC_INVALID_DATA);
-        },
-        [&](ZIRC_Context& c) { return updateStage(c, key, keyLength, nEncMode, output, &produced, input, inputLength); },
-        [&](ZIRC_Context& c) {
-            const bool symmetric = c.nClass == ZIRC_CLASS_SYMMETRIC;
-            const int before = symmetric ? produced : 0; // the asymmetric class has written nothing yet
-            int last = room - before;
-            if (finalStage(c, nEncMode, output ? output + before : nullptr, &last, nPaddintType) > 0) return 1;
-            *outputLength = before + last;
-            return 0;
-        });
+        *context, [&](ZIRC_Context& c) { return initialise(c, job); },
+        [&](ZIRC_Context& c) { return update(c, direction, job.key, job.keyLength, job.nEncMode, data); },
+        [&](ZIRC_Context& c) { return finish(c, direction, job, c.nClass == ZIRC_CLASS_SYMMETRIC ? produced : 0); });
     if (result == 0 && context->nClass == ZIRC_CLASS_SYMMETRIC) {
-        std::memcpy(key, &context->keyArea, static_cast<std::size_t>(context->sizes.nKeyLen));
-        std::memcpy(iv, context->iv, static_cast<std::size_t>(context->sizes.nIvLen));
+        std::memcpy(job.key, &context->keyArea, static_cast<std::size_t>(context->sizes.nKeyLen));
+        std::memcpy(job.iv, context->iv, static_cast<std::size_t>(context->sizes.nIvLen));
     }
     return result;
 }
@@ -234,15 +264,15 @@ int wholeCipher(UpdateStage updateStage, FinalStage finalStage, unsigned char* k
 int ZIRC_EncryptData(unsigned char* key, int keyLength, int nAlgID, int nEncMode, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength, unsigned char* iv, int ivLength, int nPaddintType)
 {
-    return wholeCipher(ZIRC_EncryptUpdate, ZIRC_EncryptFinal, key, keyLength, nAlgID, nEncMode, output, outputLength, input,
-                       inputLength, iv, ivLength, nPaddintType);
+    const Data data{output, outputLength, input, inputLength};
+    return wholeCipher(encryption, {key, keyLength, nAlgID, nEncMode, data, iv, ivLength, nPaddintType});
 }
 
 int ZIRC_DecryptData(unsigned char* key, int keyLength, int nAlgID, int nEncMode, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength, unsigned char* iv, int ivLength, int nPaddintType)
 {
-    return wholeCipher(ZIRC_DecryptUpdate, ZIRC_DecryptFinal, key, keyLength, nAlgID, nEncMode, output, outputLength, input,
-                       inputLength, iv, ivLength, nPaddintType);
+    const Data data{output, outputLength, input, inputLength};
+    return wholeCipher(decryption, {key, keyLength, nAlgID, nEncMode, data, iv, ivLength, nPaddintType});
 }
 
 int ZIRC_GenerateKey(unsigned char* schedule, int* scheduleLength, int nAlgID, const unsigned char* userKey, int userKeyLength)
@@ -251,12 +281,12 @@ int ZIRC_GenerateKey(unsigned char* schedule, int* scheduleLength, int nAlgID, c
     if (!context) return ZIRC_MEMORY_ERROR;
     if (bindCipher(*context, nAlgID, ZIRC_MODE_CBC) > 0) return context->nError;
     const Sizes& sizes = context->sizes;
-    if (!context->slots.fnGenerateKey) return ZIRC_INVALID_ALGORITHM; // the asymmetric class has no schedules
+    if (context->nClass == ZIRC_CLASS_ASYMMETRIC) return ZIRC_INVALID_ALGORITHM; // which has no schedules
     if (!schedule) return ZIRC_INVALID_KEY_POINTER;
     if (*scheduleLength < sizes.nKeyLen) return ZIRC_NOT_ENOUGH_BUFFER;
     if (!userKey) return ZIRC_INVALID_DATA_POINTER;
     if (userKeyLength < sizes.nUserKeyLen) return ZIRC_INVALID_DATA;
-    if (context->slots.fnGenerateKey(*context, schedule, userKey) > 0) return ZIRC_STAGED_OPERATION_FAILED;
+    if (runSlot(*context, &Slots::fnGenerateKey, schedule, userKey) > 0) return ZIRC_STAGED_OPERATION_FAILED;
     *scheduleLength = sizes.nKeyLen;
     return 0;
 }

@@ -1,4 +1,4 @@
-// The record of one public operation, the slots through which it reaches its algorithm, and the binders that fill them.
+// The record of one public operation, its slots, the binders and the stages.
 #pragma once
 
 #include "engine/digest/hash_id.h"
@@ -18,7 +18,7 @@ struct ZIRC_Context;
 
 enum ZIRC_Class : unsigned int { ZIRC_CLASS_SYMMETRIC = 0, ZIRC_CLASS_ASYMMETRIC = 1 };
 
-// Slots return 0 for success and 1 for failure. One that its algorithm does not fill refuses.
+// The routines through which the frame reaches an algorithm. A null slot is one that the algorithm does not have.
 struct Slots {
     // Output, its length, seed, its length.
     int (*fnRandom)(ZIRC_Context&, unsigned char*, int, const unsigned char*, int) = nullptr;
@@ -33,7 +33,7 @@ struct Slots {
     // Mode, output, in/out length, input, its length.
     int (*fnEncrypt)(ZIRC_Context&, int, unsigned char*, int*, const unsigned char*, int) = nullptr;
     int (*fnDecrypt)(ZIRC_Context&, int, unsigned char*, int*, const unsigned char*, int) = nullptr;
-    // Signature and its in/out length, over what waits in stagingBuffer.
+    // Signature and its in/out length, of the digest in stagingBuffer.
     int (*fnSign)(ZIRC_Context&, unsigned char*, int*) = nullptr;
     int (*fnVerify)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnDigestInit)(ZIRC_Context&) = nullptr;
@@ -42,24 +42,27 @@ struct Slots {
     int (*fnMacInit)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnMacUpdate)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnMacFinal)(ZIRC_Context&, unsigned char*, int*) = nullptr;
+    // Output, first link, count of further links.
+    int (*fnMacChain)(ZIRC_Context&, unsigned char*, const unsigned char*, int) = nullptr;
 };
+inline constexpr Slots noSlots{};
 
 // The size fields of an algorithm.
 struct Sizes {
     int nKeyLen = 0;          // symmetric class: bytes of the schedule
-    int nMinPublicKeyLen = 0; // lowest accepted lengths of key blobs: bounds only, the parser does the checking
+    int nMinPublicKeyLen = 0; // least accepted lengths of key blobs; the parser does the real checking
     int nMinPrivateKeyLen = 0;
     int nUserKeyLen = 0; // bytes of user key that ZIRC_GenerateKey needs
     int nIvLen = 0;
     int nInputBlockLen = 0;  // block size; RSA: largest plaintext of one operation
     int nOutputBlockLen = 0; // block size; RSA: bytes of the modulus; digest or MAC: its size
     int nKeyBits = 0;        // bits of the modulus, or of p
-    int nPrimeCount = 0;     // RSA: for the making of keys
+    int nPrimeCount = 0;     // RSA: for key generation
 };
 
 inline constexpr int stagingLength = 1000;
 
-// The key of an algorithm, as its slots make it.
+// The key of an algorithm, as its slots read it.
 union KeyArea {
     SEED_Schedule seed;
     ZIRC_RsaKey rsa;
@@ -68,7 +71,7 @@ union KeyArea {
     KeyArea() {}
 };
 
-// Zeroed when it is made, but for the key's area, and wiped before it is released.
+// Zeroed on allocation, but for keyArea, and wiped before it is released.
 struct ZIRC_Context {
     unsigned int nClass = ZIRC_CLASS_SYMMETRIC;
     Sizes sizes;
@@ -78,26 +81,26 @@ struct ZIRC_Context {
         MD5_State md5;
     } digestState = {};
     HMAC_State macState = {};
-    Slots slots;
+    const Slots* slots = &noSlots;
     unsigned char iv[seedBlockLength] = {};
-    unsigned char stagingBuffer[stagingLength] = {}; // input waiting for the primitive, or what is to be signed
+    unsigned char stagingBuffer[stagingLength] = {}; // input for the primitive, or the digest to be signed
     int nBuffered = 0;                               // bytes in stagingBuffer
     int nError = ZIRC_OK;                            // last base code
     std::size_t keyAreaUsed = 0;                     // bytes of the area that hold a key
-    KeyArea keyArea;                                 // the last, so that what is to be wiped lies in one piece
+    KeyArea keyArea;                                 // the last member, so that one wipe covers all that was used
 };
 
-// Stores a base code; always 1, so that a failing path returns what this returns.
+// Stores a base code and returns 1, so that a failing path returns what this returns.
 int ZIRC_SetError(ZIRC_Context& context, int code);
 
-// Each fills in what its kind of operation needs of the id's row, or refuses with ZIRC_INVALID_ALGORITHM.
+// A binder takes sizes and slots from the id's row, or refuses with ZIRC_INVALID_ALGORITHM.
 int bindCipher(ZIRC_Context& context, int nAlgID, int mode); // ZIRC_INVALID_MODE for SEED in any mode but CBC
 int bindHash(ZIRC_Context& context, int nAlgID);
 int bindSignature(ZIRC_Context& context, int nAlgID);
 int bindMAC(ZIRC_Context& context, int nAlgID);
 int bindRandom(ZIRC_Context& context, int nAlgID);
 
-// ---- the stages, which a public operation runs one after the other ----
+// ---- the stages of the public operations ----
 
 int ZIRC_EncryptInit(ZIRC_Context&, const unsigned char* key, int keyLength, int nAlgID, int nEncMode, const unsigned char* iv,
                      int ivLength);

@@ -1,4 +1,4 @@
-// What a result code says.
+// ZIRC_GetErrorText.
 #include "engine/frame/zirc.h"
 
 #include <cstdio>
@@ -37,7 +37,7 @@ constexpr ResultText resultTexts[] = {
 
 constexpr const char* stagePrefixes[] = {"", "Init stage;", "Update stage;", "Final stage;"};
 
-// One a thread, so that threads do not write over each other's texts.
+// One for each thread, so that threads do not overwrite each other's texts.
 constinit thread_local char buffer[99] = {};
 
 } // namespace

@@ -1,33 +1,22 @@
 #include "engine/frame/kcdsa_slots.h"
 
-#include "base/wipe.h"
+#include "engine/frame/key_slots.h"
+#include "engine/frame/slots.h"
 #include "engine/kcdsa/kcdsa.h"
-
-#include <new>
 
 namespace vrno {
 
-// An empty key in the context's area.
-static ZIRC_KcdsaKey& newKey(ZIRC_Context& context)
-{
-    context.keyAreaUsed = sizeof(ZIRC_KcdsaKey);
-    return *new (&context.keyArea.kcdsa) ZIRC_KcdsaKey;
-}
+namespace {
 
-static int setPublicKey(ZIRC_Context& context, const unsigned char* blob, int length)
-{
-    ZIRC_KcdsaKey& key = newKey(context);
-    return kcdsaReadPublicKey(key, blob, length) ? 0 : ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
-}
+struct Kcdsa {
+    using Key = ZIRC_KcdsaKey;
+    static constexpr Key KeyArea::*area = &KeyArea::kcdsa;
+    static constexpr auto readPublicKey = kcdsaReadPublicKey, readPrivateKey = kcdsaReadPrivateKey;
+    static constexpr auto writePublicKey = kcdsaWritePublicKey, writePrivateKey = kcdsaWritePrivateKey;
+};
 
-static int setPrivateKey(ZIRC_Context& context, const unsigned char* blob, int length)
-{
-    ZIRC_KcdsaKey& key = newKey(context);
-    return kcdsaReadPrivateKey(key, blob, length) ? 0 : ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
-}
-
-// The digest begins with z, which is made of the key.
-static int digestInit(ZIRC_Context& context)
+// The digest begins with z, a value of the key.
+int digestInitWithZ(ZIRC_Context& context)
 {
     if (context.nHashId != hashSha1) return ZIRC_SetError(context, ZIRC_INVALID_ALGORITHM);
     unsigned char z[kcdsaZLength];
@@ -37,56 +26,59 @@ static int digestInit(ZIRC_Context& context)
     return 0;
 }
 
-static int sign(ZIRC_Context& context, unsigned char* output, int* outputLength)
+int sign(ZIRC_Context& context, unsigned char* output, int* outputLength)
 {
     ZIRC_BN r, s;
-    if (!kcdsaSign(context.keyArea.kcdsa, context.nHashId, r, s, context.stagingBuffer, context.nBuffered)) {
+    if (kcdsaSign(context.keyArea.kcdsa, context.nHashId, r, s, context.stagingBuffer, context.nBuffered) < 0) {
         return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
     }
-    constexpr int longest = 2 * kcdsaMostOrderBits / 8 + 32; // of the encoding, whose room nobody checks
-    const int length = kcdsaEncodeSignature(r, s, context.nBuffered, output, longest);
-    if (length <= 0) return ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
+    constexpr int maxLength = 2 * kcdsaMaxOrderBits / 8 + 32; // of the encoding, whose room the frame does not check
+    const int length = kcdsaEncodeSignature(r, s, context.nBuffered, output, maxLength);
+    if (length < 0) return ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
     *outputLength = length;
     return 0;
 }
 
-static int verify(ZIRC_Context& context, const unsigned char* signature, int length)
+int verify(ZIRC_Context& context, const unsigned char* signature, int length)
 {
     ZIRC_BN r, s;
-    if (!kcdsaDecodeSignature(signature, length, r, s)) return ZIRC_SetError(context, ZIRC_INVALID_SIGNATURE);
-    const int result = kcdsaVerify(context.keyArea.kcdsa, context.nHashId, context.stagingBuffer, context.nBuffered, r, s);
-    return result < 0 ? ZIRC_SetError(context, ZIRC_VERIFY_FAIL) : 0;
+    if (kcdsaDecodeSignature(signature, length, r, s) < 0) return ZIRC_SetError(context, ZIRC_INVALID_SIGNATURE);
+    const unsigned char* const digest = context.stagingBuffer;
+    return verifyResult(context, kcdsaVerify(context.keyArea.kcdsa, context.nHashId, digest, context.nBuffered, r, s));
 }
 
-// The order's bits for a p of that many.
-static int orderBits(int pBits)
+// The bits of q for so many bits of p.
+int orderBits(int pBits)
 {
-    return pBits == 2048 ? 256 : pBits == 512 ? 128 : 160;
+    if (pBits == 2048) return 256;
+    if (pBits == 512) return 128;
+    return 160;
 }
 
-static int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publicLength, unsigned char* privateBlob,
-                           int* privateLength, const unsigned char*, int)
+int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publicLength, unsigned char* privateBlob,
+                    int* privateLength, const unsigned char*, int)
 {
-    ZIRC_KcdsaKey& key = newKey(context);
-    if (!kcdsaGenerateKeyPair(key, context.sizes.nKeyBits, orderBits(context.sizes.nKeyBits))) {
+    ZIRC_KcdsaKey& key = newKey<Kcdsa>(context);
+    if (kcdsaGenerateKeyPair(key, context.sizes.nKeyBits, orderBits(context.sizes.nKeyBits)) < 0) {
         return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
     }
-    const int written = kcdsaWritePublicKey(key, publicBlob, *publicLength);
-    const int secret = kcdsaWritePrivateKey(key, privateBlob, *privateLength);
-    if (written < 0 || secret < 0) {
-        wipe(privateBlob, static_cast<std::size_t>(*privateLength));
-        return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
-    }
-    *publicLength = written;
-    *privateLength = secret;
-    return 0;
+    return writeKeyPair<Kcdsa>(context, key, {publicBlob, publicLength, privateBlob, privateLength});
 }
 
-const Slots kcdsaSlots{.fnGenerateKeyPair = generateKeyPair,
-                       .fnSetPublicKey = setPublicKey,
-                       .fnSetPrivateKey = setPrivateKey,
-                       .fnSign = sign,
-                       .fnVerify = verify,
-                       .fnDigestInit = digestInit};
+// SHA-1 that begins with z.
+constexpr Slots withZ(Slots slots)
+{
+    slots = withDigest<Sha1Kind>(slots);
+    slots.fnDigestInit = digestInitWithZ;
+    return slots;
+}
+
+} // namespace
+
+constexpr Slots kcdsaSlots = withZ({.fnGenerateKeyPair = generateKeyPair,
+                                    .fnSetPublicKey = setPublicKey<Kcdsa>,
+                                    .fnSetPrivateKey = setPrivateKey<Kcdsa>,
+                                    .fnSign = sign,
+                                    .fnVerify = verify});
 
 } // namespace vrno

@@ -1,4 +1,4 @@
-// What the public operations share: the context of a call, and its way through the stages.
+// What the public operations share: the context of a call, its stages, the checks of their arguments.
 #pragma once
 
 #include "base/wipe.h"
@@ -28,14 +28,47 @@ inline OwnedContext newContext()
 template <class... Stage> int stages(ZIRC_Context& context, Stage... stage)
 {
     int offset = 0;
-    const bool done = ((offset += 1000, stage(context) == 0) && ...);
-    return done ? 0 : context.nError + offset;
+    const auto succeeds = [&](auto& next) {
+        offset += 1000;
+        return next(context) == 0;
+    };
+    if ((succeeds(stage) && ...)) return 0;
+    return context.nError + offset;
 }
 
-// Runs a slot, or refuses where the algorithm has none.
-template <class Slot, class... Argument> int runSlot(ZIRC_Context& context, Slot slot, Argument... arguments)
+// Runs a slot; 1 where the algorithm does not have it.
+template <class Slot, class... Argument> int runSlot(ZIRC_Context& context, Slot Slots::*slot, Argument... arguments)
 {
-    return slot ? slot(context, arguments...) : 1;
+    const Slot run = context.slots->*slot;
+    return run ? run(context, arguments...) : 1;
+}
+
+// The same with ZIRC_STAGED_OPERATION_FAILED for every failure.
+template <class Slot, class... Argument> int runStagedSlot(ZIRC_Context& context, Slot Slots::*slot, Argument... arguments)
+{
+    if (runSlot(context, slot, arguments...) > 0) return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
+    return 0;
+}
+
+inline int checkOutput(ZIRC_Context& context, const unsigned char* output, int room, int needed)
+{
+    if (!output) return ZIRC_SetError(context, ZIRC_INVALID_DATA_POINTER);
+    if (room < needed) return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    return 0;
+}
+
+// The kinds of key: the least length that is accepted, and the slot that reads it.
+struct KeyKind {
+    int Sizes::*minLength;
+    decltype(Slots::fnSetKey) Slots::*set;
+};
+inline constexpr KeyKind symmetricKey{&Sizes::nKeyLen, &Slots::fnSetKey};
+inline constexpr KeyKind publicKey{&Sizes::nMinPublicKeyLen, &Slots::fnSetPublicKey};
+inline constexpr KeyKind privateKey{&Sizes::nMinPrivateKeyLen, &Slots::fnSetPrivateKey};
+
+inline int setKey(ZIRC_Context& context, const KeyKind& kind, const unsigned char* key, int length)
+{
+    return runSlot(context, kind.set, key, length) > 0 ? ZIRC_SetError(context, ZIRC_INVALID_KEY) : 0;
 }
 
 } // namespace vrno

@@ -1,125 +1,88 @@
 #include "engine/frame/rsa_slots.h"
 
-#include "base/wipe.h"
+#include "engine/frame/key_slots.h"
 #include "engine/frame/slots.h"
 #include "engine/rsa/rsa.h"
 
-#include <new>
-
 namespace vrno {
 
-// ---- keys ----
+namespace {
 
-// An empty key in the context's area.
-static ZIRC_RsaKey& newKey(ZIRC_Context& context)
-{
-    context.keyAreaUsed = sizeof(ZIRC_RsaKey);
-    return *new (&context.keyArea.rsa) ZIRC_RsaKey;
-}
+struct Rsa {
+    using Key = ZIRC_RsaKey;
+    static constexpr Key KeyArea::*area = &KeyArea::rsa;
+    static constexpr auto readPublicKey = rsaReadPublicKey, readPrivateKey = rsaReadPrivateKey;
+    static constexpr auto writePublicKey = rsaWritePublicKey, writePrivateKey = rsaWritePrivateKey;
+};
 
-static int setPublicKey(ZIRC_Context& context, const unsigned char* blob, int length)
-{
-    ZIRC_RsaKey& key = newKey(context);
-    return rsaReadPublicKey(key, blob, length) ? 0 : ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
-}
-
-static int setPrivateKey(ZIRC_Context& context, const unsigned char* blob, int length)
-{
-    ZIRC_RsaKey& key = newKey(context);
-    return rsaReadPrivateKey(key, blob, length) ? 0 : ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
-}
-
-// ---- what a routine gave, as a slot tells it ----
-
-static int produced(ZIRC_Context& context, int length, int* outputLength)
-{
-    if (length < 0) return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
-    *outputLength = length;
-    return 0;
-}
-
-// Whether the output has room for the modulus, whose size the key brings: it may be more than the id's row says.
-static bool hasRoom(const ZIRC_Context& context, const int* outputLength)
+// Whether the output has room for the modulus. The key decides its size, which may be more than that of the id's row.
+bool hasRoom(const ZIRC_Context& context, const int* outputLength)
 {
     return *outputLength >= (bnBits(context.keyArea.rsa.n) + 7) / 8;
 }
 
-static int verified(ZIRC_Context& context, int result)
-{
-    return result < 0 ? ZIRC_SetError(context, ZIRC_VERIFY_FAIL) : 0;
-}
-
 // ---- PKCS#1 v1.5 ----
 
-static int encrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
-                   int length)
+using Routine = int (*)(const ZIRC_RsaKey&, unsigned char*, const unsigned char*, int);
+
+// Encryption or decryption, by the key that the mode says.
+template <Routine withPublicKey, Routine withPrivateKey>
+int pkcs1Cipher(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input, int length)
 {
     if (!hasRoom(context, outputLength)) return 1;
-    const auto run = mode == ZIRC_MODE_PUBLIC_KEY ? rsaPublicEncrypt : rsaPrivateEncrypt;
-    return produced(context, run(context.keyArea.rsa, output, input, length), outputLength);
+    const Routine run = mode == ZIRC_MODE_PUBLIC_KEY ? withPublicKey : withPrivateKey;
+    return outputResult(context, run(context.keyArea.rsa, output, input, length), outputLength);
 }
 
-static int decrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
-                   int length)
+int pkcs1Sign(ZIRC_Context& context, unsigned char* output, int* outputLength)
 {
-    if (!hasRoom(context, outputLength)) return 1;
-    const auto run = mode == ZIRC_MODE_PUBLIC_KEY ? rsaPublicDecrypt : rsaPrivateDecrypt;
-    return produced(context, run(context.keyArea.rsa, output, input, length), outputLength);
+    const int length = rsaPrivateEncrypt(context.keyArea.rsa, output, context.stagingBuffer, context.nBuffered);
+    return outputResult(context, length, outputLength);
 }
 
-static int sign(ZIRC_Context& context, unsigned char* output, int* outputLength)
+int pkcs1Verify(ZIRC_Context& context, const unsigned char* signature, int length)
 {
-    return produced(context, rsaPrivateEncrypt(context.keyArea.rsa, output, context.stagingBuffer, context.nBuffered),
-                    outputLength);
+    return verifyResult(context, rsaVerifyPkcs1(context.keyArea.rsa, context.stagingBuffer, context.nBuffered, signature, length));
 }
 
-static int verify(ZIRC_Context& context, const unsigned char* signature, int length)
+template <class Digest> int digestInfoFinal(ZIRC_Context& context, unsigned char* output, int* length)
 {
-    return verified(context, rsaVerifyPkcs1(context.keyArea.rsa, context.stagingBuffer, context.nBuffered, signature, length));
-}
-
-static int digestInfoFinal(ZIRC_Context& context, unsigned char* output, int* length)
-{
-    const DigestKind& kind = context.nHashId == hashSha1 ? sha1Digest : md5Digest;
-    unsigned char digest[20];
+    unsigned char digest[Digest::size];
     int digestLength = 0;
-    if (kind.slots.fnDigestFinal(context, digest, &digestLength) > 0) return 1;
+    digestFinal<Digest>(context, digest, &digestLength);
     *length = rsaDigestInfo(output, context.nHashId, digest, digestLength);
     return 0;
 }
 
 // ---- OAEP and PSS, with an empty label and no salt ----
 
-static int oaepEncrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
-                       int length)
+using LabelRoutine = int (*)(const ZIRC_RsaKey&, unsigned int, unsigned char*, const unsigned char*, int, const unsigned char*,
+                             int);
+
+// Encryption or decryption, which works in one mode only.
+template <int onlyMode, LabelRoutine run>
+int oaepCipher(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input, int length)
 {
-    if (mode != ZIRC_MODE_PUBLIC_KEY || !hasRoom(context, outputLength)) return 1;
-    return produced(context, rsaOaepEncrypt(context.keyArea.rsa, context.nHashId, output, input, length, nullptr, 0), outputLength);
+    if (mode != onlyMode || !hasRoom(context, outputLength)) return 1;
+    return outputResult(context, run(context.keyArea.rsa, context.nHashId, output, input, length, nullptr, 0), outputLength);
 }
 
-static int oaepDecrypt(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input,
-                       int length)
-{
-    if (mode != ZIRC_MODE_PRIVATE_KEY || !hasRoom(context, outputLength)) return 1;
-    return produced(context, rsaOaepDecrypt(context.keyArea.rsa, context.nHashId, output, input, length, nullptr, 0), outputLength);
-}
-
-static int pssSign(ZIRC_Context& context, unsigned char* output, int* outputLength)
+int pssSign(ZIRC_Context& context, unsigned char* output, int* outputLength)
 {
     const int length = rsaPssSign(context.keyArea.rsa, context.nHashId, output, context.stagingBuffer, context.nBuffered, 0);
-    return produced(context, length, outputLength);
+    return outputResult(context, length, outputLength);
 }
 
-static int pssVerify(ZIRC_Context& context, const unsigned char* signature, int length)
+int pssVerify(ZIRC_Context& context, const unsigned char* signature, int length)
 {
-    return verified(context, rsaPssVerify(context.keyArea.rsa, context.nHashId, context.stagingBuffer, context.nBuffered, signature,
-                                          length, 0));
+    return verifyResult(context, rsaPssVerify(context.keyArea.rsa, context.nHashId, context.stagingBuffer, context.nBuffered,
+                                              signature, length, 0));
 }
 
-// ---- making keys ----
+// ---- key generation ----
 
 // The exponent of a parameter 0x02, a length of at most 4, and just that many octets; 65537 for any other.
-static unsigned int exponentOf(const unsigned char* parameter, int length)
+unsigned int exponentOf(const unsigned char* parameter, int length)
 {
     constexpr unsigned int usual = 0x10001;
     if (!parameter || length < 2 || parameter[0] != 0x02 || parameter[1] > 4 || length != 2 + parameter[1]) return usual;
@@ -128,57 +91,49 @@ static unsigned int exponentOf(const unsigned char* parameter, int length)
     return exponent;
 }
 
-using Generator = bool (*)(ZIRC_RsaKey&, int bits, unsigned int exponent, int primeCount);
-
-static int generate(ZIRC_Context& context, Generator generator, unsigned char* publicBlob, int* publicLength,
-                    unsigned char* privateBlob, int* privateLength, const unsigned char* parameter, int parameterLength)
+template <bool multiPrime>
+int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publicLength, unsigned char* privateBlob,
+                    int* privateLength, const unsigned char* parameter, int parameterLength)
 {
-    ZIRC_RsaKey& key = newKey(context);
     const unsigned int exponent = exponentOf(parameter, parameterLength);
-    // No prime less one is without a factor in common with an even exponent.
+    // An even exponent has the factor 2 in common with p - 1 of every prime p.
     if (exponent % 2 == 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
-    if (!generator(key, context.sizes.nKeyBits, exponent, context.sizes.nPrimeCount)) {
-        return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
-    }
-    const int written = rsaWritePublicKey(key, publicBlob, *publicLength);
-    const int secret = rsaWritePrivateKey(key, privateBlob, *privateLength);
-    if (written < 0 || secret < 0) {
-        wipe(privateBlob, static_cast<std::size_t>(*privateLength));
-        return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
-    }
-    *publicLength = written;
-    *privateLength = secret;
-    return 0;
+    ZIRC_RsaKey& key = newKey<Rsa>(context);
+    const Sizes& sizes = context.sizes;
+    const int result = multiPrime ? rsaGenerateMultiPrimeKeyPair(key, sizes.nKeyBits, exponent, sizes.nPrimeCount)
+                                  : rsaGenerateKeyPair(key, sizes.nKeyBits, exponent);
+    if (result < 0) return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
+    return writeKeyPair<Rsa>(context, key, {publicBlob, publicLength, privateBlob, privateLength});
 }
 
-static int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publicLength, unsigned char* privateBlob,
-                           int* privateLength, const unsigned char* parameter, int parameterLength)
+// ---- the constants ----
+
+constexpr Slots pkcs1{.fnGenerateKeyPair = generateKeyPair<false>,
+                      .fnSetPublicKey = setPublicKey<Rsa>,
+                      .fnSetPrivateKey = setPrivateKey<Rsa>,
+                      .fnEncrypt = pkcs1Cipher<rsaPublicEncrypt, rsaPrivateEncrypt>,
+                      .fnDecrypt = pkcs1Cipher<rsaPublicDecrypt, rsaPrivateDecrypt>,
+                      .fnSign = pkcs1Sign,
+                      .fnVerify = pkcs1Verify};
+
+template <class Digest> constexpr Slots withDigestInfo(Slots slots)
 {
-    const Generator twoPrimes = [](ZIRC_RsaKey& key, int bits, unsigned int exponent, int) {
-        return rsaGenerateKeyPair(key, bits, exponent);
-    };
-    return generate(context, twoPrimes, publicBlob, publicLength, privateBlob, privateLength, parameter, parameterLength);
+    slots = withDigest<Digest>(slots);
+    slots.fnDigestFinal = digestInfoFinal<Digest>;
+    return slots;
 }
 
-static int generateMultiPrime(ZIRC_Context& context, unsigned char* publicBlob, int* publicLength, unsigned char* privateBlob,
-                              int* privateLength, const unsigned char* parameter, int parameterLength)
-{
-    return generate(context, rsaGenerateMultiPrimeKeyPair, publicBlob, publicLength, privateBlob, privateLength, parameter,
-                    parameterLength);
-}
+} // namespace
 
-const Slots rsaSlots{.fnGenerateKeyPair = generateKeyPair,
-                     .fnSetPublicKey = setPublicKey,
-                     .fnSetPrivateKey = setPrivateKey,
-                     .fnEncrypt = encrypt,
-                     .fnDecrypt = decrypt,
-                     .fnSign = sign,
-                     .fnVerify = verify};
-const Slots rsaDigestInfoSlots{.fnDigestFinal = digestInfoFinal};
-const Slots rsaOaepPssSlots{.fnGenerateKeyPair = generateMultiPrime,
-                            .fnEncrypt = oaepEncrypt,
-                            .fnDecrypt = oaepDecrypt,
-                            .fnSign = pssSign,
-                            .fnVerify = pssVerify};
+constexpr Slots rsaSlots = pkcs1;
+constexpr Slots rsaMd5Slots = withDigestInfo<Md5Kind>(pkcs1);
+constexpr Slots rsaSha1Slots = withDigestInfo<Sha1Kind>(pkcs1);
+constexpr Slots rsaOaepPssSlots = withDigest<Sha1Kind>({.fnGenerateKeyPair = generateKeyPair<true>,
+                                                        .fnSetPublicKey = setPublicKey<Rsa>,
+                                                        .fnSetPrivateKey = setPrivateKey<Rsa>,
+                                                        .fnEncrypt = oaepCipher<ZIRC_MODE_PUBLIC_KEY, rsaOaepEncrypt>,
+                                                        .fnDecrypt = oaepCipher<ZIRC_MODE_PRIVATE_KEY, rsaOaepDecrypt>,
+                                                        .fnSign = pssSign,
+                                                        .fnVerify = pssVerify});
 
 } // namespace vrno

@@ -5,8 +5,8 @@
 
 namespace vrno {
 
-extern const Slots rsaSlots;           // keys, and the forms of PKCS#1 v1.5
-extern const Slots rsaDigestInfoSlots; // the digest leaves a DigestInfo behind
-extern const Slots rsaOaepPssSlots;    // in place of PKCS#1 v1.5
+extern const Slots rsaSlots;                  // PKCS#1 v1.5
+extern const Slots rsaMd5Slots, rsaSha1Slots; // the same with a digest, which ends as a DigestInfo
+extern const Slots rsaOaepPssSlots;           // OAEP and PSS with SHA-1
 
 } // namespace vrno

@@ -9,7 +9,7 @@ namespace vrno {
 
 static_assert(sizeof(SEED_Schedule) == seedScheduleLength);
 
-static int generateKey(ZIRC_Context&, unsigned char* output, const unsigned char* userKey)
+static int generateSchedule(ZIRC_Context&, unsigned char* output, const unsigned char* userKey)
 {
     SEED_Schedule schedule;
     SEED_SetKey(schedule, userKey);
@@ -18,7 +18,7 @@ static int generateKey(ZIRC_Context&, unsigned char* output, const unsigned char
     return 0;
 }
 
-static int setKey(ZIRC_Context& context, const unsigned char* key, int length)
+static int setSchedule(ZIRC_Context& context, const unsigned char* key, int length)
 {
     if (length < context.sizes.nKeyLen) return 1;
     std::memcpy(&context.keyArea.seed, key, sizeof context.keyArea.seed);
@@ -28,28 +28,19 @@ static int setKey(ZIRC_Context& context, const unsigned char* key, int length)
 
 using CbcRoutine = void (*)(const SEED_Schedule&, unsigned char*, const unsigned char*, std::size_t, unsigned char*);
 
-// One run of CBC over whole blocks, from the context's chaining value and back to it.
-static int runCbc(ZIRC_Context& context, CbcRoutine routine, unsigned char* output, int* outputLength, const unsigned char* input,
-                  int inputLength)
+// One run over whole blocks, from the context's chaining value, which it replaces.
+template <CbcRoutine run>
+static int runCbc(ZIRC_Context& context, int, unsigned char* output, int* outputLength, const unsigned char* input, int inputLength)
 {
     if (inputLength % context.sizes.nInputBlockLen != 0) return 1;
-    routine(context.keyArea.seed, output, input, static_cast<std::size_t>(inputLength), context.iv);
+    run(context.keyArea.seed, output, input, static_cast<std::size_t>(inputLength), context.iv);
     *outputLength = inputLength;
     return 0;
 }
 
-static int encrypt(ZIRC_Context& context, int, unsigned char* output, int* outputLength, const unsigned char* input,
-                   int inputLength)
-{
-    return runCbc(context, SEED_CbcEncrypt, output, outputLength, input, inputLength);
-}
-
-static int decrypt(ZIRC_Context& context, int, unsigned char* output, int* outputLength, const unsigned char* input,
-                   int inputLength)
-{
-    return runCbc(context, SEED_CbcDecrypt, output, outputLength, input, inputLength);
-}
-
-const Slots seedSlots{.fnGenerateKey = generateKey, .fnSetKey = setKey, .fnEncrypt = encrypt, .fnDecrypt = decrypt};
+const Slots seedSlots{.fnGenerateKey = generateSchedule,
+                      .fnSetKey = setSchedule,
+                      .fnEncrypt = runCbc<SEED_CbcEncrypt>,
+                      .fnDecrypt = runCbc<SEED_CbcDecrypt>};
 
 } // namespace vrno

@@ -1,13 +1,20 @@
-// The engine's public operations: each one is a whole job over buffers of the caller.
+// The interface of the engine. Each operation is a whole job over buffers of the caller.
 //
 // Lengths are signed 32-bit counts of bytes; a negative one is refused. An in/out length holds the room on entry and the
 // bytes produced on return. Nothing lives longer than a call: keys, schedules and chaining values come from the caller
-// and go back to the caller's buffers.
+// and go back to the caller's buffers. After a failure the output has no meaning.
 //
-// A result is 0 or a code below. Operations that run in stages add 1000 for a failure while they set up, 2000 while
-// they take the data in, 3000 while they finish; 102 for want of memory comes without. After a failure the output holds
-// nothing of use.
+// Results, in the whole engine:
+//
+//   operation        0 for success, or a code below. Operations with stages add 1000 for a failure in Init, 2000 in Update,
+//                    3000 in Final; ZIRC_MEMORY_ERROR for their context has no offset.
+//   stage, slot      0 for success; 1 for failure, with the code in the context
+//   other routines   0 or more for success, negative for failure. The number says more only where the declaration tells
+//                    what it is, for instance the length of the output.
+//   bool             the answer to a question
 #pragma once
+
+#include "engine/seed/padding_id.h"
 
 namespace vrno {
 
@@ -38,30 +45,18 @@ enum ZIRC_Mode : int {
     ZIRC_MODE_PRIVATE_KEY = 7,
 };
 
-// What is appended to fill the last block; where nothing is told, decryption leaves it there.
-enum ZIRC_Padding : int {
-    ZIRC_PAD_NONE = 0,
-    ZIRC_PAD_RANDOM = 2,
-    ZIRC_PAD_ZERO = 3,
-    ZIRC_PAD_BIT = 4, // 0x80 and zeros; removed
-    ZIRC_PAD_55 = 5,
-    ZIRC_PAD_FF = 6,
-    ZIRC_PAD_LENGTH = 8,            // bytes that hold their own count; checked and removed; also 9
-    ZIRC_PAD_LENGTH_MINUS_ONE = 10, // one less; checked and removed; also 11
-};
-
 // SEED: bytes of a user key, a block and an IV, and of the key schedule that the cipher operations take as their key.
 inline constexpr int seedKeyLength = 16, seedBlockLength = 16, seedScheduleLength = 128;
 
-// Fills the output. With a seed, that is laid over the output first and goes into the result. No stages.
+// Fills the output. A seed is first copied over the output, again and again, and so goes into the result. No stages.
 int ZIRC_GenerateRandom(int nAlgID, unsigned char* output, int outputLength, const unsigned char* seed, int seedLength);
 
 // The key schedule of a user key. No stages.
 int ZIRC_GenerateKey(unsigned char* schedule, int* scheduleLength, int nAlgID, const unsigned char* userKey, int userKeyLength);
 
-// Symmetric class: the key is a schedule, and on success the iv becomes the chaining value for the next message. The
-// room must be that of the input, and at least a block where Update has written it full; what the padding needs above
-// that is looked at before it is written. Asymmetric class: the key is a blob in DER, and one operation is done.
+// Symmetric class: the key is a schedule, and on success the iv becomes the chaining value for the next message. The output
+// needs the room of the input, in encryption with its padding, and of one block at least. Asymmetric class: the key is a blob in
+// DER, and the input is the input of one RSA operation.
 int ZIRC_EncryptData(unsigned char* key, int keyLength, int nAlgID, int nEncMode, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength, unsigned char* iv, int ivLength, int nPaddintType);
 int ZIRC_DecryptData(unsigned char* key, int keyLength, int nAlgID, int nEncMode, unsigned char* output, int* outputLength,
@@ -72,13 +67,18 @@ int ZIRC_DigestData(int nAlgID, unsigned char* output, int* outputLength, const 
 int ZIRC_GenerateMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength);
 
-// The room of the output is not looked at: it must hold the modulus, or the DER of a KCDSA signature.
+// The XOR of a chain of MACs: of `firstLink`, and of `furtherLinks` more, each of which is the MAC of the one before it: the
+// loop of PBKDF2 (RFC 8018, 5.2). A link has the length of the MAC.
+int ZIRC_ChainMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
+                  const unsigned char* firstLink, int linkLength, int furtherLinks);
+
+// The room of the output is not checked: it must hold the modulus, or the DER of a KCDSA signature.
 int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                   const unsigned char* input, int inputLength);
 int ZIRC_VerifyData(const unsigned char* key, int keyLength, int nAlgID, const unsigned char* signature, int signatureLength,
                     const unsigned char* input, int inputLength);
 
-// A text such as "Update stage; Invalid key value.(2107)"; empty for a code of no row. Good until the thread's next call.
+// A text such as "Update stage; Invalid key value.(2107)"; empty for an unknown code. Valid until the thread's next call.
 const char* ZIRC_GetErrorText(int code);
 
 } // namespace vrno

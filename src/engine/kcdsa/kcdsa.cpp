@@ -1,4 +1,4 @@
-// Signatures of KCDSA and its key blobs.
+// Signatures and key blobs of KCDSA.
 #include "engine/kcdsa/kcdsa.h"
 
 #include "base/wipe.h"
@@ -15,34 +15,38 @@ namespace vrno {
 
 namespace {
 
-constexpr int mostBytes = kcdsaMostBits / 8;
+constexpr int maxBytes = kcdsaMaxBits / 8;
 
-int bytesOf(const ZIRC_BN& a)
+int bnLength(const ZIRC_BN& a)
 {
     return (bnBits(a) + 7) / 8;
 }
 
-bool isModulus(const ZIRC_BN& a, int mostBits)
+bool isKcdsaModulus(const ZIRC_BN& a, int maxBits)
 {
-    return bnBits(a) > 1 && bnBits(a) <= mostBits;
+    return bnBits(a) > 1 && bnBits(a) <= maxBits;
 }
 
-bool areParameters(const ZIRC_KcdsaKey& key)
+bool areKcdsaParameters(const ZIRC_KcdsaKey& key)
 {
-    if (!isModulus(key.p, kcdsaMostBits) || bnTestBit(key.p, 0) == 0 || !isModulus(key.q, kcdsaMostOrderBits)) return false;
+    if (!isKcdsaModulus(key.p, kcdsaMaxBits) || !isOdd(key.p) || !isKcdsaModulus(key.q, kcdsaMaxOrderBits)) return false;
     ZIRC_BN g;
     bnMod(g, key.g, key.p);
     return bnBits(g) > 1;
 }
 
-void hashOf(unsigned int hashId, unsigned char* output, const unsigned char* data, int length)
+void kcdsaHash(unsigned int hashId, unsigned char* output, const unsigned char* data, int length)
 {
     const auto count = static_cast<std::size_t>(length);
-    hashId == hashSha1 ? SHA1_Digest(output, data, count) : HAS160_Digest(output, data, count);
+    if (hashId == hashSha1) {
+        SHA1_Digest(output, data, count);
+    } else {
+        HAS160_Digest(output, data, count);
+    }
 }
 
-// (r XOR digest) modulo q.
-void combine(ZIRC_BN& e, const ZIRC_BN& r, const unsigned char* digest, int digestLength, const ZIRC_BN& q)
+// E of the standard: (r XOR digest) modulo q.
+void kcdsaE(ZIRC_BN& e, const ZIRC_BN& r, const unsigned char* digest, int digestLength, const ZIRC_BN& q)
 {
     ZIRC_BN d, mixed;
     bnFromBytes(d, digest, digestLength);
@@ -54,25 +58,25 @@ void combine(ZIRC_BN& e, const ZIRC_BN& r, const unsigned char* digest, int dige
 
 // ---- keys ----
 
-bool kcdsaReadPublicKey(ZIRC_KcdsaKey& key, const unsigned char* blob, int length)
+int kcdsaReadPublicKey(ZIRC_KcdsaKey& key, const unsigned char* blob, int length)
 {
     DerReader reader(blob, length);
     const DerSequence sequence = derReadSequence(reader);
     for (ZIRC_BN* number : {&key.p, &key.q, &key.g, &key.y}) derReadInteger(reader, *number);
     derFinish(reader, sequence);
-    return !reader.failed && areParameters(key);
+    return !reader.failed && areKcdsaParameters(key) ? 0 : -1;
 }
 
-bool kcdsaReadPrivateKey(ZIRC_KcdsaKey& key, const unsigned char* blob, int length)
+int kcdsaReadPrivateKey(ZIRC_KcdsaKey& key, const unsigned char* blob, int length)
 {
     DerReader reader(blob, length);
     const DerSequence sequence = derReadSequence(reader);
     for (ZIRC_BN* number : {&key.p, &key.q, &key.g, &key.x, &key.y}) derReadInteger(reader, *number);
     derFinish(reader, sequence);
-    if (reader.failed || !areParameters(key)) return false;
+    if (reader.failed || !areKcdsaParameters(key)) return -1;
     Temporary x;
     bnMod(x, key.x, key.q);
-    return bnBits(x) > 0;
+    return bnBits(x) > 0 ? 0 : -1;
 }
 
 int kcdsaWritePublicKey(const ZIRC_KcdsaKey& key, unsigned char* blob, int room)
@@ -99,28 +103,28 @@ void kcdsaZ(const ZIRC_KcdsaKey& key, unsigned char* z)
     bnToBytesFixed(z, low, kcdsaZLength);
 }
 
-bool kcdsaSign(const ZIRC_KcdsaKey& key, unsigned int hashId, ZIRC_BN& r, ZIRC_BN& s, const unsigned char* digest, int digestLength)
+int kcdsaSign(const ZIRC_KcdsaKey& key, unsigned int hashId, ZIRC_BN& r, ZIRC_BN& s, const unsigned char* digest, int digestLength)
 {
-    constexpr int mostDraws = 20; // with a p of whole octets, fewer than one in 128 gives a W that is too short
-    const int pLength = bytesOf(key.p), orderBits = (bnBits(key.q) + 31) / 32 * 32;
-    for (int draw = 0; draw < mostDraws; ++draw) {
+    constexpr int maxDraws = 20; // fewer than one in 128 gives a W that is too short, when p fills its octets
+    const int pLength = bnLength(key.p), orderBits = (bnBits(key.q) + 31) / 32 * 32;
+    for (int draw = 0; draw < maxDraws; ++draw) {
         Temporary drawn, k, difference;
         ZIRC_BN W, e;
-        if (!bnRandom(drawn, orderBits, 1, 0)) return false;
+        if (bnRandom(drawn, orderBits, true, false) < 0) return -1;
         bnMod(k, drawn, key.q);
         if (bnBits(k) == 0) continue;
         bnModExpSecret(W, key.g, k, key.p);
-        if (bytesOf(W) != pLength) continue;
-        unsigned char bytes[mostBytes], hash[kcdsaDigestLength];
+        if (bnLength(W) != pLength) continue;
+        unsigned char bytes[maxBytes], hash[kcdsaDigestLength];
         bnToBytesFixed(bytes, W, pLength);
-        hashOf(hashId, hash, bytes, pLength);
+        kcdsaHash(hashId, hash, bytes, pLength);
         bnFromBytes(r, hash, digestLength);
-        combine(e, r, digest, digestLength, key.q);
+        kcdsaE(e, r, digest, digestLength, key.q);
         bnModSub(difference, k, e, key.q);
         bnModMul(s, key.x, difference, key.q);
-        if (bnBits(s) > 0) return true;
+        if (bnBits(s) > 0) return 0;
     }
-    return false;
+    return -1;
 }
 
 int kcdsaVerify(const ZIRC_KcdsaKey& key, unsigned int hashId, const unsigned char* digest, int digestLength, const ZIRC_BN& r,
@@ -128,19 +132,19 @@ int kcdsaVerify(const ZIRC_KcdsaKey& key, unsigned int hashId, const unsigned ch
 {
     if (bnBits(s) == 0 || bnIsGreaterOrEqual(s, key.q)) return -1;
     ZIRC_BN e, ofY, ofG, W;
-    combine(e, r, digest, digestLength, key.q);
+    kcdsaE(e, r, digest, digestLength, key.q);
     bnModExpReduced(ofY, key.y, s, key.p);
     bnModExpReduced(ofG, key.g, e, key.p);
     bnModMul(W, ofY, ofG, key.p);
-    unsigned char bytes[mostBytes], hash[kcdsaDigestLength];
+    unsigned char bytes[maxBytes], hash[kcdsaDigestLength];
     const auto matches = [&](int length) {
         ZIRC_BN expected;
-        hashOf(hashId, hash, bytes, length);
+        kcdsaHash(hashId, hash, bytes, length);
         bnFromBytes(expected, hash, digestLength);
-        return bnIsEqual(expected, r) == 1;
+        return bnIsEqual(expected, r);
     };
-    bnToBytesFixed(bytes, W, bytesOf(key.p));
-    if (matches(bytesOf(key.p))) return 1;
+    bnToBytesFixed(bytes, W, bnLength(key.p));
+    if (matches(bnLength(key.p))) return 1;
     return matches(bnToBytes(bytes, W)) ? 2 : -1;
 }
 
@@ -155,7 +159,7 @@ int kcdsaEncodeSignature(const ZIRC_BN& r, const ZIRC_BN& s, int digestLength, u
     return writer.failed ? -1 : writer.length;
 }
 
-bool kcdsaDecodeSignature(const unsigned char* signature, int length, ZIRC_BN& r, ZIRC_BN& s)
+int kcdsaDecodeSignature(const unsigned char* signature, int length, ZIRC_BN& r, ZIRC_BN& s)
 {
     DerReader reader(signature, length);
     const DerSequence sequence = derReadSequence(reader);
@@ -163,7 +167,7 @@ bool kcdsaDecodeSignature(const unsigned char* signature, int length, ZIRC_BN& r
     derReadBitString(reader, r, octets);
     derReadInteger(reader, s);
     derFinish(reader, sequence);
-    return !reader.failed;
+    return reader.failed ? -1 : 0;
 }
 
 } // namespace vrno

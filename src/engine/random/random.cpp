@@ -25,15 +25,15 @@ struct Pool {
 // ---- the process's state, under one lock ----
 
 constinit platform::Mutex randMutex;
-constinit Pool randPool; // its digest is the running one that the generators of single calls share
+constinit Pool randPool; // the pools of single calls share its digest
 constinit std::uint32_t seededProcess = 0;
 
-// Forks wait until nobody is inside, so that a child finds the pool whole and the lock free.
+// A fork waits for the lock, so that a child finds the pool in order and the lock free.
 class Locked {
 public:
     Locked()
     {
-        platform::holdDuringFork(randMutex, [] { seededProcess = 0; }); // a child's pool is its parent's until it is seeded
+        platform::holdDuringFork(randMutex, [] { seededProcess = 0; }); // so that a child seeds
         randMutex.lock();
     }
     ~Locked() { randMutex.unlock(); }
@@ -43,16 +43,16 @@ public:
 
 // ---- mixing ----
 
-// The `count` bytes of the pool's first `size` that start at `from` and go on at the front.
-template <class Update> void takeRound(const Pool& pool, std::size_t from, std::size_t count, std::size_t size, Update update)
+// Updates with `count` bytes from the position `from`. After the pool's first `size` bytes it continues at the front.
+template <class Update> void updateFromRing(const Pool& pool, std::size_t from, std::size_t count, std::size_t size, Update update)
 {
-    const std::size_t first = std::min(count, size - std::min(from, size));
-    update(pool.bytes + from, first);
-    update(pool.bytes, count - first);
+    const std::size_t upToEnd = std::min(count, size - std::min(from, size));
+    update(pool.bytes + from, upToEnd);
+    update(pool.bytes, count - upToEnd);
 }
 
 // Mixes data into the pool, twenty bytes at a time. `more` goes into each digest.
-void mix(Pool& pool, const unsigned char* data, std::size_t length, const unsigned char* more, std::size_t moreLength)
+void randMix(Pool& pool, const unsigned char* data, std::size_t length, const unsigned char* more, std::size_t moreLength)
 {
     std::size_t i = pool.index;
     pool.index += length;
@@ -69,7 +69,7 @@ void mix(Pool& pool, const unsigned char* data, std::size_t length, const unsign
         SHA1_Init(state);
         update(pool.digest, digestLength);
         update(more, moreLength);
-        takeRound(pool, i, piece, poolLength, update);
+        updateFromRing(pool, i, piece, poolLength, update);
         update(data + done, piece);
         SHA1_Final(state, pool.digest);
         wipe(&state, sizeof state);
@@ -81,9 +81,9 @@ void mix(Pool& pool, const unsigned char* data, std::size_t length, const unsign
     }
 }
 
-// Fills the output, eight bytes a digest: half of the digest comes out, and `feedback` goes back into the pool.
+// Fills the output, eight bytes a digest: the second half of `digest` goes to the output, and `feedback` into the pool.
 template <class Digest>
-void draw(Pool& pool, unsigned char* running, const unsigned char* feedback, unsigned char* output, std::size_t length)
+void randDraw(Pool& pool, unsigned char* digest, const unsigned char* feedback, unsigned char* output, std::size_t length)
 {
     constexpr std::size_t half = 8;
     std::size_t i = pool.index;
@@ -94,100 +94,105 @@ void draw(Pool& pool, unsigned char* running, const unsigned char* feedback, uns
     while (length > 0) {
         const std::size_t piece = std::min(length, half);
         Digest::init(state);
-        update(running + half, half);
+        update(digest + half, half);
         update(output, piece);
-        takeRound(pool, i, piece, pool.size, update);
-        Digest::final(state, running);
+        updateFromRing(pool, i, piece, pool.size, update);
+        Digest::final(state, digest);
         for (std::size_t m = 0; m < piece; ++m) {
             if (i >= pool.size) i = 0;
             pool.bytes[i++] ^= feedback[m];
-            *output++ = running[half + m];
+            *output++ = digest[half + m];
         }
         length -= piece;
     }
     Digest::init(state);
     update(reinterpret_cast<const unsigned char*>(&pool.count), sizeof pool.count);
     ++pool.count;
-    update(running, Digest::size);
-    Digest::final(state, running);
+    update(digest, Digest::size);
+    Digest::final(state, digest);
     wipe(&state, sizeof state);
 }
 
-std::uint32_t now()
+std::uint32_t wallClockSeconds()
 {
     return static_cast<std::uint32_t>(platform::wallClock().seconds);
 }
 
-// Seeds with bytes of the system and the time. `more` is the process and the first word of each seed.
-template <std::size_t length> bool seedFromSystem(Pool& pool, bool tellsProcess)
+// How a pool is seeded.
+struct Seeding {
+    std::size_t length; // bytes of the system's random source
+    bool withProcess;   // each seed goes in together with the process id and the seed's first word
+};
+constexpr Seeding ofProcess{88, false};
+constexpr Seeding ofCall{92, true};
+
+void randMixSeed(Pool& pool, const Seeding& seeding, const unsigned char* data, std::size_t length)
 {
-    unsigned char bytes[length];
-    const bool given = platform::randomBytes(bytes, length);
-    const auto seed = [&pool, tellsProcess](const unsigned char* data, std::size_t count) {
-        unsigned char more[8];
-        const std::uint32_t process = platform::processId();
-        std::memcpy(more, &process, 4);
-        std::memcpy(more + 4, data, 4);
-        mix(pool, data, count, more, tellsProcess ? sizeof more : 0);
-        wipe(more, sizeof more);
-    };
-    const std::uint32_t time = now();
-    if (given) {
-        seed(bytes, length);
-        seed(reinterpret_cast<const unsigned char*>(&time), sizeof time);
-    }
-    wipe(bytes, length);
-    return given;
+    SecretArea<8> more;
+    const std::uint32_t process = platform::processId();
+    std::memcpy(more.bytes, &process, 4);
+    std::memcpy(more.bytes + 4, data, 4);
+    randMix(pool, data, length, more.bytes, seeding.withProcess ? sizeof more.bytes : 0);
 }
 
-// With the lock held: seeds on first use, and in a child, which throws its parent's pool away, whole or half done. The
-// number tells a child that no handler ran in.
-bool seedProcess()
+// Seeds with bytes of the system and the time.
+int randSeedFromSystem(Pool& pool, const Seeding& seeding)
+{
+    SecretArea<92> area;
+    if (!platform::randomBytes(area.bytes, seeding.length)) return -1;
+    const std::uint32_t time = wallClockSeconds();
+    randMixSeed(pool, seeding, area.bytes, seeding.length);
+    randMixSeed(pool, seeding, reinterpret_cast<const unsigned char*>(&time), sizeof time);
+    return 0;
+}
+
+// With the lock held: seeds on first use, and in a child. A child discards its parent's pool, which another thread of the
+// parent may have been changing. The process id shows a child even if no fork handler ran.
+int randSeedProcess()
 {
     const std::uint32_t process = platform::processId();
-    if (seededProcess == process) return true;
+    if (seededProcess == process) return 0;
     randPool = Pool{};
-    if (!seedFromSystem<88>(randPool, false)) return false;
+    if (randSeedFromSystem(randPool, ofProcess) < 0) return -1;
     seededProcess = process;
-    return true;
+    return 0;
 }
 
 } // namespace
 
-bool randSeed(const unsigned char* data, int length)
+int randSeed(const unsigned char* data, int length)
 {
     const Locked lock;
-    if (!seedProcess()) return false;
-    if (length > 0) mix(randPool, data, static_cast<std::size_t>(length), nullptr, 0);
-    return true;
+    if (randSeedProcess() < 0) return -1;
+    if (length > 0) randMix(randPool, data, static_cast<std::size_t>(length), nullptr, 0);
+    return 0;
 }
 
-bool randBytes(unsigned char* output, int length)
+int randBytes(unsigned char* output, int length)
 {
     const Locked lock;
-    if (!seedProcess()) return false;
-    if (length > 0) draw<Md5Kind>(randPool, randPool.digest, randPool.digest, output, static_cast<std::size_t>(length));
-    return true;
+    if (randSeedProcess() < 0) return -1;
+    if (length > 0) randDraw<Md5Kind>(randPool, randPool.digest, randPool.digest, output, static_cast<std::size_t>(length));
+    return 0;
 }
 
-bool randBytesLocal(unsigned char* output, int length)
+int randBytesLocal(unsigned char* output, int length)
 {
-    if (length < 1) return true;
+    if (length < 1) return 0;
     Pool pool;
-    if (!seedFromSystem<92>(pool, true)) return false;
-    unsigned char running[digestLength];
+    if (randSeedFromSystem(pool, ofCall) < 0) return -1;
+    SecretArea<digestLength> digest;
     {
         const Locked lock;
-        std::memcpy(running, randPool.digest, digestLength);
+        std::memcpy(digest.bytes, randPool.digest, digestLength);
     }
-    draw<Sha1Kind>(pool, running, pool.digest, output, static_cast<std::size_t>(length));
+    randDraw<Sha1Kind>(pool, digest.bytes, pool.digest, output, static_cast<std::size_t>(length));
     {
         const Locked lock;
-        std::memcpy(randPool.digest, running, digestLength);
+        std::memcpy(randPool.digest, digest.bytes, digestLength);
     }
     wipe(&pool, sizeof pool);
-    wipe(running, sizeof running);
-    return true;
+    return 0;
 }
 
 } // namespace vrno

@@ -3,17 +3,17 @@
 
 namespace vrno {
 
-// Fills the output from the process-wide pool, which is seeded with bytes of the system's random source when it is first
-// used, and anew in a forked child. What the output holds goes into the result. One thread at a time gets in; a fork
-// waits for it. False when the system gives no random bytes.
-bool randBytes(unsigned char* output, int length);
+// 0, or -1 when the system gives no random bytes. What the output holds on entry goes into the result.
 
-// Fills the output from a pool of this call's own, seeded with bytes of the system's random source every time. The
-// process's running digest links it to the calls before. What the output holds goes into the result. False when the
-// system gives no random bytes.
-bool randBytesLocal(unsigned char* output, int length);
+// Fills the output from the process-wide pool. The pool is seeded with bytes of the system's random source on first use, and
+// anew in a forked child. One thread at a time uses it; a fork waits for that thread.
+int randBytes(unsigned char* output, int length);
+
+// Fills the output from a pool of this call's own, which is seeded with bytes of the system's random source. A digest that
+// the calls of a process share links it to the calls before.
+int randBytesLocal(unsigned char* output, int length);
 
 // Mixes bytes into the process-wide pool.
-bool randSeed(const unsigned char* data, int length);
+int randSeed(const unsigned char* data, int length);
 
 } // namespace vrno

@@ -20,15 +20,15 @@ int modulusBytes(const ZIRC_RsaKey& key)
     return (bnBits(key.n) + 7) / 8;
 }
 
-using SecretBytes = SecretArea<rsaMostBytes + 64>;
+using SecretBytes = SecretArea<rsaMaxBytes + 64>;
 
-void publicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+void rsaPublicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
 {
     bnModExpReduced(result, x, key.e, key.n);
 }
 
-// One more prime joins a result of the Chinese remainder theorem: result += product * ((m - result) * coefficient mod prime).
-void joinPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, const ZIRC_BN& prime, const ZIRC_BN& product)
+// Adds one more prime to a result of the Chinese remainder theorem: result += product * ((m - result) * coefficient mod prime).
+void crtAddPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, const ZIRC_BN& prime, const ZIRC_BN& product)
 {
     Temporary h, step, sum;
     bnModSub(h, m, result, prime);
@@ -38,7 +38,7 @@ void joinPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, co
     bnCopy(result, sum);
 }
 
-void privateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+void rsaPrivateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
 {
     if (bnBits(key.qInv) == 0) {
         bnModExpSecret(result, x, key.d, key.n);
@@ -46,23 +46,24 @@ void privateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
     }
     Temporary m, product, next;
     bnModExpSecretPair(x, result, key.dQ, key.q, m, key.dP, key.p);
-    joinPrime(result, m, key.qInv, key.p, key.q);
+    crtAddPrime(result, m, key.qInv, key.p, key.q);
     bnMul(product, key.p, key.q);
     for (int i = 0; i < key.nPrimes - 2; ++i) {
         bnModExpSecret(m, x, key.dR[i], key.r[i]);
-        joinPrime(result, m, key.t[i], key.r[i], product);
+        crtAddPrime(result, m, key.t[i], key.r[i], product);
         bnMul(next, product, key.r[i]);
         bnCopy(product, next);
     }
-    bnMod(next, result, key.n); // in its range also where the primes are not the modulus's
+    bnMod(next, result, key.n); // in range also when the primes are not those of the modulus
     bnCopy(result, next);
 }
 
 using Operation = void (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
 
-// The operation on bytes as a number; the result in `width` bytes, or -1 where it is longer or the number is not below the
+// The operation on bytes as a number; the result in `width` bytes, or -1 when it is longer or the number is not below the
 // modulus (RFC 8017, 5.1 and 5.2).
-int operate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, int width, const unsigned char* input, int length)
+int rsaOperate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, int width, const unsigned char* input,
+               int length)
 {
     Temporary x, result;
     bnFromBytes(x, input, length);
@@ -75,28 +76,28 @@ int operate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, 
 
 // ---- PKCS#1 v1.5 ----
 
-// 0x00, the block's type, a string that `fill` makes, 0x00, the input.
+// The operation on 0x00, the block's type, a string that `fill` makes, 0x00, the input.
 template <class Fill>
-int blockEncrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, Fill fill, unsigned char* output,
+int pkcs1Encrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, Fill fill, unsigned char* output,
                  const unsigned char* input, int length)
 {
     const int k = modulusBytes(key), padding = k - length - 3;
     if (length < 0 || length > k - 11) return -1;
     SecretBytes em;
     em.bytes[1] = type;
-    if (!fill(em.bytes + 2, padding)) return -1;
+    if (fill(em.bytes + 2, padding) < 0) return -1;
     if (length > 0) std::memcpy(em.bytes + 3 + padding, input, static_cast<std::size_t>(length));
-    return operate(key, operation, output, k, em.bytes, k);
+    return rsaOperate(key, operation, output, k, em.bytes, k);
 }
 
-// What stands behind the padding, whose octets `isPadding` tells; -1 where the block is not of the type.
+// What follows the padding, whose octets `isPadding` accepts; -1 for a block that is not of the type.
 template <class IsPadding>
-int blockDecrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, IsPadding isPadding, unsigned char* output,
+int pkcs1Decrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, IsPadding isPadding, unsigned char* output,
                  const unsigned char* input, int length)
 {
     const int k = modulusBytes(key), emLength = k - 1; // without the leading zero
     SecretBytes em;
-    if (length != k || operate(key, operation, em.bytes, emLength, input, length) < 0 || em.bytes[0] != type) return -1;
+    if (length != k || rsaOperate(key, operation, em.bytes, emLength, input, length) < 0 || em.bytes[0] != type) return -1;
     int at = 1;
     while (at < emLength && isPadding(em.bytes[at])) ++at;
     if (at == emLength || em.bytes[at] != 0 || at - 1 < 8) return -1;
@@ -105,37 +106,41 @@ int blockDecrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type
     return contents;
 }
 
-bool fillNonZero(unsigned char* to, int length)
+int fillNonZero(unsigned char* to, int length)
 {
-    if (!randBytes(to, length)) return false;
+    if (randBytes(to, length) < 0) return -1;
     for (int i = 0; i < length; ++i) {
         while (to[i] == 0) {
-            if (!randBytes(to + i, 1)) return false;
+            if (randBytes(to + i, 1) < 0) return -1;
         }
     }
-    return true;
+    return 0;
 }
 
-bool fillOnes(unsigned char* to, int length)
+int fillOnes(unsigned char* to, int length)
 {
     std::memset(to, 0xFF, static_cast<std::size_t>(length));
-    return true;
+    return 0;
 }
 
 // ---- digests by id ----
 
-int digestLength(unsigned int hashId)
+int rsaDigestLength(unsigned int hashId)
 {
     return hashId == hashSha1 ? 20 : 16;
 }
 
-void digestOf(unsigned int hashId, unsigned char* output, const unsigned char* data, int length)
+void rsaDigest(unsigned int hashId, unsigned char* output, const unsigned char* data, int length)
 {
     const auto count = static_cast<std::size_t>(length);
-    hashId == hashSha1 ? SHA1_Digest(output, data, count) : MD5_Digest(output, data, count);
+    if (hashId == hashSha1) {
+        SHA1_Digest(output, data, count);
+    } else {
+        MD5_Digest(output, data, count);
+    }
 }
 
-void maskWith(unsigned int hashId, unsigned char* data, int length, const unsigned char* seed, int seedLength)
+void mgf1Mask(unsigned int hashId, unsigned char* data, int length, const unsigned char* seed, int seedLength)
 {
     SecretBytes mask;
     rsaMgf1(hashId, mask.bytes, length, seed, seedLength);
@@ -146,34 +151,34 @@ void maskWith(unsigned int hashId, unsigned char* data, int length, const unsign
 void pssHash(unsigned int hashId, unsigned char* output, const unsigned char* digest, int length, const unsigned char* salt,
              int saltLength)
 {
-    unsigned char block[8 + 20 + rsaMostBytes] = {};
+    unsigned char block[8 + 20 + rsaMaxBytes] = {};
     std::memcpy(block + 8, digest, static_cast<std::size_t>(length));
     if (saltLength > 0) std::memcpy(block + 8 + length, salt, static_cast<std::size_t>(saltLength));
-    digestOf(hashId, output, block, 8 + length + saltLength);
+    rsaDigest(hashId, output, block, 8 + length + saltLength);
 }
 
 } // namespace
 
 int rsaPublicEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return blockEncrypt(key, publicOperation, 2, fillNonZero, output, input, length);
+    return pkcs1Encrypt(key, rsaPublicOperation, 2, fillNonZero, output, input, length);
 }
 
 int rsaPrivateEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return blockEncrypt(key, privateOperation, 1, fillOnes, output, input, length);
+    return pkcs1Encrypt(key, rsaPrivateOperation, 1, fillOnes, output, input, length);
 }
 
 int rsaPublicDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return blockDecrypt(
-        key, publicOperation, 1, [](unsigned char octet) { return octet == 0xFF; }, output, input, length);
+    return pkcs1Decrypt(
+        key, rsaPublicOperation, 1, [](unsigned char octet) { return octet == 0xFF; }, output, input, length);
 }
 
 int rsaPrivateDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return blockDecrypt(
-        key, privateOperation, 2, [](unsigned char octet) { return octet != 0; }, output, input, length);
+    return pkcs1Decrypt(
+        key, rsaPrivateOperation, 2, [](unsigned char octet) { return octet != 0; }, output, input, length);
 }
 
 int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned char* digest, int digestLength)
@@ -192,10 +197,10 @@ int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned cha
 int rsaVerifyPkcs1(const ZIRC_RsaKey& key, const unsigned char* digestInfo, int digestInfoLength, const unsigned char* signature,
                    int signatureLength)
 {
-    constexpr int longest = 100;
-    unsigned char content[rsaMostBytes];
+    constexpr int maxContent = 100;
+    unsigned char content[rsaMaxBytes];
     const int length = rsaPublicDecrypt(key, content, signature, signatureLength);
-    if (length < 0 || length > longest) return -1;
+    if (length < 0 || length > maxContent) return -1;
     const auto startsWith = [&](const unsigned char* expected, int count) {
         return length >= count && std::memcmp(content, expected, static_cast<std::size_t>(count)) == 0;
     };
@@ -208,12 +213,12 @@ int rsaVerifyPkcs1(const ZIRC_RsaKey& key, const unsigned char* digestInfo, int 
 
 void rsaMgf1(unsigned int hashId, unsigned char* output, int length, const unsigned char* seed, int seedLength)
 {
-    const int size = digestLength(hashId);
-    unsigned char block[rsaMostBytes + 4], digest[20];
+    const int size = rsaDigestLength(hashId);
+    unsigned char block[rsaMaxBytes + 4], digest[20];
     std::memcpy(block, seed, static_cast<std::size_t>(seedLength));
     for (int done = 0, counter = 0; done < length; done += size, ++counter) {
         for (int i = 0; i < 4; ++i) block[seedLength + i] = static_cast<unsigned char>(counter >> (24 - 8 * i) & 0xFF);
-        digestOf(hashId, digest, block, seedLength + 4);
+        rsaDigest(hashId, digest, block, seedLength + 4);
         std::memcpy(output + done, digest, static_cast<std::size_t>(std::min(size, length - done)));
     }
     wipe(block, sizeof block);
@@ -223,32 +228,32 @@ void rsaMgf1(unsigned int hashId, unsigned char* output, int length, const unsig
 int rsaOaepEncrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* output, const unsigned char* input, int length,
                    const unsigned char* label, int labelLength)
 {
-    const int k = modulusBytes(key), emLength = k - 1, h = digestLength(hashId), dbLength = emLength - h;
+    const int k = modulusBytes(key), emLength = k - 1, h = rsaDigestLength(hashId), dbLength = emLength - h;
     if (length < 0 || length > emLength - 2 * h - 1) return -1;
     SecretBytes em;
     unsigned char *const seed = em.bytes, *const db = em.bytes + h;
-    digestOf(hashId, db, label, labelLength);
+    rsaDigest(hashId, db, label, labelLength);
     db[dbLength - length - 1] = 0x01;
     if (length > 0) std::memcpy(db + dbLength - length, input, static_cast<std::size_t>(length));
-    if (!randBytes(seed, h)) return -1;
-    maskWith(hashId, db, dbLength, seed, h);
-    maskWith(hashId, seed, h, db, dbLength);
-    return operate(key, publicOperation, output, k, em.bytes, emLength);
+    if (randBytes(seed, h) < 0) return -1;
+    mgf1Mask(hashId, db, dbLength, seed, h);
+    mgf1Mask(hashId, seed, h, db, dbLength);
+    return rsaOperate(key, rsaPublicOperation, output, k, em.bytes, emLength);
 }
 
 int rsaOaepDecrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* output, const unsigned char* input, int length,
                    const unsigned char* label, int labelLength)
 {
-    const int k = modulusBytes(key), emLength = k - 1, h = digestLength(hashId), dbLength = emLength - h;
+    const int k = modulusBytes(key), emLength = k - 1, h = rsaDigestLength(hashId), dbLength = emLength - h;
     if (length < 2 * h + 1 || length > k || dbLength < h + 1) return -1;
     SecretBytes em;
     unsigned char *const seed = em.bytes, *const db = em.bytes + h;
-    if (operate(key, privateOperation, em.bytes, emLength, input, length) < 0) return -1;
-    maskWith(hashId, seed, h, db, dbLength);
-    maskWith(hashId, db, dbLength, seed, h);
+    if (rsaOperate(key, rsaPrivateOperation, em.bytes, emLength, input, length) < 0) return -1;
+    mgf1Mask(hashId, seed, h, db, dbLength);
+    mgf1Mask(hashId, db, dbLength, seed, h);
     unsigned char labelDigest[20];
-    digestOf(hashId, labelDigest, label, labelLength);
-    // One failure, found at the end: where it lies must not be told apart.
+    rsaDigest(hashId, labelDigest, label, labelLength);
+    // One failure at the end: a caller must not learn which check failed.
     unsigned int wrong = 0;
     for (int i = 0; i < h; ++i) wrong |= static_cast<unsigned int>(db[i] ^ labelDigest[i]);
     int at = h;
@@ -267,16 +272,16 @@ int rsaPssSign(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* outpu
     const int emBits = bnBits(key.n) - 1, emLength = (emBits + 7) / 8, dbLength = emLength - length - 1;
     if (saltLength < 0 || emLength < saltLength + length + 2) return -1;
     SecretBytes em;
-    unsigned char salt[rsaMostBytes] = {};
-    if (saltLength > 0 && !randBytes(salt, saltLength)) return -1;
+    unsigned char salt[rsaMaxBytes] = {};
+    if (saltLength > 0 && randBytes(salt, saltLength) < 0) return -1;
     unsigned char* const hash = em.bytes + dbLength;
     pssHash(hashId, hash, digest, length, salt, saltLength);
     em.bytes[dbLength - saltLength - 1] = 0x01;
     std::memcpy(em.bytes + dbLength - saltLength, salt, static_cast<std::size_t>(saltLength));
-    maskWith(hashId, em.bytes, dbLength, hash, length);
+    mgf1Mask(hashId, em.bytes, dbLength, hash, length);
     em.bytes[0] &= static_cast<unsigned char>(0xFF >> (8 * emLength - emBits));
     em.bytes[emLength - 1] = 0xBC;
-    return operate(key, privateOperation, output, (bnBits(key.n) + 7) / 8, em.bytes, emLength);
+    return rsaOperate(key, rsaPrivateOperation, output, (bnBits(key.n) + 7) / 8, em.bytes, emLength);
 }
 
 int rsaPssVerify(const ZIRC_RsaKey& key, unsigned int hashId, const unsigned char* digest, int length,
@@ -284,12 +289,12 @@ int rsaPssVerify(const ZIRC_RsaKey& key, unsigned int hashId, const unsigned cha
 {
     const int emBits = bnBits(key.n) - 1, emLength = (emBits + 7) / 8, dbLength = emLength - length - 1;
     if (saltLength < 0 || emLength < saltLength + length + 2 || signatureLength != modulusBytes(key)) return -1;
-    unsigned char em[rsaMostBytes + 8];
-    if (operate(key, publicOperation, em, emLength, signature, signatureLength) < 0) return -1;
+    unsigned char em[rsaMaxBytes + 8];
+    if (rsaOperate(key, rsaPublicOperation, em, emLength, signature, signatureLength) < 0) return -1;
     const auto unusedBits = static_cast<unsigned char>(~(0xFF >> (8 * emLength - emBits)));
     if (em[emLength - 1] != 0xBC || (em[0] & unusedBits) != 0) return -1;
     const unsigned char* const hash = em + dbLength;
-    maskWith(hashId, em, dbLength, hash, length);
+    mgf1Mask(hashId, em, dbLength, hash, length);
     em[0] = static_cast<unsigned char>(em[0] & ~unusedBits);
     const int zeros = dbLength - saltLength - 1;
     for (int i = 0; i < zeros; ++i) {

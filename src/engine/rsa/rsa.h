@@ -1,13 +1,13 @@
-// RSA (RFC 3447): the operations under PKCS#1 v1.5, OAEP and PSS, key blobs, and the making of keys.
+// RSA (RFC 3447): the operations under PKCS#1 v1.5, OAEP and PSS, key blobs, key generation.
 //
-// Routines give the length of what they produced, or a negative number. k is the modulus in bytes.
+// Routines with an output return its length, or a negative number for failure. k is the modulus in bytes.
 #pragma once
 
 #include "engine/bignum/bignum.h"
 
 namespace vrno {
 
-inline constexpr int rsaMostBits = 2048, rsaMostBytes = rsaMostBits / 8;
+inline constexpr int rsaMaxBits = 2048, rsaMaxBytes = rsaMaxBits / 8;
 
 struct ZIRC_RsaKey {
     ZIRC_BN n; // modulus
@@ -17,7 +17,7 @@ struct ZIRC_RsaKey {
     ZIRC_BN q;
     ZIRC_BN dP; // d modulo p - 1
     ZIRC_BN dQ;
-    ZIRC_BN qInv;  // q to the -1 modulo p; zero where the key is used without its primes
+    ZIRC_BN qInv;  // q to the -1 modulo p; zero for a key that is used without its primes
     int nPrimes;   // 2, 3 or 4
     ZIRC_BN r[2];  // the third and fourth prime
     ZIRC_BN dR[2]; // their exponents
@@ -26,19 +26,19 @@ struct ZIRC_RsaKey {
 
 // ---- keys ----
 
-// Reads a blob: SEQUENCE { n, e }, or SEQUENCE { version, n, e, d, p, q, dP, dQ, qInv, otherPrimeInfos OPTIONAL }. False
-// for any that runs past its end or has bytes left in its SEQUENCE, and for numbers with which no operation makes sense
-// or which would take longer than the largest key: an even modulus or prime, one of 0 or 1, more bits than rsaMostBits or,
-// with primes, than the modulus has.
-bool rsaReadPublicKey(ZIRC_RsaKey& key, const unsigned char* blob, int length);
-bool rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length);
-// The bytes written, or -1 where they do not fit into `room`.
+// Reads a blob: SEQUENCE { n, e }, or SEQUENCE { version, n, e, d, p, q, dP, dQ, qInv, otherPrimeInfos OPTIONAL }. 0, or -1
+// for a blob that runs past its end or has bytes left in its SEQUENCE, and for numbers that no operation can use or that
+// take longer than the largest key: an even modulus or prime, one of 0 or 1, more bits than rsaMaxBits, primes with more
+// bits together than the modulus.
+int rsaReadPublicKey(ZIRC_RsaKey& key, const unsigned char* blob, int length);
+int rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length);
+// The bytes written, or -1 when they do not fit into `room`.
 int rsaWritePublicKey(const ZIRC_RsaKey& key, unsigned char* blob, int room);
 int rsaWritePrivateKey(const ZIRC_RsaKey& key, unsigned char* blob, int room);
 
-// False when the system gives no random bytes.
-bool rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent);
-bool rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent, int primeCount);
+// 0, or -1 when the system gives no random bytes.
+int rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent);
+int rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent, int primeCount);
 
 // ---- PKCS#1 v1.5: outputs have room for k bytes ----
 
@@ -47,10 +47,10 @@ int rsaPrivateEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsig
 int rsaPublicDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length);
 int rsaPrivateDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length);
 
-// 1 when the signature holds the DigestInfo, with whatever behind it, or the digest alone; else -1.
+// 1 when the signature contains the DigestInfo, whatever follows it, or the digest alone; else -1.
 int rsaVerifyPkcs1(const ZIRC_RsaKey& key, const unsigned char* digestInfo, int digestInfoLength, const unsigned char* signature,
                    int signatureLength);
-// The DigestInfo of a digest: prefix and digest, at most 35 bytes. The digest may stand in the output's own front.
+// The DigestInfo of a digest: prefix and digest, at most 35 bytes. The digest may lie at the front of the output.
 int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned char* digest, int digestLength);
 
 // ---- OAEP and PSS; hashId as ZIRC_HashId ----

@@ -1,4 +1,4 @@
-// Key blobs of RSA, and the making of keys.
+// Key blobs of RSA, and key generation.
 #include "engine/rsa/rsa.h"
 
 #include "engine/bignum/rows.h"
@@ -16,37 +16,37 @@ bool isOne(const ZIRC_BN& a)
     return bnBits(a) == 1;
 }
 
-// A modulus or prime with which arithmetic makes sense, and in bounds.
+// Whether this can be a modulus or a prime of a key.
 bool isOddModulus(const ZIRC_BN& a)
 {
-    return bnTestBit(a, 0) == 1 && !isOne(a) && bnBits(a) <= rsaMostBits;
+    return isOdd(a) && !isOne(a) && bnBits(a) <= rsaMaxBits;
 }
 
-template <class... Number> bool fit(const Number&... numbers)
+template <class... Number> bool fitRsa(const Number&... numbers)
 {
-    return ((bnBits(numbers) <= rsaMostBits) && ...);
+    return ((bnBits(numbers) <= rsaMaxBits) && ...);
 }
 
-// The numbers behind the version, without the further primes.
-bool isUsable(const ZIRC_RsaKey& key)
+// The conditions on a private key but for those on its primes.
+bool isUsableRsaKey(const ZIRC_RsaKey& key)
 {
-    return isOddModulus(key.n) && fit(key.e, key.d, key.p, key.q, key.dP, key.dQ, key.qInv);
+    return isOddModulus(key.n) && fitRsa(key.e, key.d, key.p, key.q, key.dP, key.dQ, key.qInv);
 }
 
-// Where the primes are used, they are as long as the modulus together, give or take what a product loses.
-bool primesFit(const ZIRC_RsaKey& key)
+// Primes that are used have as many bits together as the modulus; a product may have fewer, by one for each factor.
+bool rsaPrimesFit(const ZIRC_RsaKey& key)
 {
     if (bnBits(key.qInv) == 0) return true;
     int bits = bnBits(key.p) + bnBits(key.q);
     bool usable = isOddModulus(key.p) && isOddModulus(key.q);
     for (int i = 0; i < key.nPrimes - 2; ++i) {
-        usable = usable && isOddModulus(key.r[i]) && fit(key.dR[i], key.t[i]);
+        usable = usable && isOddModulus(key.r[i]) && fitRsa(key.dR[i], key.t[i]);
         bits += bnBits(key.r[i]);
     }
     return usable && bits <= bnBits(key.n) + key.nPrimes;
 }
 
-void readOtherPrimes(DerReader& reader, ZIRC_RsaKey& key)
+void rsaReadOtherPrimes(DerReader& reader, ZIRC_RsaKey& key)
 {
     const DerSequence list = derReadSequence(reader);
     for (int i = 0; i < 2 && derHasMore(reader, list); ++i) {
@@ -62,17 +62,17 @@ void readOtherPrimes(DerReader& reader, ZIRC_RsaKey& key)
 
 } // namespace
 
-bool rsaReadPublicKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
+int rsaReadPublicKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
 {
     DerReader reader(blob, length);
     const DerSequence sequence = derReadSequence(reader);
     derReadInteger(reader, key.n);
     derReadInteger(reader, key.e);
     derFinish(reader, sequence);
-    return !reader.failed && isOddModulus(key.n) && fit(key.e);
+    return !reader.failed && isOddModulus(key.n) && fitRsa(key.e) ? 0 : -1;
 }
 
-bool rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
+int rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
 {
     DerReader reader(blob, length);
     const DerSequence sequence = derReadSequence(reader);
@@ -81,9 +81,9 @@ bool rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
         derReadInteger(reader, *number);
     }
     key.nPrimes = 2;
-    if (!bnIsZero(version) && derHasMore(reader, sequence)) readOtherPrimes(reader, key);
+    if (!bnIsZero(version) && derHasMore(reader, sequence)) rsaReadOtherPrimes(reader, key);
     derFinish(reader, sequence);
-    return !reader.failed && isUsable(key) && primesFit(key);
+    return !reader.failed && isUsableRsaKey(key) && rsaPrimesFit(key) ? 0 : -1;
 }
 
 int rsaWritePublicKey(const ZIRC_RsaKey& key, unsigned char* blob, int room)
@@ -115,30 +115,30 @@ int rsaWritePrivateKey(const ZIRC_RsaKey& key, unsigned char* blob, int room)
     return writer.failed ? -1 : writer.length;
 }
 
-// ---- making keys ----
+// ---- key generation ----
 
 namespace {
 
-void minusOne(ZIRC_BN& r, const ZIRC_BN& a)
+void bnMinusOne(ZIRC_BN& r, const ZIRC_BN& a)
 {
     bnSubWord(r, a, 1);
 }
 
-// A prime whose p - 1 has nothing in common with the exponent, and which is none of the `count` in `others`.
-bool generatePrime(ZIRC_BN& prime, int bits, const ZIRC_BN& exponent, const ZIRC_BN* const* others, int count)
+// A prime p such that p - 1 has no factor in common with the exponent, and that is none of the `count` in `others`.
+int rsaGeneratePrime(ZIRC_BN& prime, int bits, const ZIRC_BN& exponent, const ZIRC_BN* const* others, int count)
 {
     for (;;) {
-        if (!bnGeneratePrime(prime, bits)) return false;
+        if (bnGeneratePrime(prime, bits) < 0) return -1;
         Temporary before, common;
-        minusOne(before, prime);
+        bnMinusOne(before, prime);
         bnGcd(common, before, exponent);
         bool usable = isOne(common);
         for (int i = 0; i < count; ++i) usable = usable && !bnIsEqual(prime, *others[i]);
-        if (usable) return true;
+        if (usable) return 0;
     }
 }
 
-void orderPrimes(ZIRC_RsaKey& key)
+void rsaOrderPrimes(ZIRC_RsaKey& key)
 {
     if (bnCompareMagnitude(key.q, key.p) <= 0) return;
     Temporary larger;
@@ -149,60 +149,60 @@ void orderPrimes(ZIRC_RsaKey& key)
 
 } // namespace
 
-bool rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent)
+int rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent)
 {
     bnSetWord(key.e, exponent);
     key.nPrimes = 2;
     const ZIRC_BN* const first[] = {&key.p};
-    if (!generatePrime(key.p, bits / 2, key.e, nullptr, 0)) return false;
-    if (!generatePrime(key.q, bits - bits / 2, key.e, first, 1)) return false;
-    orderPrimes(key);
+    if (rsaGeneratePrime(key.p, bits / 2, key.e, nullptr, 0) < 0) return -1;
+    if (rsaGeneratePrime(key.q, bits - bits / 2, key.e, first, 1) < 0) return -1;
+    rsaOrderPrimes(key);
     Temporary p1, q1, order;
-    minusOne(p1, key.p);
-    minusOne(q1, key.q);
+    bnMinusOne(p1, key.p);
+    bnMinusOne(q1, key.q);
     bnMul(key.n, key.p, key.q);
     bnMul(order, p1, q1);
     bnModInverse(key.d, key.e, order);
     bnMod(key.dP, key.d, p1);
     bnMod(key.dQ, key.d, q1);
     bnModInverse(key.qInv, key.q, key.p);
-    return true;
+    return 0;
 }
 
-bool rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent, int primeCount)
+int rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent, int primeCount)
 {
     const int count = primeCount == 3 || primeCount == 4 ? primeCount : 2;
     const int firstBits = (bits + count - 1) / count, otherBits = bits / count;
     bnSetWord(key.e, exponent);
     key.nPrimes = count;
     ZIRC_BN* const primes[] = {&key.p, &key.q, &key.r[0], &key.r[1]};
-    if (!generatePrime(key.p, firstBits, key.e, nullptr, 0)) return false;
-    if (!generatePrime(key.q, bits - firstBits - (count - 2) * otherBits, key.e, primes, 1)) return false;
+    if (rsaGeneratePrime(key.p, firstBits, key.e, nullptr, 0) < 0) return -1;
+    if (rsaGeneratePrime(key.q, bits - firstBits - (count - 2) * otherBits, key.e, primes, 1) < 0) return -1;
     do {
         for (int i = 2; i < count; ++i) {
-            if (!generatePrime(*primes[i], otherBits, key.e, primes, i)) return false;
+            if (rsaGeneratePrime(*primes[i], otherBits, key.e, primes, i) < 0) return -1;
         }
-        orderPrimes(key);
+        rsaOrderPrimes(key);
         bnMul(key.n, key.p, key.q);
         for (int i = 2; i < count; ++i) {
             Temporary product;
             bnMul(product, key.n, *primes[i]);
             bnCopy(key.n, product);
         }
-        // Two primes alone would come out the same for ever; their two highest bits are set, so they are long enough.
+        // Two primes alone are not drawn again. Their two highest bits are set, so that their product is long enough.
     } while (count > 2 && bnBits(key.n) != bits);
 
     Temporary order, before, lcm, product;
-    minusOne(order, key.p);
+    bnMinusOne(order, key.p);
     for (int i = 1; i < count; ++i) {
-        minusOne(before, *primes[i]);
+        bnMinusOne(before, *primes[i]);
         bnLcm(lcm, order, before);
         bnCopy(order, lcm);
     }
     bnModInverse(key.d, key.e, order);
     ZIRC_BN* const exponents[] = {&key.dP, &key.dQ, &key.dR[0], &key.dR[1]};
     for (int i = 0; i < count; ++i) {
-        minusOne(before, *primes[i]);
+        bnMinusOne(before, *primes[i]);
         bnModInverse(*exponents[i], key.e, before);
     }
     bnModInverse(key.qInv, key.q, key.p);
@@ -212,7 +212,7 @@ bool rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int expon
         bnMul(product, order, key.r[i]);
         bnCopy(order, product);
     }
-    return true;
+    return 0;
 }
 
 } // namespace vrno

@@ -11,18 +11,15 @@ static void fill(unsigned char* to, int value, int count)
     std::memset(to, value, static_cast<std::size_t>(count));
 }
 
-int padBuffer(ZIRC_Context& context, int nPaddintType)
+int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType)
 {
     if (nPaddintType == ZIRC_PAD_NONE) return 0;
-    const int count = context.sizes.nInputBlockLen - context.nBuffered % context.sizes.nInputBlockLen;
-    unsigned char* const to = context.stagingBuffer + context.nBuffered;
+    const int count = blockLength - *length % blockLength;
+    unsigned char* const to = data + *length;
     switch (nPaddintType) {
-    case ZIRC_PAD_RANDOM: {
-        unsigned char block[stagingLength] = {};
-        if (!randBytes(block, context.sizes.nInputBlockLen)) return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
-        std::memcpy(to, block, static_cast<std::size_t>(count));
+    case ZIRC_PAD_RANDOM:
+        if (randBytes(to, blockLength) < 0) return -2;
         break;
-    }
     case ZIRC_PAD_ZERO:
         fill(to, 0, count);
         break;
@@ -45,13 +42,13 @@ int padBuffer(ZIRC_Context& context, int nPaddintType)
         fill(to, count - 1, count);
         break;
     default:
-        return ZIRC_SetError(context, ZIRC_INVALID_DATA);
+        return -1;
     }
-    context.nBuffered += count;
+    *length += count;
     return 0;
 }
 
-// Takes `count` bytes off the end, all of which must be `value`.
+// Removes `count` bytes, all of which must be `value`.
 static int removeChecked(unsigned char* data, int* length, int count, unsigned char value)
 {
     if (count > *length) return -2;
@@ -64,13 +61,14 @@ static int removeChecked(unsigned char* data, int* length, int count, unsigned c
     return 0;
 }
 
-static int removeBit(unsigned char* data, int* length)
+// Removes zeros and the 0x80 in front of them.
+static int removeBitPadding(unsigned char* data, int* length)
 {
-    int left = *length;
-    while (left > 0 && data[left - 1] == 0) --left;
-    if (left == 0 || data[left - 1] != 0x80) return -1;
-    data[left - 1] = 0;
-    *length = left - 1;
+    int end = *length;
+    while (end > 0 && data[end - 1] == 0) --end;
+    if (end == 0 || data[end - 1] != 0x80) return -1;
+    data[end - 1] = 0;
+    *length = end - 1;
     return 0;
 }
 
@@ -80,13 +78,15 @@ int unpadBuffer(unsigned char* data, int* length, int blockLength, int nPaddintT
     const unsigned char last = data[*length - 1];
     switch (nPaddintType) {
     case ZIRC_PAD_BIT:
-        return removeBit(data, length);
+        return removeBitPadding(data, length);
     case ZIRC_PAD_LENGTH:
     case ZIRC_PAD_LENGTH + 1:
-        return last < 1 || last > blockLength ? -1 : removeChecked(data, length, last, last);
+        if (last < 1 || last > blockLength) return -1;
+        return removeChecked(data, length, last, last);
     case ZIRC_PAD_LENGTH_MINUS_ONE:
     case ZIRC_PAD_LENGTH_MINUS_ONE + 1:
-        return last > blockLength - 1 ? -1 : removeChecked(data, length, last + 1, last);
+        if (last > blockLength - 1) return -1;
+        return removeChecked(data, length, last + 1, last);
     default:
         return last;
     }

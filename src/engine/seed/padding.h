@@ -1,16 +1,16 @@
-// Filling of the last block, and its removal.
+// Filling of the last block, and its removal. The kinds are those of ZIRC_Padding.
 #pragma once
 
-#include "engine/frame/context.h"
+#include "engine/seed/padding_id.h"
 
 namespace vrno {
 
-// Fills what waits in stagingBuffer up to whole blocks of nInputBlockLen; data of whole blocks gets one more, but for
-// ZIRC_PAD_NONE. 1 for an id that is no padding, or when no random bytes are to be had.
-int padBuffer(ZIRC_Context& context, int nPaddintType);
+// Fills the data up to whole blocks. Data of whole blocks get one block more, except with ZIRC_PAD_NONE. There must be room
+// for a block behind the data. 0, or -1 for an unknown kind, -2 when the system gives no random bytes.
+int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType);
 
-// Takes the padding off and overwrites it with zeros. Negative for bad padding: -1 for its value, -2 for its bytes. Ids
-// without a check change nothing.
+// Removes the padding and overwrites it with zeros. Negative for bad padding: -1 for its value, -2 for its bytes. Kinds that
+// are not removed change nothing.
 int unpadBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType);
 
 } // namespace vrno

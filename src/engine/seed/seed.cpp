@@ -10,11 +10,11 @@ using namespace seed;
 void SEED_SetKey(SEED_Schedule& schedule, const unsigned char* userKey)
 {
     Block key = loadBlock(userKey);
-    std::uint32_t constant = 0x9E3779B9; // the golden ratio, and its rotations for the further rounds
+    std::uint32_t constant = 0x9E3779B9; // the golden ratio; rotated for the further rounds
     for (int i = 0; i < SEED_ROUNDS; ++i) {
         schedule.words[2 * i] = G(key.l0 + key.r0 - constant);
         schedule.words[2 * i + 1] = G(key.l1 - key.r1 + constant);
-        if (i % 2 == 0) { // the left half turns right by an octet, then the right half left
+        if (i % 2 == 0) { // rotates the left half right by an octet; the other rounds rotate the right half left
             key = {key.l0 >> 8 | key.l1 << 24, key.l1 >> 8 | key.l0 << 24, key.r0, key.r1};
         } else {
             key = {key.l0, key.l1, key.r0 << 8 | key.r1 >> 24, key.r1 << 8 | key.r0 >> 24};

@@ -8,7 +8,7 @@ namespace vrno {
 
 inline constexpr int SEED_ROUNDS = 16, SEED_BLOCK = 16;
 
-// K(1,0), K(1,1), K(2,0) ... K(16,1) in native word order: 128 bytes that only these routines read.
+// K(1,0), K(1,1), K(2,0) ... K(16,1) in native word order: 128 bytes, opaque to callers.
 struct SEED_Schedule {
     std::uint32_t words[2 * SEED_ROUNDS];
 };
@@ -20,9 +20,8 @@ void SEED_SetKey(SEED_Schedule& schedule, const unsigned char* userKey);
 void SEED_Encrypt(const SEED_Schedule& schedule, std::uint32_t* block);
 void SEED_Decrypt(const SEED_Schedule& schedule, std::uint32_t* block);
 
-// `length` is a multiple of 16; what is beyond the last whole block is left alone. The output may be the input, and may
-// not overlap it otherwise. The chaining value of 16 bytes is read at the start, and is the one for the next block at
-// the end.
+// `length` is a multiple of 16; bytes after the last whole block are ignored. The output may be the input, and must not
+// overlap it otherwise. The chaining value of 16 bytes is read first, and replaced by that for the next block at the end.
 void SEED_CbcEncrypt(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t length,
                      unsigned char* chainingValue);
 void SEED_CbcDecrypt(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t length,

@@ -1,5 +1,5 @@
-// CBC decryption in plain C++. The rounds of one block are one long chain of table lookups; several blocks side by side
-// keep the processor busy while each waits for its own.
+// CBC decryption in plain C++. The rounds of a block are one chain of table lookups, each of which waits for the one before
+// it. Several blocks side by side use that time.
 #include "engine/seed/seed_kernels.h"
 #include "engine/seed/seed_round.h"
 
@@ -7,7 +7,7 @@ namespace vrno {
 
 using namespace seed;
 
-// Takes whole groups of N blocks off the front.
+// Decrypts as many groups of N blocks as there are, and advances behind them.
 template <std::size_t N>
 static void decryptGroups(const SEED_Schedule& schedule, unsigned char*& output, const unsigned char*& input, std::size_t& blocks,
                           Block& chain)

@@ -1,4 +1,5 @@
-// The bodies of CBC decryption. Encryption is a chain and has one; decryption goes over several blocks at once.
+// The kernels of CBC decryption, which work on several blocks at once. Encryption has one body: each block waits for the one
+// before it.
 #pragma once
 
 #include "engine/cpu.h"

@@ -38,7 +38,7 @@ inline Block operator^(const Block& a, const Block& b)
     return {a.l0 ^ b.l0, a.l1 ^ b.l1, a.r0 ^ b.r0, a.r1 ^ b.r1};
 }
 
-// One round on each of `N` blocks, whose halves then have changed places.
+// One round on each of `N` blocks; it also swaps their halves.
 template <std::size_t N> [[gnu::always_inline]] inline void oneRound(Block (&blocks)[N], std::uint32_t k0, std::uint32_t k1)
 {
     for (Block& b : blocks) {
@@ -58,7 +58,7 @@ template <bool encrypts, std::size_t N, int... i>
     (oneRound(blocks, schedule.words[key(i)], schedule.words[key(i) + 1]), ...);
 }
 
-// All rounds, in the order of encryption or in its reverse. The halves do not change places after the last one.
+// All rounds, in the order of encryption or in reverse. The halves are not swapped after the last round.
 template <bool encrypts, std::size_t N> [[gnu::always_inline]] inline void rounds(const SEED_Schedule& schedule, Block (&blocks)[N])
 {
     allRounds<encrypts>(schedule, blocks, std::make_integer_sequence<int, SEED_ROUNDS>());

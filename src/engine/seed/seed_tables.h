@@ -1,4 +1,4 @@
-// The S-boxes of SEED (RFC 4269, appendix A), and the four word tables that a G function looks up.
+// The S-boxes of SEED (RFC 4269, appendix A), and the four word tables of the G function.
 #pragma once
 
 #include <array>
@@ -48,8 +48,8 @@ inline constexpr std::uint8_t S2[256] = {
 
 using WordTable = std::array<std::uint32_t, 256>;
 
-// For the octet of a word at `position`, from the lowest: its S-box, spread over the four octets of the result under the
-// masks 0xFC, 0xF3, 0xCF and 0x3F, which start one further with each position.
+// The table for the octet at `position` of a word, counted from the lowest: its S-box in each of the four octets of the
+// result, under the masks 0xFC, 0xF3, 0xCF and 0x3F, which rotate by one with each position.
 constexpr WordTable wordTable(const std::uint8_t (&sBox)[256], int position)
 {
     constexpr std::uint8_t masks[] = {0xFC, 0xF3, 0xCF, 0x3F};

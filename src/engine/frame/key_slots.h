@@ -1,0 +1,70 @@
+// What the slots of RSA and KCDSA share. A scheme is a type with
+//
+//   Key                               its key record
+//   area                              the record's place in the context's KeyArea
+//   readPublicKey, readPrivateKey     from a blob
+//   writePublicKey, writePrivateKey   to a blob
+#pragma once
+
+#include "base/wipe.h"
+#include "engine/frame/context.h"
+
+#include <new>
+
+namespace vrno {
+
+// An empty key in the context.
+template <class Scheme> typename Scheme::Key& newKey(ZIRC_Context& context)
+{
+    context.keyAreaUsed = sizeof(typename Scheme::Key);
+    return *new (&(context.keyArea.*Scheme::area)) typename Scheme::Key;
+}
+
+template <class Scheme> int setPublicKey(ZIRC_Context& context, const unsigned char* blob, int length)
+{
+    if (Scheme::readPublicKey(newKey<Scheme>(context), blob, length) == 0) return 0;
+    return ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
+}
+
+template <class Scheme> int setPrivateKey(ZIRC_Context& context, const unsigned char* blob, int length)
+{
+    if (Scheme::readPrivateKey(newKey<Scheme>(context), blob, length) == 0) return 0;
+    return ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
+}
+
+// The blobs of a generated key; their lengths hold the room on entry.
+struct KeyPairOut {
+    unsigned char* publicBlob;
+    int* publicLength;
+    unsigned char* privateBlob;
+    int* privateLength;
+};
+
+template <class Scheme> int writeKeyPair(ZIRC_Context& context, const typename Scheme::Key& key, const KeyPairOut& out)
+{
+    const int publicLength = Scheme::writePublicKey(key, out.publicBlob, *out.publicLength);
+    const int privateLength = Scheme::writePrivateKey(key, out.privateBlob, *out.privateLength);
+    if (publicLength < 0 || privateLength < 0) {
+        wipe(out.privateBlob, static_cast<std::size_t>(*out.privateLength));
+        return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
+    }
+    *out.publicLength = publicLength;
+    *out.privateLength = privateLength;
+    return 0;
+}
+
+// The result of an encryption, a decryption or a signature: the length of the output, or a negative number.
+inline int outputResult(ZIRC_Context& context, int length, int* outputLength)
+{
+    if (length < 0) return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
+    *outputLength = length;
+    return 0;
+}
+
+// The result of a verification: negative when the signature does not hold.
+inline int verifyResult(ZIRC_Context& context, int result)
+{
+    return result < 0 ? ZIRC_SetError(context, ZIRC_VERIFY_FAIL) : 0;
+}
+
+} // namespace vrno
