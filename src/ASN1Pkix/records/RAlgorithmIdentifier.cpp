@@ -8,8 +8,8 @@ namespace vrno {
 template <class V> void RAlgorithmIdentifier::walk(V& v)
 {
     v.atLeast(1, "At least 1 component is required.");
-    v.required(anyTag, NAMED(m_algorithm), 3, 1);
-    v.optional(anyTag, 0x01, NAMED(m_parameters), 5, 2);
+    v.required(anyTag, NAMED(m_algorithm), {3, 1});
+    v.optional(anyTag, 0x01, NAMED(m_parameters), {5, 2});
     v.end(2);
 }
 

@@ -5,9 +5,9 @@ namespace vrno {
 // Attribute ::= SEQUENCE { attrType OBJECT IDENTIFIER, attrValues SET OF AttributeValue }
 template <class V> void RAttribute::walk(V& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_OID}, NAMED(m_attrType), 3, 1, "First component is not ASN1_TAG_OID.");
-    v.required(anyTag, NAMED(m_attrValues), 6, 2);
+    v.exactly(2);
+    v.required(oidTag.saying("First component is not ASN1_TAG_OID."), NAMED(m_attrType), {3, 1});
+    v.required(anyTag, NAMED(m_attrValues), {6, 2});
     v.end(3);
 }
 

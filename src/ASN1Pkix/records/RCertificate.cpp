@@ -7,9 +7,9 @@ namespace vrno {
 // Validity ::= SEQUENCE { notBefore Time, notAfter Time }
 template <class V> void RValidity::walk(V& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(anyTag, NAMED(m_notBefore), 3, 1);
-    v.required(anyTag, NAMED(m_notAfter), 5, 2);
+    v.exactly(2);
+    v.required(anyTag, NAMED(m_notBefore), {3, 1});
+    v.required(anyTag, NAMED(m_notAfter), {5, 2});
     v.end(3);
 }
 
@@ -28,10 +28,9 @@ ByteString& RValidity::toASN1Object()
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
 template <class V> void RSubjectPublicKeyInfo::walk(V& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_algorithm), 3, 1, "algorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_subjectPublicKey), 6, 2,
-               "subjectPublicKey component is not ASN1_TAG_BITSTRING.");
+    v.exactly(2);
+    v.required(sequenceTag, NAMED(m_algorithm), {3, 1});
+    v.required(bitStringTag, NAMED(m_subjectPublicKey), {6, 2});
     v.end(3);
 }
 
@@ -56,9 +55,9 @@ ByteString& RSubjectPublicKeyInfo::getSubjectPublicKey()
 void RExtension::walk(Decoder& v)
 {
     v.between(2, 3, "asnSeq.getComponentCount()", "The number of components is not 2 or 3.");
-    v.required(Universal{ASN1_TAG_OID, "m_extnID"}, NAMED(m_extnID), 3, 0, "extnID component is not ASN1_TAG_OID.");
-    if (v.spare()) v.required(Universal{ASN1_TAG_BOOLEAN}, NAMED(m_critical), 6, 0, "critical component is not ASN1_TAG_BOOLEAN.");
-    v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_extnValue), 9, 0, "extnValue component is not ASN1_TAG_OCTETSTRING.");
+    v.required(oidTag.named("m_extnID"), NAMED(m_extnID), {3});
+    if (v.spare()) v.required(booleanTag, NAMED(m_critical), {6});
+    v.required(octetStringTag, NAMED(m_extnValue), {9});
 }
 
 int RExtension::fromASN1Object(ByteString& data)
@@ -95,20 +94,19 @@ void RTBSCertificate::setDefaultVersion()
 template <class V> void RTBSCertificate::walk(V& v)
 {
     v.atLeast(6, "At least 6 components are required.");
-    v.optional(Option{0}, 0x01, NAMED(m_version), 3, 1);
+    v.optional(optionTag(0), 0x01, NAMED(m_version), {3, 1});
     if constexpr (V::decoding) {
         if ((m_ucBitMask & 0x01) == 0) setDefaultVersion();
     }
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_serialNumber), 5, 2, "serialNumber component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_signature), 8, 3, "signature component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_issuer), 11, 4, "issuer component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_validity), 14, 5, "validity component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_subject), 17, 6, "subject component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_subjectPublicKeyInfo), 20, 7,
-               "subjectPublicKeyInfo component is not ASN1_TAG_SEQUENCE.");
-    v.optional(Option{1}, 0x02, NAMED(m_issuerUniqueID), 23, 8);
-    v.optional(Option{2}, 0x04, NAMED(m_subjectUniqueID), 25, 9);
-    v.optional(Option{3}, 0x08, NAMED(m_extensions), 27, 10);
+    v.required(integerTag, NAMED(m_serialNumber), {5, 2});
+    v.required(sequenceTag, NAMED(m_signature), {8, 3});
+    v.required(sequenceTag, NAMED(m_issuer), {11, 4});
+    v.required(sequenceTag, NAMED(m_validity), {14, 5});
+    v.required(sequenceTag, NAMED(m_subject), {17, 6});
+    v.required(sequenceTag, NAMED(m_subjectPublicKeyInfo), {20, 7});
+    v.optional(optionTag(1), 0x02, NAMED(m_issuerUniqueID), {23, 8});
+    v.optional(optionTag(2), 0x04, NAMED(m_subjectUniqueID), {25, 9});
+    v.optional(optionTag(3), 0x08, NAMED(m_extensions), {27, 10});
     v.end(11);
 }
 
@@ -134,11 +132,10 @@ ByteString& RTBSCertificate::getSerialNumber(bool keepSign)
 // Certificate ::= SEQUENCE { tbsCertificate TBSCertificate, signatureAlgorithm AlgorithmIdentifier, signature BIT STRING }
 void RCertificate::walk(Decoder& v)
 {
-    v.exactly(3, "The number of components is not 3.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_tbsCertificate), 3, 0, "tbsCertificate component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_signatureAlgorithm), 6, 0,
-               "signatureAlgorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_signature), 9, 0, "signature component is not ASN1_TAG_BITSTRING.");
+    v.exactly(3);
+    v.required(sequenceTag, NAMED(m_tbsCertificate), {3});
+    v.required(sequenceTag, NAMED(m_signatureAlgorithm), {6});
+    v.required(bitStringTag, NAMED(m_signature), {9});
 }
 
 int RCertificate::fromASN1Object(ByteString& data)

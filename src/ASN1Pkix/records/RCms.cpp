@@ -11,8 +11,8 @@ namespace vrno {
 // OriginatorInfo ::= SEQUENCE { certs [0] IMPLICIT CertificateSet OPTIONAL, crls [1] IMPLICIT RevocationInfoChoices OPTIONAL }
 template <class V> void ROriginatorInfo::walk(V& v)
 {
-    v.optional(Implicit{0, ASN1_TAG_SET | constructedBit}, 0x01, NAMED(m_certs), 2, 1);
-    v.optional(Implicit{1, ASN1_TAG_SET | constructedBit}, 0x02, NAMED(m_crls), 4, 2);
+    v.optional(implicitTagOf(0, ASN1_TAG_SET), 0x01, NAMED(m_certs), {2, 1});
+    v.optional(implicitTagOf(1, ASN1_TAG_SET), 0x02, NAMED(m_crls), {4, 2});
     v.end(3);
 }
 
@@ -33,13 +33,12 @@ ByteString& ROriginatorInfo::toASN1Object()
 template <class V> void REncryptedContentInfo::walk(V& v)
 {
     v.atLeast(2, "At least 2 component is required.");
-    v.required(Universal{ASN1_TAG_OID}, NAMED(m_contentType), 3, 1, "contentType component is not ASN1_TAG_OID.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_contentEncryptionAlgorithm), 6, 2,
-               "contentEncryptionAlgorithm component is not ASN1_TAG_SEQUENCE.");
+    v.required(oidTag, NAMED(m_contentType), {3, 1});
+    v.required(sequenceTag, NAMED(m_contentEncryptionAlgorithm), {6, 2});
     if constexpr (V::decoding) {
-        if (v.spare() && v.nextIs(Option{0})) takeContent(v);
+        if (v.spare() && v.nextIs(optionTag(0))) takeContent(v);
     } else {
-        v.optional(Option{0}, 0x01, NAMED(m_encryptedContent), 0, 3);
+        v.optional(optionTag(0), 0x01, NAMED(m_encryptedContent), {0, 3});
     }
     v.end(4);
 }
@@ -111,11 +110,11 @@ int REncryptedContentInfo::setEncryptedContent(ByteString&& octets)
 //     unprotectedAttrs [1] IMPLICIT SET OF Attribute OPTIONAL }
 void REnvelopedData::walk(Encoder& v)
 {
-    v.required(anyTag, NAMED(m_version), 0, 1);
-    v.optional(Option{0}, 0x01, NAMED(m_originatorInfo), 0, 2);
-    v.required(anyTag, NAMED(m_recipientInfos), 0, 3);
-    v.required(anyTag, NAMED(m_encryptedContentInfo), 0, 4);
-    v.optional(Option{1}, 0x02, NAMED(m_unprotectedAttrs), 0, 5);
+    v.required(anyTag, NAMED(m_version), {0, 1});
+    v.optional(optionTag(0), 0x01, NAMED(m_originatorInfo), {0, 2});
+    v.required(anyTag, NAMED(m_recipientInfos), {0, 3});
+    v.required(anyTag, NAMED(m_encryptedContentInfo), {0, 4});
+    v.optional(optionTag(1), 0x02, NAMED(m_unprotectedAttrs), {0, 5});
     v.end(6);
 }
 
@@ -183,7 +182,7 @@ int REnvelopedData::setUnprotectedAttrs(RAttributes& data)
 // ContentInfo ::= SEQUENCE { contentType OBJECT IDENTIFIER, content [0] EXPLICIT ANY DEFINED BY contentType OPTIONAL }
 void RContentInfo::walk(Encoder& v)
 {
-    v.required(anyTag, NAMED(m_contentType), 0, 1);
+    v.required(anyTag, NAMED(m_contentType), {0, 1});
     if (m_ucBitMask & 0x01) putContent(v);
     v.end(3);
 }
@@ -195,7 +194,7 @@ void RContentInfo::putContent(Encoder& v)
     ASN1Sequence asnSeqContent;
     asnSeqContent.setImplicitTag(0, contextClass);
     asnSeqContent.getValue().swap(m_content);
-    v.required(anyTag, NAMED(asnSeqContent), 0, 2);
+    v.required(anyTag, NAMED(asnSeqContent), {0, 2});
     asnSeqContent.getValue().swap(m_content);
 }
 

@@ -7,9 +7,9 @@ namespace vrno {
 // BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER (0..MAX) OPTIONAL }
 void RBasicConstraints::walk(Decoder& v)
 {
-    v.optional(Universal{ASN1_TAG_BOOLEAN}, 0x01, NAMED(m_cA), 3, 0);
+    v.optional(booleanTag, 0x01, NAMED(m_cA), {3});
     if ((m_ucBitMask & 0x01) == 0) m_cA.setValue(nullptr, 0); // which is false
-    v.optional(Universal{ASN1_TAG_INTEGER}, 0x02, NAMED(m_pathLenConstraint), 6, 0);
+    v.optional(integerTag, 0x02, NAMED(m_pathLenConstraint), {6});
 }
 
 int RBasicConstraints::fromASN1Object(ByteString& data)
@@ -40,9 +40,9 @@ ByteString& RExtKeyUsageSyntax::get(int index)
 // What stands in [1] begins with an option tag, so the list reads it as the contents of a SEQUENCE in that wrapper.
 void RAuthorityKeyIdentifier::walk(Decoder& v)
 {
-    v.optional(Option{0}, 0x01, NAMED(m_keyIdentifier), 2, 0);
-    v.optional(Option{1}, 0x02, NAMED(m_authorityCertIssuer), 4, 0);
-    v.optional(Option{2}, 0x04, NAMED(m_authorityCertSerialNumber), 6, 0);
+    v.optional(optionTag(0), 0x01, NAMED(m_keyIdentifier), {2});
+    v.optional(optionTag(1), 0x02, NAMED(m_authorityCertIssuer), {4});
+    v.optional(optionTag(2), 0x04, NAMED(m_authorityCertSerialNumber), {6});
     const int pair = m_ucBitMask & 0x06;
     v.rule(pair == 0 || pair == 0x06, 4, "authorityCertIssuer and authorityCertSerialNumber",
            "authorityCertIssuer and authorityCertSerialNumber shall both be present or both be absent");
@@ -93,13 +93,13 @@ int RDistributionPointName::fromASN1Object(ByteString& data)
 void RDistributionPoint::walk(Decoder& v)
 {
     ASN1Sequence asnSeqDP;
-    v.optional(Option{0}, 0x01, NAMED(asnSeqDP), 2, 0);
+    v.optional(optionTag(0), 0x01, NAMED(asnSeqDP), {2});
     if ((m_ucBitMask & 0x01) != 0) {
         const bool isName = v.good() && m_distributionPoint.fromASN1Object(asnSeqDP.getComponent(0)) == 0;
         if (v.good() && !isName) v.refuse(4, "m_distributionPoint", m_distributionPoint);
     }
-    v.optional(Option{1}, 0x02, NAMED(m_reasons), 5, 0);
-    v.optional(Implicit{2, ASN1_TAG_SEQUENCE | constructedBit}, 0x04, NAMED(m_cRLIssuer), 7, 0);
+    v.optional(optionTag(1), 0x02, NAMED(m_reasons), {5});
+    v.optional(implicitTagOf(2, ASN1_TAG_SEQUENCE), 0x04, NAMED(m_cRLIssuer), {7});
 }
 
 int RDistributionPoint::fromASN1Object(ByteString& data)
@@ -119,9 +119,9 @@ int RDistributionPoint::getReasons(ByteString& bits, int* unusedBits)
 // AccessDescription ::= SEQUENCE { accessMethod OBJECT IDENTIFIER, accessLocation GeneralName }
 void RAccessDescription::walk(Decoder& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_OID}, NAMED(m_accessMethod), 3, 0, "First component is not ASN1_TAG_OID.");
-    v.required(anyTag, NAMED(m_accessLocation), 6, 0);
+    v.exactly(2);
+    v.required(oidTag.saying("First component is not ASN1_TAG_OID."), NAMED(m_accessMethod), {3});
+    v.required(anyTag, NAMED(m_accessLocation), {6});
 }
 
 int RAccessDescription::fromASN1Object(ByteString& data)

@@ -9,9 +9,9 @@ namespace vrno {
 // OriginatorPublicKey ::= SEQUENCE { algorithm AlgorithmIdentifier, publicKey BIT STRING }
 void ROriginatorPublicKey::walk(Decoder& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_algorithm), 3, 0, "algorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_BITSTRING}, NAMED(m_publicKey), 6, 0, "publicKey component is not ASN1_TAG_BITSTRING.");
+    v.exactly(2);
+    v.required(sequenceTag, NAMED(m_algorithm), {3});
+    v.required(bitStringTag, NAMED(m_publicKey), {6});
 }
 
 int ROriginatorPublicKey::fromASN1Object(ByteString& data)
@@ -45,14 +45,12 @@ int ROriginatorIdentifierOrKey::fromASN1Object(ByteString& data)
 void RKeyAgreeRecipientInfo::walk(Decoder& v)
 {
     v.atLeast(4, "At least 4 components are required.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_version), 3, 0, "version component is not ASN1_TAG_INTEGER.");
-    v.rule(v.nextIs(Option{0}), 5, "asnSeq", "originator component is not [0] Explicit.");
+    v.required(integerTag, NAMED(m_version), {3});
+    v.rule(v.nextIs(optionTag(0)), 5, "asnSeq", "originator component is not [0] Explicit.");
     if (ByteString* const wrapped = v.fetch(6)) takeOriginator(v, *wrapped);
-    v.optional(Option{1}, 0x01, NAMED(m_ukm), 8, 0);
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_keyEncryptionAlgorithm), 10, 0,
-               "keyEncryptionAlgorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_recipientEncryptedKeys), 13, 0,
-               "recipientEncryptedKeys component is not ASN1_TAG_SEQUENCE.");
+    v.optional(optionTag(1), 0x01, NAMED(m_ukm), {8});
+    v.required(sequenceTag, NAMED(m_keyEncryptionAlgorithm), {10});
+    v.required(sequenceTag, NAMED(m_recipientEncryptedKeys), {13});
 }
 
 // The codec would unpack the originator's own tag with the wrapper, so the wrapper is read as an OCTET STRING.
@@ -75,8 +73,8 @@ int RKeyAgreeRecipientInfo::fromASN1Object(ByteString& data)
 void ROtherKeyAttribute::walk(Decoder& v)
 {
     v.atLeast(1, "At least 1 component is required.");
-    v.required(Universal{ASN1_TAG_OID}, NAMED(m_keyAttrId), 3, 0, "keyAttrId component is not ASN1_TAG_OID.");
-    v.optional(anyTag, 0x01, NAMED(m_keyAttr), 6, 0);
+    v.required(oidTag, NAMED(m_keyAttrId), {3});
+    v.optional(anyTag, 0x01, NAMED(m_keyAttr), {6});
 }
 
 int ROtherKeyAttribute::fromASN1Object(ByteString& data)
@@ -88,10 +86,9 @@ int ROtherKeyAttribute::fromASN1Object(ByteString& data)
 void RKEKIdentifier::walk(Decoder& v)
 {
     v.atLeast(1, "At least 1 component is required.");
-    v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_keyIdentifier), 3, 0,
-               "keyIdentifier component is not ASN1_TAG_OCTETSTRING.");
-    v.optional(Universal{ASN1_TAG_GENERALIZEDTIME}, 0x01, NAMED(m_date), 6, 0);
-    v.optional(Universal{ASN1_TAG_SEQUENCE}, 0x02, NAMED(m_other), 8, 0);
+    v.required(octetStringTag, NAMED(m_keyIdentifier), {3});
+    v.optional(generalizedTimeTag, 0x01, NAMED(m_date), {6});
+    v.optional(sequenceTag, 0x02, NAMED(m_other), {8});
 }
 
 int RKEKIdentifier::fromASN1Object(ByteString& data)
@@ -103,13 +100,11 @@ int RKEKIdentifier::fromASN1Object(ByteString& data)
 //     encryptedKey OCTET STRING }
 void RKEKRecipientInfo::walk(Decoder& v)
 {
-    v.exactly(4, "The number of components is not 4.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_version), 3, 0, "version component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_kekid), 6, 0, "kekid component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_keyEncryptionAlgorithm), 9, 0,
-               "keyEncryptionAlgorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_encryptedKey), 12, 0,
-               "encryptedKey component is not ASN1_TAG_OCTETSTRING.");
+    v.exactly(4);
+    v.required(integerTag, NAMED(m_version), {3});
+    v.required(sequenceTag, NAMED(m_kekid), {6});
+    v.required(sequenceTag, NAMED(m_keyEncryptionAlgorithm), {9});
+    v.required(octetStringTag, NAMED(m_encryptedKey), {12});
 }
 
 int RKEKRecipientInfo::fromASN1Object(ByteString& data)

@@ -10,17 +10,16 @@ namespace vrno {
 template <class V> void RRSAPrivateKey::walk(V& v)
 {
     v.atLeast(9, "At least 9 components are required.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_version), 3, 1, "version component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_modulus), 6, 2, "modulus component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_publicExponent), 9, 3, "publicExponent component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_privateExponent), 12, 4, "privateExponent component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_prime1), 15, 5, "prime1 component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_prime2), 18, 6, "prime2 component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_exponent1), 21, 7, "exponent1 component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_exponent2), 24, 8, "exponent2 component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_coefficient), 27, 9, "coefficient component is not ASN1_TAG_INTEGER.");
-    v.optional(Universal{ASN1_TAG_SEQUENCE}, 0x01, NAMED(m_otherPrimeInfos), 30, 10,
-               "otherPrimeInfos component is not ASN1_TAG_SEQUENCE.");
+    v.required(integerTag, NAMED(m_version), {3, 1});
+    v.required(integerTag, NAMED(m_modulus), {6, 2});
+    v.required(integerTag, NAMED(m_publicExponent), {9, 3});
+    v.required(integerTag, NAMED(m_privateExponent), {12, 4});
+    v.required(integerTag, NAMED(m_prime1), {15, 5});
+    v.required(integerTag, NAMED(m_prime2), {18, 6});
+    v.required(integerTag, NAMED(m_exponent1), {21, 7});
+    v.required(integerTag, NAMED(m_exponent2), {24, 8});
+    v.required(integerTag, NAMED(m_coefficient), {27, 9});
+    v.optionalLast(sequenceTag, 0x01, NAMED(m_otherPrimeInfos), {30, 10});
     v.end(11);
 }
 
@@ -44,9 +43,9 @@ ByteString& RRSAPrivateKey::getModulus()
 // RSAPublicKey ::= SEQUENCE { modulus INTEGER, publicExponent INTEGER }
 template <class V> void RRSAPublicKey::walk(V& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_modulus), 3, 1, "modulus component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_publicExponent), 6, 2, "publicExponent component is not ASN1_TAG_INTEGER.");
+    v.exactly(2);
+    v.required(integerTag, NAMED(m_modulus), {3, 1});
+    v.required(integerTag, NAMED(m_publicExponent), {6, 2});
     v.end(3);
 }
 
@@ -70,9 +69,9 @@ ByteString& RRSAPublicKey::getModulus()
 // The numbers that all forms of a KCDSA key begin with; `encode` is the encode code of the first.
 template <class V, class Record> static void domain(V& v, Record& record, int encode)
 {
-    v.required(Universal{ASN1_TAG_INTEGER}, record.m_p, "m_p", 3, encode, "p component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, record.m_q, "m_q", 6, encode + 1, "q component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_INTEGER}, record.m_g, "m_g", 9, encode + 2, "g component is not ASN1_TAG_INTEGER.");
+    v.required(integerTag, record.m_p, "m_p", {3, encode});
+    v.required(integerTag, record.m_q, "m_q", {6, encode + 1});
+    v.required(integerTag, record.m_g, "m_g", {9, encode + 2});
 }
 
 // KCDSAParameters ::= SEQUENCE {
@@ -81,9 +80,9 @@ template <class V> void RKCDSAParameters::walk(V& v)
 {
     v.atLeast(3, "At least 3 components are required.");
     domain(v, *this, 1);
-    v.optional(Universal{ASN1_TAG_INTEGER}, 0x01, NAMED(m_j), 12, 4);
-    v.optional(Universal{ASN1_TAG_OCTETSTRING}, 0x02, NAMED(m_seed), 14, 5);
-    v.optional(Universal{ASN1_TAG_INTEGER}, 0x04, NAMED(m_count), 16, 6);
+    v.optional(integerTag, 0x01, NAMED(m_j), {12, 4});
+    v.optional(octetStringTag, 0x02, NAMED(m_seed), {14, 5});
+    v.optional(integerTag, 0x04, NAMED(m_count), {16, 6});
     v.end(7);
 }
 
@@ -115,9 +114,9 @@ ByteString& RKCDSAParameters::getG()
 // The key is no part of what setParam decodes.
 template <class V> void RDSAPublicKey::walk(V& v)
 {
-    v.exactly(3, "The number of components is not 3.");
+    v.exactly(3);
     domain(v, *this, 2);
-    if constexpr (!V::decoding) v.required(anyTag, NAMED(m_y), 0, 5);
+    if constexpr (!V::decoding) v.required(anyTag, NAMED(m_y), {0, 5});
     v.end(5);
 }
 
@@ -142,8 +141,8 @@ template <class V> void RDSAPrivateKey::walk(V& v)
 {
     domain(v, *this, 1);
     if constexpr (!V::decoding) {
-        v.required(anyTag, NAMED(m_x), 0, 4);
-        v.optional(anyTag, 0x01, NAMED(m_y), 0, 5);
+        v.required(anyTag, NAMED(m_x), {0, 4});
+        v.optional(anyTag, 0x01, NAMED(m_y), {0, 5});
     }
     v.end(5);
 }

@@ -9,9 +9,9 @@ namespace vrno {
 // AttributeTypeAndValue ::= SEQUENCE { type OBJECT IDENTIFIER, value ANY DEFINED BY type }
 void RAttributeTypeAndValue::walk(Decoder& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_OID}, NAMED(m_type), 3, 0, "First component is not ASN1_TAG_OID.");
-    v.required(anyTag, NAMED(m_value), 6, 0);
+    v.exactly(2);
+    v.required(oidTag.saying("First component is not ASN1_TAG_OID."), NAMED(m_type), {3});
+    v.required(anyTag, NAMED(m_value), {6});
 }
 
 int RAttributeTypeAndValue::fromASN1Object(ByteString& data)
@@ -96,8 +96,8 @@ ByteString& RGeneralName::getDNformDirectoryName()
 // AnotherName ::= SEQUENCE { type-id OBJECT IDENTIFIER, value [0] EXPLICIT ANY DEFINED BY type-id }
 void RAnotherName::walk(Decoder& v)
 {
-    v.required(anyTag, NAMED(m_typeId), 2, 0);
-    v.required(anyTag, NAMED(m_value), 4, 0);
+    v.required(anyTag, NAMED(m_typeId), {2});
+    v.required(anyTag, NAMED(m_value), {4});
 }
 
 int RAnotherName::fromASN1Object(ByteString& data)
@@ -112,9 +112,9 @@ ByteString& RAnotherName::getTypeId()
 
 void RVID::walk(Decoder& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_hashAlg), 3, 0, "hashAlg component is not ASN1_TAG_SEQUENCE.");
-    v.required(Option{0}, NAMED(m_virtualID), 6, 0, "virtualID component's option number is not 0.");
+    v.exactly(2);
+    v.required(sequenceTag, NAMED(m_hashAlg), {3});
+    v.required(optionTag(0), NAMED(m_virtualID), {6});
 }
 
 int RVID::fromASN1Object(ByteString& data)
@@ -130,8 +130,8 @@ ByteString& RVID::getVirtualID()
 void RIdentifyData::walk(Decoder& v)
 {
     v.atLeast(1, "At least 1 component is required.");
-    v.required(Universal{ASN1_TAG_UTF8STRING}, NAMED(m_realName), 3, 0, "realName component is not ASN1_TAG_UTF8STRING.");
-    v.optional(Universal{ASN1_TAG_SEQUENCE}, 0x01, NAMED(m_userInfo), 6, 0);
+    v.required(utf8StringTag, NAMED(m_realName), {3});
+    v.optional(sequenceTag, 0x01, NAMED(m_userInfo), {6});
 }
 
 int RIdentifyData::fromASN1Object(ByteString& data)

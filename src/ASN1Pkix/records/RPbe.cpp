@@ -10,9 +10,9 @@ namespace vrno {
 // PBEParameter ::= SEQUENCE { salt OCTET STRING, iterationCount INTEGER }
 template <class V> void RPBEParameter::walk(V& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_salt), 3, 1, "salt component is not ASN1_TAG_OCTETSTRING.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_iterationCount), 6, 2, "iterationCount component is not ASN1_TAG_INTEGER.");
+    v.exactly(2);
+    v.required(octetStringTag, NAMED(m_salt), {3, 1});
+    v.required(integerTag, NAMED(m_iterationCount), {6, 2});
     v.end(3);
 }
 
@@ -41,11 +41,9 @@ int RPBEParameter::setIterationCount(int count)
 // PBES2-params ::= SEQUENCE { keyDerivationFunc AlgorithmIdentifier, encryptionScheme AlgorithmIdentifier }
 template <class V> void RPBES2_params::walk(V& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_keyDerivationFunc), 3, 1,
-               "keyDerivationFunc component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_encryptionScheme), 6, 2,
-               "encryptionScheme component is not ASN1_TAG_SEQUENCE.");
+    v.exactly(2);
+    v.required(sequenceTag, NAMED(m_keyDerivationFunc), {3, 1});
+    v.required(sequenceTag, NAMED(m_encryptionScheme), {6, 2});
     v.end(3);
 }
 
@@ -77,12 +75,17 @@ int RPBES2_params::setEncryptionScheme(RAlgorithmIdentifier& data)
 template <class V> void RPBKDF2_params::walk(V& v)
 {
     v.atLeast(2, "At least 2 components are required.");
-    v.alternative(Universal{ASN1_TAG_OCTETSTRING}, specified, NAMED(m_specified), 3, 1);
-    v.alternative(Universal{ASN1_TAG_SEQUENCE}, otherSource, NAMED(m_otherSource), 5, 2);
-    v.chosen(specified | otherSource, 7, "Any component does not choesen(salt component).", 3, "Any component does not chosen.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_iterationCount), 8, 4, "iterationCount component is not ASN1_TAG_INTEGER.");
-    v.optional(Universal{ASN1_TAG_INTEGER}, keyLength, NAMED(m_keyLength), 11, 5);
-    v.optional(Universal{ASN1_TAG_SEQUENCE}, prf, NAMED(m_prf), 13, 6);
+    v.alternative(octetStringTag, specified, NAMED(m_specified), {3, 1});
+    if (!(m_ucBitMask & specified)) v.alternative(sequenceTag, otherSource, NAMED(m_otherSource), {5, 2});
+    const bool isSaltChosen = m_ucBitMask & (specified | otherSource);
+    if constexpr (V::decoding) {
+        v.rule(isSaltChosen, 7, "asnSeq", "Any component does not choesen(salt component).");
+    } else {
+        v.rule(isSaltChosen, 3, "m_ucBitMask", "Any component does not chosen.");
+    }
+    v.required(integerTag, NAMED(m_iterationCount), {8, 4});
+    v.optional(integerTag, keyLength, NAMED(m_keyLength), {11, 5});
+    v.optional(sequenceTag, prf, NAMED(m_prf), {13, 6});
     v.end(7);
 }
 

@@ -12,8 +12,8 @@ namespace vrno {
 void RPolicyInformation::walk(Decoder& v)
 {
     v.between(1, v.unlimited, "asnSeq", "At least 1 component is requried.");
-    v.required(Universal{ASN1_TAG_OID}, NAMED(m_policyIdentifier), 3, 0, "First component is not ASN1_TAG_OID.");
-    v.optional(Universal{ASN1_TAG_SEQUENCE}, 0x01, NAMED(m_policyQualifiers), 6, 0);
+    v.required(oidTag.saying("First component is not ASN1_TAG_OID."), NAMED(m_policyIdentifier), {3});
+    v.optional(sequenceTag, 0x01, NAMED(m_policyQualifiers), {6});
 }
 
 int RPolicyInformation::fromASN1Object(ByteString& data)
@@ -34,10 +34,10 @@ ByteString& RPolicyInformation::getPolicyQualifierInfo(int index)
 // PolicyQualifierInfo ::= SEQUENCE { policyQualifierId OBJECT IDENTIFIER, qualifier ANY DEFINED BY policyQualifierId }
 void RPolicyQualifierInfo::walk(Decoder& v)
 {
-    v.exactly(2, "The number of components is not 2.");
+    v.exactly(2);
     m_policyQualifierId.m_bsValue.clear(); // and stays so where the component is no identifier
-    if (v.nextIs(Universal{ASN1_TAG_OID})) v.required(anyTag, NAMED(m_policyQualifierId), 3, 0);
-    v.required(anyTag, NAMED(m_qualifier), 5, 0);
+    if (v.nextIs(oidTag)) v.required(anyTag, NAMED(m_policyQualifierId), {3});
+    v.required(anyTag, NAMED(m_qualifier), {5});
 }
 
 int RPolicyQualifierInfo::fromASN1Object(ByteString& data)
@@ -104,9 +104,9 @@ ByteString& RDisplayText::getUTF8String()
 // NoticeReference ::= SEQUENCE { organization DisplayText, noticeNumbers SEQUENCE OF INTEGER }
 void RNoticeReference::walk(Decoder& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(anyTag, NAMED(m_organization), 3, 0);
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_noticeNumbers), 5, 0, "noticeNumbers component is not ASN1_TAG_SEQUENCE.");
+    v.exactly(2);
+    v.required(anyTag, NAMED(m_organization), {3});
+    v.required(sequenceTag, NAMED(m_noticeNumbers), {5});
 }
 
 int RNoticeReference::fromASN1Object(ByteString& data)
@@ -127,8 +127,8 @@ int RNoticeReference::getNoticeNumber(int index, int* number)
 // UserNotice ::= SEQUENCE { noticeRef NoticeReference OPTIONAL, explicitText DisplayText OPTIONAL }
 void RUserNotice::walk(Decoder& v)
 {
-    v.optional(Universal{ASN1_TAG_SEQUENCE}, 0x01, NAMED(m_noticeRef), 2, 0);
-    v.optional(anyTag, 0x02, NAMED(m_explicitText), 4, 0);
+    v.optional(sequenceTag, 0x01, NAMED(m_noticeRef), {2});
+    v.optional(anyTag, 0x02, NAMED(m_explicitText), {4});
 }
 
 int RUserNotice::fromASN1Object(ByteString& data)

@@ -10,11 +10,10 @@ namespace vrno {
 template <class V> void RPrivateKeyInfo::walk(V& v)
 {
     v.atLeast(3, "At least 3 components are required.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_version), 3, 1, "version component is not ASN1_TAG_INTEGER.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_privateKeyAlgorithm), 6, 2,
-               "privateKeyAlgorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_privateKey), 9, 3, "privateKey component is not ASN1_TAG_OCTETSTRING.");
-    v.optional(Implicit{0, ASN1_TAG_SEQUENCE | constructedBit}, 0x01, NAMED(m_attributes), 12, 4);
+    v.required(integerTag, NAMED(m_version), {3, 1});
+    v.required(sequenceTag, NAMED(m_privateKeyAlgorithm), {6, 2});
+    v.required(octetStringTag, NAMED(m_privateKey), {9, 3});
+    v.optional(implicitTagOf(0, ASN1_TAG_SEQUENCE), 0x01, NAMED(m_attributes), {12, 4});
     v.end(5);
 }
 
@@ -58,11 +57,9 @@ RPKCS12Attributes& RPrivateKeyInfo::getAttributes()
 // EncryptedPrivateKeyInfo ::= SEQUENCE { encryptionAlgorithm AlgorithmIdentifier, encryptedData OCTET STRING }
 template <class V> void REncryptedPrivateKeyInfo::walk(V& v)
 {
-    v.exactly(2, "The number of components is not 2.");
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_encryptionAlgorithm), 3, 1,
-               "encryptionAlgorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_OCTETSTRING}, NAMED(m_encryptedData), 6, 2,
-               "encryptedData component is not ASN1_TAG_OCTETSTRING.");
+    v.exactly(2);
+    v.required(sequenceTag, NAMED(m_encryptionAlgorithm), {3, 1});
+    v.required(octetStringTag, NAMED(m_encryptedData), {6, 2});
     v.end(3);
 }
 

@@ -11,12 +11,11 @@ namespace vrno {
 template <class V> void RIssuerAndSerialNumber::walk(V& v)
 {
     ASN1Null asnNull;
-    v.optional(Universal{ASN1_TAG_SEQUENCE}, 0x01, NAMED(m_issuer), 2, 1);
+    v.optional(sequenceTag, 0x01, NAMED(m_issuer), {2, 1});
     if ((m_ucBitMask & 0x01) == 0) {
-        v.required(Universal{ASN1_TAG_NULLTAG}, NAMED(asnNull), 2, 1,
-                   "issuer component is not ASN1_TAG_SEQUENCE or ASN1_TAG_NULLTAG.");
+        v.required(nullTag.saying("issuer component is not ASN1_TAG_SEQUENCE or ASN1_TAG_NULLTAG."), NAMED(asnNull), {2, 1});
     }
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_serialNumber), 5, 2, "serialNumber component is not ASN1_TAG_INTEGER.");
+    v.required(integerTag, NAMED(m_serialNumber), {5, 2});
     v.end(3);
 }
 
@@ -85,13 +84,11 @@ int RRecipientIdentifier::setSubjectKeyIdentifier(ByteString& keyId)
 //     keyEncryptionAlgorithm AlgorithmIdentifier, encryptedKey OCTET STRING }
 template <class V> void RKeyTransRecipientInfo::walk(V& v)
 {
-    v.exactly(4, "The number of components is not 4.");
-    v.required(Universal{ASN1_TAG_INTEGER}, NAMED(m_version), 3, 1, "version component is not ASN1_TAG_INTEGER.");
-    v.required(anyTag, NAMED(m_rid), 6, 2);
-    v.required(Universal{ASN1_TAG_SEQUENCE}, NAMED(m_keyEncryptionAlgorithm), 8, 3,
-               "keyEncryptionAlgorithm component is not ASN1_TAG_SEQUENCE.");
-    v.required(Universal{ASN1_TAG_OCTETSTRING, "asSeq"}, NAMED(m_encryptedKey), 11, 4,
-               "encryptedKey component is not ASN1_TAG_OCTETSTRING.");
+    v.exactly(4);
+    v.required(integerTag, NAMED(m_version), {3, 1});
+    v.required(anyTag, NAMED(m_rid), {6, 2});
+    v.required(sequenceTag, NAMED(m_keyEncryptionAlgorithm), {8, 3});
+    v.required(octetStringTag.named("asSeq"), NAMED(m_encryptedKey), {11, 4});
     v.end(5);
 }
 

@@ -4,19 +4,17 @@
 //     // Validity ::= SEQUENCE { notBefore Time, notAfter Time }
 //     template <class V> void RValidity::walk(V& v)
 //     {
-//         v.exactly(2, "The number of components is not 2.");
-//         v.required(anyTag, NAMED(m_notBefore), 3, 1);
-//         v.required(anyTag, NAMED(m_notAfter), 5, 2);
+//         v.exactly(2);
+//         v.required(anyTag, NAMED(m_notBefore), {3, 1});
+//         v.required(anyTag, NAMED(m_notAfter), {5, 2});
 //         v.end(3);
 //     }
 //
-// A row gives the component's tag, the member, the first of its decode codes and its encode code. The decode codes are,
-// from `code` on: the component could not be fetched ("asnSeq"), the member did not decode (the member's name), the
-// component has another universal tag ("asnSeq" and the row's message). That tag is looked at first. Code 1 is always
-// the outer SEQUENCE ("asnSeq").
+// A row gives the component's tag, the member and its codes. Code 1 is always the outer SEQUENCE ("asnSeq"), code 2 a wrong
+// count of components.
 //
-// After the first failure the remaining calls do nothing, but the walk runs to its end: what stands between the rows uses
-// nothing but what the visitor gives. What only one direction needs stands under `if constexpr (V::decoding)`.
+// After the first failure the remaining calls do nothing, but the walk runs to its end: code between the rows uses only what
+// the visitor gives. What one direction alone needs stands under `if constexpr (V::decoding)`.
 #pragma once
 
 #include "ASN1/ASN1Sequence.h"
@@ -27,29 +25,51 @@
 
 namespace vrno {
 
-// ---- what a row can say ----
+// ---- what a row says ----
 
-// A component with this universal tag; `frame` names the failure of that test.
-struct Universal {
-    unsigned char tag;
-    const char* frame = "asnSeq";
+// The tag that a row asks for. A component with another one is refused with a message made of member and tag, as
+// "version component is not ASN1_TAG_INTEGER.", unless the row has its own.
+struct Tag {
+    enum Kind : unsigned char { any, universal, option };
+    Kind kind = any; // any: the member tests its own tag
+    unsigned char number = 0;
+    unsigned char firstOctet = 0; // of an implicit tag: the octet of the universal tag that the component is decoded under
+    const char* frame = "asnSeq"; // the frame's name for a refusal
+    const char* message = nullptr;
+
+    constexpr Tag named(const char* other) const { return {kind, number, firstOctet, other, message}; }
+    constexpr Tag saying(const char* other) const { return {kind, number, firstOctet, frame, other}; }
 };
+inline constexpr Tag anyTag;
+inline constexpr Tag booleanTag{Tag::universal, ASN1_TAG_BOOLEAN};
+inline constexpr Tag integerTag{Tag::universal, ASN1_TAG_INTEGER};
+inline constexpr Tag bitStringTag{Tag::universal, ASN1_TAG_BITSTRING};
+inline constexpr Tag octetStringTag{Tag::universal, ASN1_TAG_OCTETSTRING};
+inline constexpr Tag nullTag{Tag::universal, ASN1_TAG_NULLTAG};
+inline constexpr Tag oidTag{Tag::universal, ASN1_TAG_OID};
+inline constexpr Tag utf8StringTag{Tag::universal, ASN1_TAG_UTF8STRING};
+inline constexpr Tag sequenceTag{Tag::universal, ASN1_TAG_SEQUENCE};
+inline constexpr Tag generalizedTimeTag{Tag::universal, ASN1_TAG_GENERALIZEDTIME};
 
-// A component with this option tag.
-struct Option {
-    int number;
+// [number]: the member reads and writes the option tag itself.
+constexpr Tag optionTag(unsigned char number)
+{
+    return {Tag::option, number};
+}
+
+// [number] IMPLICIT SEQUENCE or SET, whose constructed tag the codec by itself takes for a wrapper: decoded under the
+// universal tag, and encoded with the option tag.
+constexpr Tag implicitTagOf(unsigned char number, unsigned char universal)
+{
+    return {Tag::option, number, static_cast<unsigned char>(universal | constructedBit)};
+}
+
+// The codes of a row's failures. Decoding counts from the first on: the component could not be fetched ("asnSeq"), the member
+// did not decode (the member's name), the component has another tag. That tag is tested first. Encoding has one code.
+struct Codes {
+    int decode;
+    int encode = 0; // for records that are never encoded
 };
-
-// A component [number] IMPLICIT SEQUENCE or SET, whose constructed tag the codec by itself takes for a wrapper: decoded
-// from a copy with the first octet of the universal tag, and encoded with the option tag.
-struct Implicit {
-    int number;
-    unsigned char universal;
-};
-
-// Any component: the member tests its own tag.
-struct AnyTag {};
-inline constexpr AnyTag anyTag;
 
 // ---- members, whatever their type ----
 
@@ -59,6 +79,7 @@ struct MemberOps {
     ByteString& (*encode)(void* member);
     const Trailed* (*trailed)(void* member); // null for ANY, which fails on allocation failure alone
     ByteString* (*scratch)(void* member);    // what is not needed once it was read; null where there is none
+    void (*setImplicitTag)(void* member, int number);
 };
 
 template <class M>
@@ -74,6 +95,7 @@ inline constexpr MemberOps memberOps{
     },
     [](void* member) -> const Trailed* { return static_cast<M*>(member); },
     [](void* member) { return &static_cast<M*>(member)->m_bsOutput; },
+    [](void* member, int number) { static_cast<M*>(member)->setImplicitTag(number, contextClass); },
 };
 
 // ANY: the bytes as they stand.
@@ -86,6 +108,7 @@ inline constexpr MemberOps memberOps<ByteString>{
     [](void* member) -> ByteString& { return *static_cast<ByteString*>(member); },
     [](void*) -> const Trailed* { return nullptr; },
     [](void*) -> ByteString* { return nullptr; },
+    [](void*, int) {},
 };
 
 struct Member {
@@ -107,84 +130,40 @@ public:
     Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at,
             const char* method = "fromASN1Object");
 
-    // The count of components, code 2. The least count is that of the required rows: what is there beyond it is spare,
-    // and goes to the optional rows in their order. What no row takes is ignored.
-    void exactly(int count, const char* message, Here at = Here::now()) { counted(count, count, "asnSeq", message, at); }
-    void atLeast(int count, const char* message, Here at = Here::now()) { counted(count, unlimited, "nCount", message, at); }
-    void between(int minimum, int maximum, const char* name, const char* message, Here at = Here::now())
-    {
-        counted(minimum, maximum, name, message, at);
-    }
+    // The count of components. The minimum is the number of the required rows. Components beyond it are spare: the optional
+    // rows take them in their order. What no row takes is ignored.
+    void exactly(int count, Here at = Here::now());
+    void atLeast(int minimum, const char* message, Here at = Here::now());
+    void between(int minimum, int maximum, const char* name, const char* message, Here at = Here::now());
     bool spare() const { return m_spare > 0; }
     // Whether the next component has the tag: for a row that stands under a condition.
-    bool nextIs(Universal tag) const { return m_code == 0 && m_asnSeq.getComponentUniversalTag(m_index) == tag.tag; }
-    bool nextIs(Option tag) const { return m_code == 0 && m_asnSeq.getComponentTagNo(m_index) == tag.number; }
-    // A condition that no row expresses.
-    void rule(bool holds, int code, const char* name, const char* message, Here at = Here::now())
-    {
-        if (m_code == 0 && !holds) refuse(code, name, message, at);
-    }
+    bool nextIs(const Tag& tag) const;
 
+    template <class M> void required(const Tag& tag, M& member, const char* name, Codes codes, Here at = Here::now())
+    {
+        requiredRow(tag, {member, name}, codes.decode, at);
+    }
+    // Taken when a component is spare and has the tag; then `bit` of the mask is set.
     template <class M>
-    void required(Universal tag, M& member, const char* name, int code, int, const char* message, Here at = Here::now())
+    void optional(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
-        taggedRow(nextIs(tag), tag.frame, {member, name}, code, message, at);
+        if (spare() && nextIs(tag)) spareRow(tag, bit, {member, name}, codes.decode, at);
     }
+    // Taken when a component is spare, which must have the tag then.
     template <class M>
-    void required(Option tag, M& member, const char* name, int code, int, const char* message, Here at = Here::now())
+    void optionalLast(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
-        taggedRow(nextIs(tag), "asnSeq", {member, name}, code, message, at);
+        if (spare()) spareRow(tag, bit, {member, name}, codes.decode, at);
     }
-    template <class M> void required(AnyTag, M& member, const char* name, int code, int, Here at = Here::now())
-    {
-        row({member, name}, code, at);
-    }
-    // Taken when a component is spare and has the tag; `bit` of the mask says so from then on.
+    // One alternative of a required component that is a CHOICE: taken when it has the tag. A rule behind the last
+    // alternative refuses the component that none took.
     template <class M>
-    void optional(Universal tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
+    void alternative(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
-        if (spare() && nextIs(tag)) optionalRow(bit, {member, name}, code, at);
+        if (nextIs(tag)) alternativeRow(tag, bit, {member, name}, codes.decode, at);
     }
-    template <class M>
-    void optional(Option tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
-    {
-        if (spare() && nextIs(tag)) optionalRow(bit, {member, name}, code, at);
-    }
-    template <class M> void optional(AnyTag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
-    {
-        if (spare()) optionalRow(bit, {member, name}, code, at);
-    }
-    // The same with a message: a spare component without the tag is refused.
-    template <class M>
-    void optional(Universal tag, unsigned char bit, M& member, const char* name, int code, int, const char* message,
-                  Here at = Here::now())
-    {
-        if (!spare()) return;
-        if (!nextIs(tag)) return refuse(code + 2, tag.frame, message, at);
-        optionalRow(bit, {member, name}, code, at);
-    }
-    // One alternative of a required component that is a CHOICE: the first whose tag fits takes it. chosen() stands behind
-    // the last one, with the codes and messages for the case that none did.
-    template <class M>
-    void alternative(Universal tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
-    {
-        if (m_chosen || !nextIs(tag)) return;
-        m_chosen = true;
-        ++m_spare; // which the row takes off, as if the component were optional
-        optionalRow(bit, {member, name}, code, at);
-    }
-    void chosen(unsigned char, int code, const char* message, int, const char*, Here at = Here::now())
-    {
-        if (m_code == 0 && !m_chosen) refuse(code, "asnSeq", message, at);
-        m_chosen = false;
-    }
-    template <class M>
-    void optional(Implicit tag, unsigned char bit, M& member, const char* name, int code, int, Here at = Here::now())
-    {
-        if (!spare() || !nextIs(Option{tag.number})) return;
-        m_firstOctet = tag.universal;
-        optionalRow(bit, {member, name}, code, at);
-    }
+    // A condition that no row expresses.
+    void rule(bool isMet, int code, const char* name, const char* message, Here at = Here::now());
     void end(int) {}
 
     // For a row that is none of these, as ordinary code. fetch() gives the component and goes on to the next one; null
@@ -198,11 +177,13 @@ public:
     int code() const { return m_code; }
 
 private:
-    void counted(int minimum, int maximum, const char* name, const char* message, Here at);
+    bool countIs(int minimum, int maximum);
     void stop(int code);
-    void taggedRow(bool tagFits, const char* tagFrame, Member member, int code, const char* message, Here at);
-    void optionalRow(unsigned char bit, Member member, int code, Here at);
-    void row(Member member, int code, Here at);
+    void refuse(int code, const char* name, const ByteString& message, Here at);
+    void refuseTag(const Tag& tag, const char* member, int code, Here at);
+    void requiredRow(const Tag& tag, Member member, int code, Here at);
+    void spareRow(const Tag& tag, unsigned char bit, Member member, int code, Here at);
+    void alternativeRow(const Tag& tag, unsigned char bit, Member member, int code, Here at);
 
     RObject& m_record;
     const char* m_class;
@@ -211,55 +192,39 @@ private:
     ASN1Sequence m_asnSeq;
     int m_index = 0;
     int m_spare;
-    bool m_chosen = false;
     int m_code = 0;
-    unsigned char m_firstOctet = 0; // what the next row's component is to begin with; 0: as it does
 };
 
+// Writes a row's member, an optional one when its bit is set.
 class Encoder {
 public:
     static constexpr bool decoding = false;
 
     Encoder(RObject& record, const char* recordClass, const unsigned char* mask);
 
-    void exactly(int, const char*) {}
+    void exactly(int) {}
     void atLeast(int, const char*) {}
 
-    template <class M> void required(Universal, M& member, const char* name, int, int code, const char*, Here at = Here::now())
+    template <class M> void required(const Tag&, M& member, const char* name, Codes codes, Here at = Here::now())
     {
-        row({member, name}, code, at);
-    }
-    template <class M> void required(AnyTag, M& member, const char* name, int, int code, Here at = Here::now())
-    {
-        row({member, name}, code, at);
-    }
-    // Written when its bit is set.
-    template <class Tag, class M>
-    void optional(Tag, unsigned char bit, M& member, const char* name, int, int code, Here at = Here::now())
-    {
-        if (*m_mask & bit) row({member, name}, code, at);
+        row({member, name}, codes.encode, at);
     }
     template <class M>
-    void optional(Universal tag, unsigned char bit, M& member, const char* name, int, int code, const char*, Here at = Here::now())
+    void optional(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
-        optional(tag, bit, member, name, 0, code, at);
+        optionalRow(tag, bit, {member, name}, codes.encode, at);
     }
     template <class M>
-    void alternative(Universal tag, unsigned char bit, M& member, const char* name, int, int code, Here at = Here::now())
+    void optionalLast(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
-        optional(tag, bit, member, name, 0, code, at);
-    }
-    void chosen(unsigned char bits, int, const char*, int code, const char* message, Here at = Here::now())
-    {
-        if ((*m_mask & bits) == 0) refuse(code, "m_ucBitMask", message, at);
+        optionalRow(tag, bit, {member, name}, codes.encode, at);
     }
     template <class M>
-    void optional(Implicit tag, unsigned char bit, M& member, const char* name, int, int code, Here at = Here::now())
+    void alternative(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
-        if ((*m_mask & bit) == 0) return;
-        member.setImplicitTag(tag.number, contextClass);
-        row({member, name}, code, at);
+        optionalRow(tag, bit, {member, name}, codes.encode, at);
     }
+    void rule(bool isMet, int code, const char* name, const char* message, Here at = Here::now());
     // The whole SEQUENCE, with the record's option tag, into the record's output.
     void end(int code, Here at = Here::now());
     void refuse(int code, const char* name, const char* message, Here at = Here::now());
@@ -268,6 +233,7 @@ public:
 
 private:
     void row(Member member, int code, Here at);
+    void optionalRow(const Tag& tag, unsigned char bit, Member member, int code, Here at);
 
     RObject& m_record;
     const char* m_class;
