@@ -16,7 +16,7 @@ int PAuthKeyIdentUtil::parseAuthorityKeyIdentifer(ByteString& value, ByteString&
     if (mask & 0x01) {
         ByteString& key = authorityKeyIdentifier.getKeyIdentifier();
         if (authorityKeyIdentifier.getLastError() > 0) return fail(*this, 1, "authorityKeyIdentifier", authorityKeyIdentifier);
-        (out << "KeyID=").hex(key);
+        out << "KeyID=" << Hex{key};
     }
     if (mask & 0x02) {
         out << (out.empty() ? "" : "\r\n") << u8"인증서 발급자: \r\n"_ksc;
@@ -25,7 +25,7 @@ int PAuthKeyIdentUtil::parseAuthorityKeyIdentifer(ByteString& value, ByteString&
     if (mask & 0x04) {
         ByteString& serial = authorityKeyIdentifier.getAuthorityCertSerialNumberByteString();
         if (authorityKeyIdentifier.getLastError() > 0) return fail(*this, 1, "authorityKeyIdentifier", authorityKeyIdentifier);
-        (out << (out.empty() ? "" : "\r\n") << "Certificate SerialNumber=").hex(serial);
+        out << (out.empty() ? "" : "\r\n") << "Certificate SerialNumber=" << Hex{serial};
     }
     return finish(*this, out, text);
 }

@@ -77,7 +77,7 @@ int PCRLDistPointsUtil::addPointName(RDistributionPointName& name, TextBuilder& 
         ByteString value;
         if (i > 0) out << "\r\n";
         if (const int code = addName(encoded, indent, i == 0, out, choice, value)) return code;
-        if (m_nUrlCount < mostUrls) m_bsUrls[m_nUrlCount++].swap(value);
+        if (m_nUrlCount < maxUrls) m_bsUrls[m_nUrlCount++].swap(value);
     }
     return 0;
 }

@@ -20,7 +20,7 @@ public:
     ByteString& getUrl(int index);
 
 private:
-    static constexpr int mostUrls = 3;
+    static constexpr int maxUrls = 3;
 
     struct Indent;
     int makeDistributionPointMessage(int number, ByteString& encoded, ByteString& text);
@@ -30,7 +30,7 @@ private:
     int addName(ByteString& encoded, const Indent& indent, bool isFirst, TextBuilder& out, int& choice, ByteString& value);
 
     int m_nUrlCount = 0;
-    ByteString m_bsUrls[mostUrls + 1];
+    ByteString m_bsUrls[maxUrls + 1];
     ByteString m_bsCRLIssuer; // the encoded directoryName of the last CRL issuer
 };
 

@@ -26,7 +26,7 @@ const GeneralNameForm* generalNameForm(int choice)
 void addPlainValue(int choice, ByteString& value, TextBuilder& out)
 {
     if (choice == RGeneralName::otherName) {
-        out.hex(value);
+        out << Hex{value};
     } else {
         out << value;
     }
@@ -91,7 +91,7 @@ int PGeneralNameUtil::addOtherName(const ByteString& typeId, ByteString& value, 
         {"2 5 4 3", "cn"}, {"2 5 4 5", u8"일련번호"_ksc}, {"2 5 4 6", "c"}, {"2 5 4 10", "o"}, {"2 5 4 11", "ou"},
     };
     if (typeId == "1 2 410 200004 10 1 1") return addIdentifyData(value, out);
-    (out << "     " << nameOrOid(typeId, attributes) << "=").hex(value, m_nHexGroup, m_nHexLine);
+    out << "     " << nameOrOid(typeId, attributes) << "=" << Hex{value, m_nHexGroup, m_nHexLine};
     return 0;
 }
 
@@ -102,7 +102,7 @@ int PGeneralNameUtil::addIdentifyData(ByteString& value, TextBuilder& out)
     ByteString realName, vid;
     if (const int code = identifyData.parseIdentifyData(value, realName, vid)) {
         if (identifyData.outOfMemory()) return failed(code, "identifyData", identifyData);
-        (out << "     identifyData=").hex(value, m_nHexGroup, m_nHexLine);
+        out << "     identifyData=" << Hex{value, m_nHexGroup, m_nHexLine};
         return 0;
     }
     out << "     identifyData:\r\n" << u8"          실명="_ksc << realName;
@@ -126,7 +126,7 @@ int PGeneralNameUtil::addVID(ByteString& encoded, TextBuilder& out)
     if (vid.getLastError() > 0) return failed(4, "vid", vid);
     out << "\r\n          VID:\r\n";
     out << u8"             해쉬 알고리즘="_ksc << nameOrOid(oid, hashAlgorithms) << "\r\n";
-    (out << "             virtualID=").hex(virtualID, m_nHexGroup, m_nHexLine);
+    out << "             virtualID=" << Hex{virtualID, m_nHexGroup, m_nHexLine};
     return 0;
 }
 

@@ -40,7 +40,7 @@ int keyIdentifierText(ByteString& value, ByteString& text, Trail& trail)
 {
     ASN1OctetString keyIdentifier;
     if (const int code = keyIdentifier.fromASN1Object(value)) return handOver(keyIdentifier, code, trail);
-    return finish(TextBuilder().hex(keyIdentifier.getValue()), text, trail);
+    return finish(TextBuilder() << Hex{keyIdentifier.getValue()}, text, trail);
 }
 
 } // namespace vrno

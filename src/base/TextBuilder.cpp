@@ -25,11 +25,9 @@ TextBuilder& TextBuilder::operator<<(int number)
     return *this;
 }
 
-TextBuilder& TextBuilder::hex(ByteString& octets, int group, int line)
+TextBuilder& TextBuilder::operator<<(const Hex& hex)
 {
-    const ByteString digits = group == 0 ? octets.toHex() : octets.toHexGrouped(group, line);
-    m_failed |= octets.getError() > 0;
-    return *this << digits;
+    return *this << (hex.group == 0 ? hex.octets.toHex() : hex.octets.toHexGrouped(hex.group, hex.line));
 }
 
 int TextBuilder::into(ByteString& text) const

@@ -6,6 +6,13 @@
 
 namespace vrno {
 
+// Octets to be added in hexadecimal: as ByteString::toHex, or with a group as toHexGrouped.
+struct Hex {
+    ByteString& octets;
+    int group = 0;
+    int line = 0;
+};
+
 // Linear in what is added, and without the limit of ByteString::format. After an allocation failure, of a piece or of the
 // builder's own, it has failed for good.
 class TextBuilder {
@@ -13,8 +20,7 @@ public:
     TextBuilder& operator<<(const char* text);
     TextBuilder& operator<<(const ByteString& text); // all of it, zero octets too
     TextBuilder& operator<<(int number);
-    // As ByteString::toHex, or with a group as toHexGrouped.
-    TextBuilder& hex(ByteString& octets, int group = 0, int line = 0);
+    TextBuilder& operator<<(const Hex& hex);
     // Overwrites the last character; there must be one.
     void replaceLast(char with);
 

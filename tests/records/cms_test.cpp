@@ -43,7 +43,7 @@ void makeContent(REncryptedContentInfo& content, const std::string& ciphertext)
     EXPECT_EQ(cipher.setAlgorithm("1 2 5", true), 0);
     EXPECT_EQ(content.setContentType(oid), 0);
     EXPECT_EQ(content.setContentEncryptionAlgorithm(cipher), 0);
-    EXPECT_EQ(content.setEncryptedContent(octets), 0);
+    EXPECT_EQ(content.setEncryptedContent(std::move(octets)), 0);
 }
 
 } // namespace
@@ -62,7 +62,7 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     REnvelopedData enveloped;
     EXPECT_EQ(enveloped.setVersion(2), 0);
     EXPECT_EQ(enveloped.setRecipientInfos(recipients), 0);
-    EXPECT_EQ(enveloped.setEncryptedContentInfo(content), 0);
+    EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0);
     const auto ktri = [](const std::string& id, const std::string& key) { return "30{020102 80{" + id + "} 30{06{2A03}} 04{\"" + key + "\"}}"; };
     const std::string version = "020102", set = "31{" + ktri("BB", "two") + ktri("AA", "one") + "}";
     const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}", plain = "30{" + version + set + info + "}";
@@ -72,7 +72,7 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     RContentInfo message;
     EXPECT_EQ(message.setContentType("1 2 840 113549 1 7 3"), 0);
     EXPECT_EQ(encoded(message), hex(der("30{06{2A864886F70D010703}}")));
-    message.setContent(enveloped.toASN1Object());
+    message.setContent(std::move(enveloped.toASN1Object()));
     const std::string wrapped = hex(der("30{06{2A864886F70D010703} A0{" + plain + "}}"));
     EXPECT_EQ(encoded(message), wrapped);
     EXPECT_EQ(encoded(message), wrapped);
@@ -84,6 +84,7 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     attributes.m_SET.addComponent(attribute, -1);
     EXPECT_EQ(enveloped.setOriginatorInfo(originator), 0);
     EXPECT_EQ(enveloped.setUnprotectedAttrs(attributes), 0);
+    makeContent(content, "ciphertext");
     EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0); // over the first one
     EXPECT_EQ(encoded(enveloped), hex(der("30{" + version + "A0{A0{30{020101}}}" + set + info + "A1{30{06{2A06} 31{0500}}}}")));
 }
@@ -122,7 +123,7 @@ TEST(Cms, SettersAndEncodingTellWhatIsMissing)
     EXPECT_EQ(content.setContentType(empty), 1);
     EXPECT_EQ(frame(content), "REncryptedContentInfo::setContentType-m_contentType(1)");
     content.setImplicitTag(0, 0x80); // reads as a wrapper around the first component
-    EXPECT_EQ(enveloped.setEncryptedContentInfo(content), 2);
+    EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 2);
     EXPECT_EQ(frame(enveloped), "REnvelopedData::setEncryptedContentInfo-m_encryptedContentInfo(2)");
 }
 

@@ -88,12 +88,6 @@ int REncryptedContentInfo::setContentEncryptionAlgorithm(RAlgorithmIdentifier& d
     return copyThrough(*this, data, NAMED(m_contentEncryptionAlgorithm));
 }
 
-int REncryptedContentInfo::setEncryptedContent(ByteString& octets)
-{
-    ByteString copy = octets;
-    return setEncryptedContent(std::move(copy));
-}
-
 int REncryptedContentInfo::setEncryptedContent(ByteString&& octets)
 {
     if (octets.isOutOfMemory()) return failMemory(*this, 1, "m_encryptedContent");
@@ -151,14 +145,6 @@ static int copyWithoutContent(REnvelopedData& enveloped, REncryptedContentInfo& 
     return code;
 }
 
-int REnvelopedData::setEncryptedContentInfo(REncryptedContentInfo& data)
-{
-    if (const int code = copyWithoutContent(*this, data, Here::now())) return code;
-    if ((data.m_ucBitMask & 0x01) == 0) return 0;
-    if (m_encryptedContentInfo.setEncryptedContent(data.m_encryptedContent.getValue()) == 0) return 0;
-    return fail(*this, 2, "m_encryptedContentInfo", m_encryptedContentInfo);
-}
-
 int REnvelopedData::setEncryptedContentInfo(REncryptedContentInfo&& data)
 {
     if (const int code = copyWithoutContent(*this, data, Here::now())) return code;
@@ -206,12 +192,6 @@ ByteString& RContentInfo::toASN1Object()
 int RContentInfo::setContentType(const char* oid)
 {
     return m_contentType.setOID(oid) > 0 ? fail(*this, 1, "m_contentType", m_contentType) : 0;
-}
-
-void RContentInfo::setContent(ByteString& encoded)
-{
-    m_content = encoded;
-    m_ucBitMask |= 0x01;
 }
 
 void RContentInfo::setContent(ByteString&& encoded)

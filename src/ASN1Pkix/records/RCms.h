@@ -45,8 +45,7 @@ public:
     // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 when it is none.
     int setContentType(ByteString& oid);
     int setContentEncryptionAlgorithm(RAlgorithmIdentifier& data);
-    // The ciphertext, which is written as one primitive element. Where it may be a large one, hand its block over.
-    int setEncryptedContent(ByteString& octets);
+    // Takes the ciphertext's block over, since it may be large. It is written as one primitive element.
     int setEncryptedContent(ByteString&& octets);
 
     template <class V> void walk(V& v);
@@ -72,8 +71,7 @@ public:
     int setVersion(int version);
     int setOriginatorInfo(ROriginatorInfo& data);
     int setRecipientInfos(RRecipientInfos& data);
-    // Where the content may be a large one, hand the record over: its content is gone from it then.
-    int setEncryptedContentInfo(REncryptedContentInfo& data);
+    // Takes the content's block over, since it may be large: `data` has no content afterwards.
     int setEncryptedContentInfo(REncryptedContentInfo&& data);
     int setUnprotectedAttrs(RAttributes& data);
 
@@ -95,8 +93,7 @@ public:
     ByteString& toASN1Object();
     // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 when it is none.
     int setContentType(const char* oid);
-    // The complete encoded element. Where it may be a large one, hand its block over.
-    void setContent(ByteString& encoded);
+    // Takes over the block of the complete encoded element, since it may be large.
     void setContent(ByteString&& encoded);
 
     void walk(Encoder& v);
