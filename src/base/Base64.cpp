@@ -18,7 +18,7 @@ constexpr std::array<unsigned char, 256> values = [] {
     return table;
 }();
 
-// The characters of up to three octets; missing octets count as zero, and their characters are not written.
+// Writes the four characters of up to three octets. Missing octets count as zero; each gives a "=".
 void encodeGroup(const unsigned char* octets, std::size_t count, unsigned char* out)
 {
     std::uint32_t group = 0;
@@ -68,7 +68,7 @@ int base64Decode(ByteString& in, ByteString& out)
     unsigned char* to = octets.makeRoom(static_cast<int>(text.size() * 3 / 4));
     if (!to) return failMemory(out);
     std::uint32_t bits = 0;
-    int count = 0; // how many low bits of `bits` are not written yet
+    int count = 0; // the number of low bits of `bits` that are not written yet
     for (const unsigned char character : text) {
         const unsigned char value = values[character];
         if (value == noValue) return 1;

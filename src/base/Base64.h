@@ -1,17 +1,17 @@
-// Base64 of RFC 4648, section 4: the standard alphabet, padded, in one line.
+// Base64 (RFC 4648, section 4): the standard alphabet, with padding, without line breaks.
 #pragma once
 
 #include "base/ByteString.h"
 
 namespace vrno {
 
-// Both return 0, or 1 with `out` as it was; on allocation failure it is empty with the status 2.
+// Both return 0 or 1. `out` is unchanged after 1, but empty with the status 2 after an allocation failure.
 
-// 1: the text would be longer than a ByteString holds. An empty input gives an empty output.
+// 1 if the text would be longer than a ByteString can be. An empty input gives an empty output.
 int base64Encode(ByteString& in, ByteString& out);
 
-// Strict: 1 for a length that is no multiple of 4, for any character outside the alphabet (white space too) and for an
-// equals sign but the last two. Bits of the last character that fill no byte are not looked at.
+// Strict: 1 for a length that is not a multiple of 4, for a character outside the alphabet (white space too) and for an equals
+// sign that is not padding at the end. Unused bits of the last character are not tested.
 int base64Decode(ByteString& in, ByteString& out);
 
 } // namespace vrno

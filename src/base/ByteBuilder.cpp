@@ -13,7 +13,7 @@ bool ByteBuilder::room(std::size_t more)
 {
     if (m_failed) return false;
     if (more <= m_capacity - m_size) return true;
-    constexpr std::size_t limit = INT_MAX - 1; // what a ByteString holds
+    constexpr std::size_t limit = INT_MAX - 1; // what a ByteString can hold
     if (more > limit - m_size) {
         m_failed = true;
         return false;

@@ -1,4 +1,4 @@
-// A growing work buffer for results whose size is known only at their end.
+// A growing work buffer for a result whose size is not known before.
 #pragma once
 
 #include "base/Octets.h"
@@ -7,8 +7,8 @@ namespace vrno {
 
 class ByteString;
 
-// Grows by half, so that any number of additions costs linear time. After an allocation failure the builder has failed for
-// good: further additions do nothing. Its block is overwritten before it is released.
+// Grows by half, so that any number of additions takes linear time. After an allocation failure, or above the size of a
+// ByteString, failed() is true and further additions do nothing. A block is overwritten before it is released.
 class ByteBuilder {
 public:
     ByteBuilder() = default;
@@ -24,10 +24,10 @@ public:
     bool empty() const { return m_size == 0; }
     Octets octets() const { return {m_block, m_size}; }
 
-    // Removes the last octet; there must be one.
+    // Removes the last octet. There must be one.
     void drop() { --m_size; }
 
-    // Copies what was built into `out`: 0, or 2 with `out` empty and its status 2 when an allocation failed here or before.
+    // Copies the octets to `out`: 0, or 2 with `out` empty and its status 2 if this or an earlier allocation failed.
     int into(ByteString& out) const;
 
 private:

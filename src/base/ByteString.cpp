@@ -12,7 +12,7 @@
 
 namespace vrno {
 
-// A block for `length` bytes with the zero behind them already set; null when there is no memory.
+// A block for `length` bytes, with the zero after them already set; null on allocation failure.
 static unsigned char* newBlock(int length)
 {
     auto* const block = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(length) + 1));
@@ -25,7 +25,7 @@ static void copyBytes(unsigned char* to, const void* from, int length)
     if (length > 0) std::memcpy(to, from, static_cast<std::size_t>(length));
 }
 
-// The length of a text as a ByteString counts it; a longer one than it can hold counts as that.
+// The length of a text; INT_MAX, which no ByteString can hold, for any longer one.
 static int textLength(const char* text)
 {
     const std::size_t length = std::strlen(text);
@@ -61,7 +61,7 @@ void ByteString::copyStatus(const ByteString& other)
 
 int ByteString::setData(const void* data, int length)
 {
-    // The new block comes first, for `data` may lie in the old one.
+    // The old block is released after the copy, since `data` may lie in it.
     unsigned char* block = nullptr;
     const bool wanted = data != nullptr && length >= 0 && length < INT_MAX;
     if (wanted) block = newBlock(length);
@@ -130,8 +130,8 @@ int ByteString::append(const void* data, int length)
     return good;
 }
 
-// A block of `size` bytes that begins with the content, in the place of the old one; null, with the old one kept, on
-// allocation failure.
+// Returns a block of `size` bytes that starts with the content and replaces the old block. On allocation failure it returns null
+// and keeps the old one.
 unsigned char* ByteString::grownBlock(std::size_t size)
 {
     if (size > maxCopiedBlock) return static_cast<unsigned char*>(std::realloc(m_pData, size));

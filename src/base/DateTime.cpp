@@ -7,7 +7,7 @@
 
 namespace vrno {
 
-// Both are read once per process. Threads that fill one at the same time write the same value.
+// Both are read once in a process. Threads that write one at the same time write the same value.
 static constexpr int notRead = 9999;
 static constinit std::atomic<int> daylightCache = notRead;
 static constinit std::atomic<int> zoneCache = notRead;
@@ -18,7 +18,7 @@ static int readDaylightFlag()
     return platform::localTime(platform::wallClock().seconds, now) ? now.tm_isdst : 0;
 }
 
-// Both forms of this moment go back through the local calendar; the seconds between them are the zone's.
+// The local and the UTC fields of this moment are both converted as local time. The difference is the offset of the zone.
 static int readZoneOffset()
 {
     const auto seconds = platform::wallClock().seconds;

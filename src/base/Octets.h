@@ -1,4 +1,4 @@
-// Views of bytes that somebody else owns.
+// A view of bytes. It does not own them.
 #pragma once
 
 #include <cstddef>

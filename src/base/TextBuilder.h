@@ -1,4 +1,4 @@
-// A text put together from pieces.
+// Builds a text from pieces.
 #pragma once
 
 #include "base/ByteBuilder.h"
@@ -6,26 +6,26 @@
 
 namespace vrno {
 
-// Octets to be added in hexadecimal: as ByteString::toHex, or with a group as toHexGrouped.
+// Octets to add in hexadecimal: as by ByteString::toHex, or by toHexGrouped if `group` is not 0.
 struct Hex {
     ByteString& octets;
     int group = 0;
     int line = 0;
 };
 
-// Linear in what is added, and without the limit of ByteString::format. After an allocation failure, of a piece or of the
-// builder's own, it has failed for good.
+// Takes linear time and does not have the size limit of ByteString::format. After an allocation failure, of a piece or of the
+// builder, into() fails.
 class TextBuilder {
 public:
     TextBuilder& operator<<(const char* text);
     TextBuilder& operator<<(const ByteString& text); // all of it, zero octets too
     TextBuilder& operator<<(int number);
     TextBuilder& operator<<(const Hex& hex);
-    // Overwrites the last character; there must be one.
+    // Overwrites the last character. There must be one.
     void replaceLast(char with);
 
     bool empty() const { return m_bytes.empty(); }
-    // Copies the text: 0, or 2 with `text` empty and its status 2 when an allocation failed here or before.
+    // Copies the text: 0, or 2 with `text` empty and its status 2 if this or an earlier allocation failed.
     int into(ByteString& text) const;
 
 private:

@@ -1,12 +1,12 @@
-// Failures: the trail that tells where one happened, the base of every object that has a trail, and the ways to fail.
+// Failures: the trail, which says where a failure happened; the base of all objects that have one; the functions that report it.
 #pragma once
 
 #include "base/ByteString.h"
 
 namespace vrno {
 
-// Where a statement stands. As a default argument it names the caller's file, line and function. In a lambda the function's
-// name is `operator()`: there FailuresOf names the method.
+// A place in the source. As a default argument it is the caller's file, line and function. Inside a lambda the function is
+// `operator()`: use FailuresOf there, which gives the method's name.
 struct Here {
     const char* file;
     int line;
@@ -17,25 +17,25 @@ struct Here {
         return {f, l, fn};
     }
 
-    // The same place as a part of `method`.
+    // The same place, in the name of `method`.
     constexpr Here in(const char* method) const { return {file, line, method}; }
 };
 
-// A failure: for people the text of its frames, the outermost first; for the program the one fact that changes a result
-// code, whether an allocation failed. A text that could not be allocated is such a failure too.
+// A failure. For people: the text of its frames, the outermost first. For the program: whether an allocation failed, the one fact
+// that changes a result code. The fact is also set if the text itself could not be allocated.
 class Trail {
 public:
-    // Replaces the trail by a frame "[file:line]Class::Method-Name(code)", with the file's base name, and behind it a comma
-    // and `message` where that is not null or empty.
+    // Replaces the trail by the frame "[file:line]Class::Method-Name(code)", with the base name of the file. A comma and `message`
+    // follow if `message` is not null or empty.
     void frame(const Here& at, const char* className, const char* name, int code, const char* message);
-    // The same with the frames of `inner` as the message; its fact is kept. `inner` may be this object.
+    // The same with the trail of `inner` as the message; its fact is kept. `inner` may be this object.
     void frame(const Here& at, const char* className, const char* name, int code, const Trail& inner);
-    // Puts text in front, as it is.
+    // Puts text in front, unchanged.
     void prepend(Octets frames);
     void setOutOfMemory() { m_outOfMemory = true; }
     void swap(Trail& other);
 
-    // A frame alone, with the comma where something is to follow it.
+    // Only the frame; a comma follows it if `isFollowed`.
     static ByteString frameText(const Here& at, const char* className, const char* name, int code, bool isFollowed);
 
     const ByteString& text() const { return m_text; }
@@ -68,15 +68,15 @@ public:
     Trail m_bsErrorTrail;
 };
 
-// ---- the ways to fail: each adds one frame to the object's trail and returns `code` ----
+// ---- the ways to fail: each replaces the trail by one frame, followed by the cause, and returns `code` ----
 
-// The same under another class name than the object's own.
+// Each with a class name that may differ from the one of the object.
 int failAs(Trailed& object, const char* className, int code, const char* name, const char* message, Here at);
 int failAs(Trailed& object, const char* className, int code, const char* name, const ByteString& message, Here at);
 int failAs(Trailed& object, const char* className, int code, const char* name, const Trailed& inner, Here at);
 int failMemoryAs(Trailed& object, const char* className, int code, const char* name, const char* message, Here at);
 
-// The frame names Object::className. `cause` is a message, or the inner object whose trail follows, which may be `object`.
+// The frame has the name Object::className. `cause` is a message, or the object whose trail follows; it may be `object`.
 template <class Object, class Cause> int fail(Object& object, int code, const char* name, Cause&& cause, Here at = Here::now())
 {
     return failAs(object, Object::className, code, name, cause, at);
@@ -84,14 +84,14 @@ template <class Object, class Cause> int fail(Object& object, int code, const ch
 
 inline constexpr const char* memoryFailure = "Memory Allocation Error";
 
-// An allocation failed here.
+// For the place where an allocation failed.
 template <class Object>
 int failMemory(Object& object, int code, const char* name, const char* message = memoryFailure, Here at = Here::now())
 {
     return failMemoryAs(object, Object::className, code, name, message, at);
 }
 
-// For operations that hand out `m_bsOutput`: stores the code of a failure and gives the emptied output back.
+// For operations that return `m_bsOutput`: stores the code of a failure, empties the output and returns it.
 template <class Object> ByteString& failedOutput(Object& object, int code)
 {
     object.m_nLastError = code;
@@ -111,7 +111,7 @@ template <class Object> ByteString& failOutputMemory(Object& object, int code, c
     return failedOutput(object, failMemory(object, code, name, memoryFailure, at));
 }
 
-// The failures of a helper, in the name of the method that it is a part of, each with its own line:
+// The failures of a helper that is a part of a method: the frames have the name of the method and the line of the statement.
 //     const FailuresOf failed{*this, "makeEnvelopedData"};
 //     return failed(4, "m_bsContentType", eci);
 class FailuresOf {

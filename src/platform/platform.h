@@ -20,7 +20,7 @@ enum class FileError : int {
     none = 0,
     emptyPath = 1,
     open = 2,   // missing, not permitted, or opened by a writer on a system with share modes
-    size = 3,   // no file with a size (a folder, a pipe, a device), or one above 2^31 - 2 bytes
+    size = 3,   // not a file with a size (a folder, a pipe, a device), or one above 2^31 - 2 bytes
     memory = 4, // allocation failure
     read = 5,
     truncated = 6, // fewer bytes than the size

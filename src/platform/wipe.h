@@ -6,7 +6,7 @@
 
 namespace vrno {
 
-// Zeros `length` bytes at `data`, which may be null for none. The barrier keeps the compiler from dropping the writes.
+// Zeros `length` bytes at `data`, which may be null if there are none. The barrier keeps the compiler from dropping the writes.
 inline void wipe(void* data, std::size_t length)
 {
     if (length > 0) std::memset(data, 0, length);

@@ -56,7 +56,7 @@ constexpr std::uint16_t nextExtended(std::uint16_t code)
     return static_cast<std::uint16_t>(code + 1);
 }
 
-// The code of each syllable, with the lead octet in the high half; the index is the code point less firstSyllable.
+// The code of each syllable, with the lead octet in the high half; the index is the code point minus firstSyllable.
 inline constexpr std::array<std::uint16_t, syllableCount> codes = [] {
     std::array<std::uint16_t, syllableCount> table{};
     const char8_t* standard = ksx1001Syllables;
