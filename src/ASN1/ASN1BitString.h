@@ -1,4 +1,4 @@
-// BIT STRING: the octet of unused bits, then the bits (X.690, 8.6). A constructed form is kept as it stands.
+// BIT STRING (X.690, 8.6): the octet of unused bits, then the bits. The value of a constructed form is its encoded segments.
 #pragma once
 
 #include "ASN1/ASN1Object.h"
@@ -13,10 +13,10 @@ public:
     ASN1BitString() = default;
     explicit ASN1BitString(ByteString& data) { m_nLastError = ASN1BitString::fromASN1Object(data); }
 
-    // All octets with no unused bits; with `trim` trailing zero bits are dropped, as a list of named bits wants it
-    // (X.690, 11.2.2), and 1 comes back for octets that are all zero.
+    // Without `trim`: all octets, with 0 unused bits. With `trim`: without trailing zero bits, as DER requires for a list of named
+    // bits (X.690, 11.2.2). 0; 1 if `trim` would remove every octet; 2 on allocation failure.
     int setBitString(ByteString& bits, bool trim);
-    // The octets behind the first, which goes to `unusedBits` unchecked.
+    // The octets after the first one, which is stored in `unusedBits` unchecked. `m_nLastError` 1 for an empty value.
     ByteString& getBitString(int* unusedBits);
 };
 

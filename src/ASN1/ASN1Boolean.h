@@ -10,9 +10,9 @@ public:
     static constexpr const char* className = "ASN1Boolean";
     static constexpr ASN1Type type{className, ASN1_TAG_BOOLEAN, "TagType(%d) is not ASN1_TAG_BOOLEAN"};
 
-    // 0xFF for any value but 0.
+    // Sets 0xFF for any value except 0, else 0. Returns 0, or 2 on allocation failure.
     int setBoolValue(int value);
-    // True only for a first octet of exactly 0xFF.
+    // True only if the first octet is 0xFF.
     bool getBoolValue() const;
 };
 

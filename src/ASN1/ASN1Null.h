@@ -1,4 +1,4 @@
-// NULL. Contents are not tested: where there are any they stay in the value.
+// NULL (X.690, 8.8). Decoding does not test the contents. They stay in the value.
 #pragma once
 
 #include "ASN1/ASN1Object.h"

@@ -142,9 +142,9 @@ int ASN1Object::findIndefiniteLengEnd(const unsigned char* data, int length, int
     return failInLevels(levels, fail(*this, 5, "Value Length", "Error at finding Indefinitive Length End(0x00 0x00)"));
 }
 
-// Puts the frames of the open levels in front of the trail, in one step. A hostile input has as many levels as half its
-// octets. The frames of the outermost hundred are more text than the boundary's message holds. Returns the outermost
-// level's code, or `code` when no level is open.
+// Puts the frames of the open levels in front of the trail, in one step. A hostile input can have one level for each two octets.
+// The frames of the outermost hundred are already longer than the context's message, so no more are made. Returns the code of the
+// outermost level, or `code` if no level is open.
 int ASN1Object::failInLevels(const ByteBuilder& levels, int code, Here at)
 {
     constexpr int codeOther = 4, codeExplicit = 3;
@@ -162,9 +162,8 @@ int ASN1Object::failInLevels(const ByteBuilder& levels, int code, Here at)
 
 // ---- decoding ----
 
-// The contents behind the length octets at the front of `lengthAndRest`, which must lie in it whole. The codes are
-// `firstCode` for the long form, the next for contents without an end and, two further, that of the short form. What the
-// search for an end finds does fit, so the code between has no use.
+// Gives the contents after the length octets at the start of `lengthAndRest`; both must lie in it. Codes: `firstCode` for the long
+// form, +1 for contents without an end, +3 for the short form. +2 is not used, since contents with an end always fit.
 int ASN1Object::takeContents(Octets lengthAndRest, int firstCode, Octets& contents)
 {
     const FailuresOf failed{*this, "fromASN1Object"};
@@ -198,7 +197,7 @@ int ASN1Object::fromASN1Object(ByteString& data)
     if (data.isNull()) return fail(*this, 1, "baData", "The bsData is NULL pointer.");
     if (data.getLength() < 2) return fail(*this, 1, "baData", "ASN1 Format(Length) Error");
 
-    Octets element = data.octets(); // from the tag that is read next to the end of what encloses it
+    Octets element = data.octets(); // from the next tag to read to the end of the enclosing element
     std::size_t tagOctets = 1;
     if (CheckASN1Member(element[0], &m_ucPrimitiveTag, &m_ucTaggedType, &m_nOptionTagNo, &m_ucOptionTagClass) > 0) {
         return fail(*this, 2, "checkASN1Member", *this);
@@ -285,7 +284,7 @@ ByteString& ASN1Object::toASN1Object()
     const std::size_t octets = putHeader(header, Here::now());
     if (octets == 0) return m_bsOutput;
     const Octets value = m_bsValue.octets();
-    constexpr std::size_t maxLength = INT_MAX - 1; // of a ByteString
+    constexpr std::size_t maxLength = INT_MAX - 1; // the largest of a ByteString
     const std::size_t total = octets + value.size();
     unsigned char* const element = total <= maxLength ? m_bsOutput.makeRoom(static_cast<int>(total)) : nullptr;
     if (!element) return failOutputMemory(*this, 3, "m_bsOutput");

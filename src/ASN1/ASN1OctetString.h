@@ -12,8 +12,8 @@ public:
 
     ASN1OctetString() = default;
     explicit ASN1OctetString(ByteString& data) { m_nLastError = ASN1OctetString::fromASN1Object(data); }
-    // A constructed form is undone: its segments, primitive ones of definite length, become the value, and the object
-    // encodes as primitive from there on. Code 3 for any other segment.
+    // The segments of a constructed form are joined to the value, and the object then encodes as primitive. 3 if a segment is not
+    // a primitive OCTET STRING of definite length.
     int fromASN1Object(ByteString& data) override;
 
 private:

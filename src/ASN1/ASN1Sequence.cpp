@@ -83,8 +83,8 @@ const ComponentInfo* ASN1Sequence::entry(int index) const
     return index >= 0 && index < std::min(m_nComponentCount, m_nMaxKept) ? pComponentInfo + index : nullptr;
 }
 
-// The table grows by 20 entries; a long one by half of its own size, so that a hostile value of hundreds of thousands
-// of components costs linear time.
+// The table grows by 20 entries while it is short and by half when it is long, so that a hostile value of hundreds of thousands of
+// components takes linear time.
 int ASN1Sequence::ReallocCompontntInfo()
 {
     const int capacity = m_nComponentCapacity + (m_nComponentCapacity < 1000 ? 20 : m_nComponentCapacity / 2);
@@ -134,7 +134,7 @@ int ASN1Sequence::getComponentUniversalTag(int index) const
     return component->nTag >= -31 && component->nTag <= -1 ? -component->nTag : -2;
 }
 
-// The table's entry of a component that is about to be appended; it counts when it has been.
+// Writes the table entry of the component that the caller appends next. The caller then increments the count.
 int ASN1Sequence::makeEntry(int length, int tag, Here at)
 {
     const bool isFull = m_nComponentCount >= m_nMaxKept;
@@ -158,7 +158,7 @@ int ASN1Sequence::takeComponent(ByteString& encoded)
     const FailuresOf failed{*this, "addComponent"};
     if (const int code = makeEntry(encoded.getLength(), -1, Here::now().in("addComponent"))) return code;
     bool outOfMemory = false;
-    if (encoded.getLength() > m_bsValue.getLength()) { // the smaller of the two is what is copied
+    if (encoded.getLength() > m_bsValue.getLength()) { // only the smaller of the two is copied
         outOfMemory = encoded.prepend(m_bsValue.octets()) > 0;
         if (!outOfMemory) m_bsValue.swap(encoded);
     } else {

@@ -1,4 +1,4 @@
-// SEQUENCE and SET: encoded components back to back, and a table of where each one lies.
+// SEQUENCE and SET (X.690, 8.9 to 8.12): the encoded components one after the other, and a table of their positions.
 #pragma once
 
 #include "ASN1/ASN1Object.h"
@@ -8,38 +8,38 @@ namespace vrno {
 struct ComponentInfo {
     unsigned int nOffset; // of the first tag octet in the value
     unsigned int nLength; // with tag, length octets and, in the indefinite form, the two end octets
-    int nTag;             // the number of an option tag, a universal number negated, or what addComponent was given
+    int nTag;             // number of an option tag; universal number, negated; or the argument of addComponent()
 };
 
-// A component is handed out by index as bytes and decoded by whoever asks for it. A component that claims more than the
-// value holds is the last one, cut to what remains; its own decoding then fails.
+// A component is returned by index as encoded bytes, which the caller decodes. If a component is longer than the rest of the
+// value, it is the last one and ends with the value; decoding it fails.
 class ASN1Sequence : public ASN1Object {
 public:
     static constexpr const char* className = "ASN1Sequence";
 
     ASN1Sequence();
     ~ASN1Sequence() override;
-    // Codes 1 and 2 of the tag, 3 when the components cannot be told apart: the object must not be read then.
+    // 1 and 2 as decodeTyped(); 3 if the value cannot be divided into components. The object must not be read after a failure.
     int fromASN1Object(ByteString& data) override;
 
-    // How many components of what is decoded from now on are handed out; those behind them are counted. For readers that know
-    // how many they look at, so that no table of the others is made.
+    // Limits how many components of the next decoded values can be read; the others are only counted. It is for readers that know
+    // how many they need: no table of the others is made.
     void keepOnly(int count) { m_nMaxKept = count; }
 
     int getComponentCount() const { return m_nComponentCount; }
-    // The component's bytes with its header; empty with `m_nLastError` 1 for an index out of range.
+    // The encoded component; empty with `m_nLastError` 1 for an index out of range.
     ByteString& getComponent(int index);
-    // The last one, in the block of the value: one copy less. No component is handed out any more.
+    // The last one, moved within the value's own block instead of copied. No component can be read or added afterwards.
     ByteString& takeLastComponent();
-    // ComponentInfo::nTag; -1 behind the last component. [APPLICATION 3] and [3] look alike.
+    // ComponentInfo::nTag; -1 for an index out of range. [APPLICATION 3] and [3] give the same number.
     int getComponentTagNo(int index) const;
-    // The universal tag number, -2 for a component with an option tag, -1 behind the last component.
+    // The universal tag number; -2 for a component with an option tag, -1 for an index out of range.
     int getComponentUniversalTag(int index) const;
-    // Appends in call order, in a SET too. 0, or 1 on allocation failure.
+    // Appends, in a SET too in the order of the calls. 0, or 1 on allocation failure or at the limit of keepOnly().
     int addComponent(ByteString& encoded, int tag);
-    // The same with the tag -1. `encoded` is empty afterwards: the block of a large one becomes the value's.
+    // The same with the tag -1. If `encoded` is the larger part, its block becomes the value's. On success `encoded` is empty.
     int takeComponent(ByteString& encoded);
-    // As toASN1Object, but the result takes the components' block over, and the object has none then.
+    // As toASN1Object(), but the result takes over the block of the components. The object has no components then.
     ByteString& useUpAsASN1Object();
     void clearComponents();
 

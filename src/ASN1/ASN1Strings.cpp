@@ -31,7 +31,7 @@ static bool isVisible(unsigned char octet)
     return isAlphanumericOrBlank(octet) || isOneOf(octet, "!\"%&'()*+,-./:;<=>?@\\^_|~");
 }
 
-// Copies `data` when all its octets are in the set; `message` is formed with the first that is not.
+// Copies `data` if all its octets are in the set; if not, `message` is formatted with the first octet outside it.
 template <class String>
 static int setChecked(String& string, const void* data, int length, bool (*inSet)(unsigned char), const char* message,
                       Here at = Here::now())

@@ -1,5 +1,5 @@
-// The character strings. Contents stay as they are on the wire. Decoded ones are not tested; setting tests each octet in
-// the classes with a character set, where the first one outside it leaves the value as it was and gives 1.
+// The character strings (X.680, 41). The value is the contents, unchanged. Decoding does not test it. In the classes with a
+// character set, setting returns 1 for an octet outside the set, with the value unchanged.
 #pragma once
 
 #include "ASN1/ASN1Object.h"
@@ -28,7 +28,7 @@ public:
     int setValue(const void* data, int length) override;
 };
 
-// Letters, digits, blank and !"%&'()*+,-./:;<=>?@\^_|~ which is less than X.680 allows.
+// Letters, digits, blank and !"%&'()*+,-./:;<=>?@\^_|~ only; X.680 allows more.
 class ASN1VisibleString : public ASN1Typed<ASN1VisibleString, ASN1CheckedValue> {
 public:
     static constexpr const char* className = "ASN1VisibleString";
@@ -58,7 +58,7 @@ public:
     static constexpr const char* className = "ASN1UTF8String";
     static constexpr ASN1Type type{className, ASN1_TAG_UTF8STRING, "Tag(%0x2d) is not ASN1_TAG_UTF8STRING"};
 
-    // The contents in little-endian UCS-2, with the losses of UUTF8String.
+    // The contents in UCS-2, little-endian, converted as by UUTF8String. `m_nLastError` 1 on allocation failure.
     ByteString& getUnicode();
 };
 

@@ -15,7 +15,7 @@ struct Fields {
     int year, month, day, hour, minute, second;
 };
 
-// The decimal number at the front of the octets, up to the first that is no digit; at most INT_MAX.
+// The decimal number at the start of the octets, up to the first one that is not a digit; at most INT_MAX.
 int number(Octets digits)
 {
     std::int64_t value = 0;
@@ -39,7 +39,7 @@ bool isDayOfMonth(const Fields& t)
     return date.ok();
 }
 
-// Seconds since 1970, `offsetMinutes` being what the fields are ahead of UTC. False outside the range of an instant.
+// Seconds since 1970; the fields are `offsetMinutes` ahead of UTC. False if the instant is out of range.
 bool toInstant(const Fields& t, int offsetMinutes, int& instant)
 {
     using namespace std::chrono;
@@ -67,7 +67,7 @@ bool toFields(int instant, Fields& t)
     return true;
 }
 
-// What the checks of the two classes share: the fields of a text, and failures whose message holds it.
+// What the checks of the two classes share: the fields of a text, and failures with the text in their message.
 template <class Time> class TextCheck {
 public:
     TextCheck(Time& time, const void* data, int length, const char* method)
@@ -79,7 +79,7 @@ public:
     unsigned char at(std::size_t index) const { return m_text[index]; }
     int digits(std::size_t from, std::size_t count) const { return number(m_text.subspan(from, count)); }
 
-    // `message` may hold a %s for the text.
+    // `message` may contain one %s, which becomes the text.
     int fails(int code, const char* name, const char* message, Here here = Here::now())
     {
         const ByteString text(m_text.data(), length());

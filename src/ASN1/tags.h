@@ -1,4 +1,4 @@
-// Universal tag numbers (X.680, 8.4), as far as the library has a class for them.
+// Universal tag numbers (X.680, 8.4) that the library uses, and how a value is tagged.
 #pragma once
 
 namespace vrno {
@@ -24,7 +24,7 @@ enum UniversalTag : unsigned char {
     ASN1_TAG_ANY = 255, // of a plain ASN1Object
 };
 
-// What `m_ucTaggedType` holds.
+// The values of `m_ucTaggedType`.
 enum TaggedType : unsigned char {
     notTagged = 0,
     implicitTag = 1,
