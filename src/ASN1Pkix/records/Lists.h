@@ -1,4 +1,4 @@
-// SEQUENCE OF and SET OF: records that keep the container itself and hand out its elements as bytes.
+// SEQUENCE OF and SET OF: records that hold the container itself and return its elements as encoded bytes.
 #pragma once
 
 #include "ASN1Pkix/records/Walk.h"
@@ -19,7 +19,7 @@ template <class Record, class List> ByteString& encodeList(Record& record, List&
     return relay(record, list.toASN1Object(), list, name, at);
 }
 
-// The encoded element at `index`; an empty result with `m_nLastError` 1 where there is none.
+// The encoded element at `index`; empty with `m_nLastError` 1 for an index out of range.
 template <class Record, class List>
 ByteString& element(Record& record, List& list, const char* name, int index, Here at = Here::now())
 {

@@ -1,4 +1,4 @@
-// AlgorithmIdentifier (RFC 5280, 4.1.1.2).
+// AlgorithmIdentifier (RFC 5280, 4.1.1.2): an algorithm and its parameters.
 #pragma once
 
 #include "ASN1/ASN1ObjectIdentifier.h"
@@ -13,10 +13,10 @@ public:
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
 
-    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 when it is none. `clearParameters` drops old parameters.
+    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 on failure. `clearParameters` removes the old parameters.
     int setAlgorithm(const char* oid, bool clearParameters);
     int setAlgorithm(ByteString& oid, bool clearParameters);
-    // The complete encoded element.
+    // Parameters are one complete encoded element.
     void setParameters(ByteString& encoded);
     // The text form with blanks, as "1 2 840 113549 1 1 5".
     ByteString& getAlgorithm();
@@ -24,7 +24,7 @@ public:
 
     template <class V> void walk(V& v);
 
-    unsigned char m_ucBitMask = 0; // 1: parameters present, be they a NULL
+    unsigned char m_ucBitMask = 0; // 1: parameters present (a NULL counts)
     ASN1ObjectIdentifier m_algorithm;
     ByteString m_parameters;
 };

@@ -1,4 +1,4 @@
-// Attribute (RFC 5652, 5.3), as CMS messages and PKCS #8 private keys carry it.
+// Attribute (RFC 5652, 5.3), a type with a set of values, in CMS messages and PKCS #8 private keys.
 #pragma once
 
 #include "ASN1/ASN1ObjectIdentifier.h"
@@ -13,9 +13,9 @@ public:
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
 
-    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 when it is none.
+    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 on failure.
     int setAttrType(const char* oid);
-    // Appends one encoded value behind the others; 1 when there is no memory.
+    // Appends one encoded value; 1 on allocation failure.
     int addAttrValue(ByteString& encoded);
     // The text form with blanks.
     ByteString& getAttrType();

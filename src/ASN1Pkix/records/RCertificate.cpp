@@ -62,7 +62,7 @@ void RExtension::walk(Decoder& v)
 
 int RExtension::fromASN1Object(ByteString& data)
 {
-    m_critical.setValue(nullptr, 0); // which is false
+    m_critical.setValue(nullptr, 0); // an empty value is false
     return decode(*this, data);
 }
 
@@ -79,7 +79,7 @@ ByteString& RExtension::getValue()
 
 // ---- TBSCertificate ----
 
-// The value is set on allocation failure too: encoding it then fails.
+// The bit of m_version stays clear, so the default is not encoded. If the allocation fails, the empty value is 0 as well.
 void RTBSCertificate::setDefaultVersion()
 {
     m_version.setIntValue(0);

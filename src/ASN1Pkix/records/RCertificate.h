@@ -11,6 +11,7 @@
 
 namespace vrno {
 
+// Validity (4.1.2.5).
 class RValidity : public RObject {
 public:
     static constexpr const char* className = "RValidity";
@@ -27,6 +28,7 @@ public:
     RTime m_notAfter;
 };
 
+// SubjectPublicKeyInfo (4.1.2.7).
 class RSubjectPublicKeyInfo : public RObject {
 public:
     static constexpr const char* className = "RSubjectPublicKeyInfo";
@@ -34,7 +36,7 @@ public:
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
     RAlgorithmIdentifier& getAlgorithm() { return m_algorithm; }
-    // The octets behind the octet of unused bits; for RSA the DER of an RSAPublicKey.
+    // The octets of the BIT STRING; for RSA an encoded RSAPublicKey. `m_nLastError` 1 if it has no octets.
     ByteString& getSubjectPublicKey();
 
     template <class V> void walk(V& v);
@@ -43,6 +45,7 @@ public:
     ASN1BitString m_subjectPublicKey;
 };
 
+// Extension (4.1.2.9). It is only decoded.
 class RExtension : public RObject {
 public:
     static constexpr const char* className = "RExtension";
@@ -50,31 +53,32 @@ public:
     int fromASN1Object(ByteString& data);
     // The text form with blanks.
     ByteString& getExtensionID();
-    // The DER of the extension's value, without the OCTET STRING around it.
+    // The contents of the OCTET STRING: the encoded value of the extension.
     ByteString& getValue();
 
     void walk(Decoder& v);
 
     ASN1ObjectIdentifier m_extnID;
-    ASN1Boolean m_critical; // false by default
+    ASN1Boolean m_critical; // false if absent
     ASN1OctetString m_extnValue;
 };
 
-// SEQUENCE OF Extension; in a certificate with the [3] around it as its option tag.
+// SEQUENCE OF Extension. In a certificate the explicit tag [3] is its option tag.
 class RExtensions : public RSequenceOf<RExtensions> {
 public:
     static constexpr const char* className = "RExtensions";
 };
 
+// TBSCertificate (4.1.2).
 class RTBSCertificate : public RObject {
 public:
     static constexpr const char* className = "RTBSCertificate";
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // 0 stands for version 1, also where the field is absent.
+    // 0 means version 1, also if the field is absent.
     int getVersion() const { return m_version.getIntValue(); }
-    // As ASN1Integer::getBytes gives it.
+    // The octets as ASN1Integer::getBytes gives them.
     ByteString& getSerialNumber(bool keepSign);
     RAlgorithmIdentifier& getSignature() { return m_signature; }
     RRDNSequence& getIssuer() { return m_issuer; }
@@ -101,13 +105,14 @@ private:
     void setDefaultVersion();
 };
 
+// Certificate (4.1.1). It is only decoded.
 class RCertificate : public RObject {
 public:
     static constexpr const char* className = "RCertificate";
 
     int fromASN1Object(ByteString& data);
     RTBSCertificate& getTBSCertificate() { return m_tbsCertificate; }
-    // The octets behind the octet of unused bits.
+    // The octets of the BIT STRING. `m_nLastError` 1 if it has no octets.
     ByteString& getSignature();
 
     void walk(Decoder& v);

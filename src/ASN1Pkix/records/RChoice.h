@@ -1,21 +1,21 @@
-// CHOICE: records that keep the chosen alternative as the element that it is.
+// CHOICE: records that hold the chosen alternative as an encoded element.
 #pragma once
 
 #include "ASN1Pkix/records/Walk.h"
 
 namespace vrno {
 
-// Decoding tests the alternative and keeps the data as it came, so that it is written back octet for octet.
+// Decoding finds the alternative and keeps the data unchanged, so that it is written back octet for octet.
 class RChoice : public RObject {
 public:
     unsigned char getBitMask() const { return m_ucBitMask; }
     ByteString& getEncoded() { return m_bsEncoded; }
 
-    unsigned char m_ucBitMask = 0; // which alternative; 0: none
+    unsigned char m_ucBitMask = 0; // the chosen alternative; 0: none
     ByteString m_bsEncoded;        // the complete element
 };
 
-// Keeps an element as the alternative `choice`; on allocation failure there is none, and the code is 1.
+// Keeps an element as the alternative `choice`. 1 on allocation failure, with no alternative chosen.
 template <class Record> int keep(Record& record, unsigned char choice, const ByteString& encoded, Here at = Here::now())
 {
     record.m_bsEncoded = encoded;
@@ -24,7 +24,7 @@ template <class Record> int keep(Record& record, unsigned char choice, const Byt
     return isKept ? 0 : failMemory(record, 1, "m_bsEncoded", memoryFailure, at);
 }
 
-// Keeps `data` when `Alternative` decodes it, else fails with `code`.
+// Keeps `data` if `Alternative` decodes it; if not, fails with `code`.
 template <class Alternative, class Record>
 int keepAs(Record& record, unsigned char choice, ByteString& data, const char* name, int code, Here at = Here::now())
 {
@@ -33,8 +33,8 @@ int keepAs(Record& record, unsigned char choice, ByteString& data, const char* n
     return keep(record, choice, data, at);
 }
 
-// The same for an alternative that is [n] IMPLICIT SEQUENCE of two components or more, which the codec by itself takes for
-// a wrapper. A wrapper around a whole SEQUENCE passes too.
+// The same for an alternative that is [n] IMPLICIT SEQUENCE with two components or more. The codec alone would read its tag as an
+// explicit tag. An explicit tag around a complete SEQUENCE is accepted too.
 template <class Alternative, class Record>
 int keepAsTagged(Record& record, unsigned char choice, ByteString& data, const char* name, int code, Here at = Here::now())
 {
@@ -49,7 +49,7 @@ int keepAsTagged(Record& record, unsigned char choice, ByteString& data, const c
     return keep(record, choice, data, at);
 }
 
-// What toASN1Object of a CHOICE gives: the element, or with code 1 nothing where none is chosen.
+// The toASN1Object() of a CHOICE: returns the element; `m_nLastError` 1 if none is chosen.
 template <class Record> ByteString& encodeChoice(Record& record, Here at = Here::now())
 {
     if (record.m_ucBitMask == 0) return failOutput(record, 1, "m_ucBitMask", "Any component is not chosen.", at);

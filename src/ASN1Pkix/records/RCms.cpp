@@ -135,7 +135,7 @@ int REnvelopedData::setRecipientInfos(RRecipientInfos& data)
     return copyThrough(*this, data, NAMED(m_recipientInfos));
 }
 
-// What the record holds but the content, which is too large to stand in memory encoded and in pieces at once.
+// Copies all but the content, which is too large for an encoded copy beside it.
 static int copyWithoutContent(REnvelopedData& enveloped, REncryptedContentInfo& data, Here at)
 {
     const unsigned char mask = data.m_ucBitMask;
@@ -173,7 +173,7 @@ void RContentInfo::walk(Encoder& v)
     v.end(3);
 }
 
-// The wrapper borrows the content as its one component.
+// The content is moved into the wrapper [0] for the encoding and moved back after it.
 void RContentInfo::putContent(Encoder& v)
 {
     if (m_content.isOutOfMemory()) return v.refuseMemory(2, "asnSeqContent");

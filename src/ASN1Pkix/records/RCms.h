@@ -1,4 +1,4 @@
-// The enveloped message of CMS (RFC 5652, 3 and 6.1).
+// The records of an enveloped message (RFC 5652, 3 and 6.1).
 #pragma once
 
 #include "ASN1Pkix/records/RAttribute.h"
@@ -6,8 +6,8 @@
 
 namespace vrno {
 
-// The setters give 0 or the code of the failing step. One that takes a record takes what that encodes to: 1 when it does
-// not encode, 2 when the member does not decode it.
+// Setters return 0 or the code of the failed step. A setter that takes a record encodes it (1 on failure) and decodes the result
+// into the member (2 on failure).
 
 // SET OF CertificateChoices.
 class RCertificateSet : public RSetOf<RCertificateSet> {
@@ -21,6 +21,7 @@ public:
     static constexpr const char* className = "RCertificateRevocationLists";
 };
 
+// OriginatorInfo (6.1).
 class ROriginatorInfo : public RObject {
 public:
     static constexpr const char* className = "ROriginatorInfo";
@@ -35,17 +36,18 @@ public:
     RCertificateRevocationLists m_crls;
 };
 
+// EncryptedContentInfo (6.1).
 class REncryptedContentInfo : public RObject {
 public:
     static constexpr const char* className = "REncryptedContentInfo";
 
-    // Content in segments is joined.
+    // The segments of constructed content are joined.
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 when it is none.
+    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 on failure.
     int setContentType(ByteString& oid);
     int setContentEncryptionAlgorithm(RAlgorithmIdentifier& data);
-    // Takes the ciphertext's block over, since it may be large. It is written as one primitive element.
+    // Takes over the block of the ciphertext, which may be large. It is encoded as one primitive element.
     int setEncryptedContent(ByteString&& octets);
 
     template <class V> void walk(V& v);
@@ -54,24 +56,24 @@ public:
     ASN1ObjectIdentifier m_contentType;
     RAlgorithmIdentifier m_contentEncryptionAlgorithm;
     ASN1OctetString m_encryptedContent;
-    ASN1Sequence m_encryptedContent2; // the segments that the content came in
+    ASN1Sequence m_encryptedContent2; // the segments of constructed content
 
 private:
     void takeContent(Decoder& v);
     void joinSegments(Decoder& v, ByteString& component);
 };
 
-// Encoded only.
+// EnvelopedData (6.1). It is only encoded.
 class REnvelopedData : public RObject {
 public:
     static constexpr const char* className = "REnvelopedData";
 
     ByteString& toASN1Object();
-    // 0 to 4; 1, with the version as it was, for any other.
+    // A version from 0 to 4; 1 for any other, with the version unchanged.
     int setVersion(int version);
     int setOriginatorInfo(ROriginatorInfo& data);
     int setRecipientInfos(RRecipientInfos& data);
-    // Takes the content's block over, since it may be large: `data` has no content afterwards.
+    // Takes over the block of the content, which may be large. `data` has no content afterwards.
     int setEncryptedContentInfo(REncryptedContentInfo&& data);
     int setUnprotectedAttrs(RAttributes& data);
 
@@ -85,15 +87,15 @@ public:
     RAttributes m_unprotectedAttrs;
 };
 
-// Encoded only.
+// ContentInfo (3). It is only encoded.
 class RContentInfo : public RObject {
 public:
     static constexpr const char* className = "RContentInfo";
 
     ByteString& toASN1Object();
-    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 when it is none.
+    // Takes an identifier as ASN1ObjectIdentifier::setOID does; 1 on failure.
     int setContentType(const char* oid);
-    // Takes over the block of the complete encoded element, since it may be large.
+    // Takes over the block of the complete encoded element, which may be large.
     void setContent(ByteString&& encoded);
 
     void walk(Encoder& v);

@@ -8,7 +8,7 @@ namespace vrno {
 void RBasicConstraints::walk(Decoder& v)
 {
     v.optional(booleanTag, 0x01, NAMED(m_cA), {3});
-    if ((m_ucBitMask & 0x01) == 0) m_cA.setValue(nullptr, 0); // which is false
+    if ((m_ucBitMask & 0x01) == 0) m_cA.setValue(nullptr, 0); // an empty value is false
     v.optional(integerTag, 0x02, NAMED(m_pathLenConstraint), {6});
 }
 
@@ -37,7 +37,7 @@ ByteString& RExtKeyUsageSyntax::get(int index)
 //     keyIdentifier [0] OCTET STRING OPTIONAL, authorityCertIssuer [1] GeneralNames OPTIONAL,
 //     authorityCertSerialNumber [2] INTEGER OPTIONAL }
 //
-// What stands in [1] begins with an option tag, so the list reads it as the contents of a SEQUENCE in that wrapper.
+// The contents of [1] begin with the option tag of a GeneralName. So the codec keeps all of them as the value of the list.
 void RAuthorityKeyIdentifier::walk(Decoder& v)
 {
     v.optional(optionTag(0), 0x01, NAMED(m_keyIdentifier), {2});

@@ -1,4 +1,4 @@
-// The values of the extensions that the library shows (RFC 5280, 4.2), but for the policies. Nothing here encodes.
+// The values of the extensions that the library shows (RFC 5280, 4.2), except the policies. They are only decoded.
 #pragma once
 
 #include "ASN1/ASN1BitString.h"
@@ -23,7 +23,7 @@ public:
     void walk(Decoder& v);
 
     unsigned char m_ucBitMask = 0; // 1 cA, 2 pathLenConstraint
-    ASN1Boolean m_cA;              // false where it is absent
+    ASN1Boolean m_cA;              // false if absent
     ASN1Integer m_pathLenConstraint;
 };
 
@@ -34,7 +34,8 @@ class RExtKeyUsageSyntax : public RSequenceOf<RExtKeyUsageSyntax> {
 public:
     static constexpr const char* className = "RExtKeyUsageSyntax";
 
-    // The purpose as text with blanks; empty with `m_nLastError` 1 for no such element, 2 and 3 for no identifier.
+    // The purpose as text with blanks. On failure it is empty and `m_nLastError` is 1 for an index out of range, 2 for an element
+    // that is not an OBJECT IDENTIFIER, 3 for one whose arcs cannot be read.
     ByteString& get(int index);
 };
 
@@ -48,7 +49,7 @@ public:
     unsigned char getBitMask() const { return m_ucBitMask; }
     ByteString& getKeyIdentifier();
     RGeneralNames& getAuthorityCertIssuer() { return m_authorityCertIssuer; }
-    // The octets without a sign octet; a negative number fails.
+    // The octets without a sign octet; `m_nLastError` 1 for a negative number.
     ByteString& getAuthorityCertSerialNumberByteString();
 
     void walk(Decoder& v);
@@ -61,12 +62,12 @@ public:
 
 // ---- CRL distribution points, 4.2.1.13 ----
 
-// A CHOICE.
+// A CHOICE. Only the chosen member is filled.
 class RDistributionPointName : public RObject {
 public:
     static constexpr const char* className = "RDistributionPointName";
 
-    // A record with an option tag of its own takes the name out of that wrapper.
+    // If the record has an option tag, `data` is a wrapper and the name is its first component.
     int fromASN1Object(ByteString& data);
     unsigned char getBitMask() const { return m_ucBitMask; }
     RGeneralNames& getFullName() { return m_fullName; }
@@ -88,7 +89,7 @@ public:
     unsigned char getBitMask() const { return m_ucBitMask; }
     RDistributionPointName& getDistributionPoint() { return m_distributionPoint; }
     RGeneralNames& getCRLIssuer() { return m_cRLIssuer; }
-    // The octets of the flags: 0, or 1 for a BIT STRING without octets.
+    // The octets of the flags. 0, or 1 for a BIT STRING without octets.
     int getReasons(ByteString& bits, int* unusedBits);
 
     void walk(Decoder& v);

@@ -53,7 +53,7 @@ void RKeyAgreeRecipientInfo::walk(Decoder& v)
     v.required(sequenceTag, NAMED(m_recipientEncryptedKeys), {13});
 }
 
-// The codec would unpack the originator's own tag with the wrapper, so the wrapper is read as an OCTET STRING.
+// The codec would remove the tag of the originator together with the wrapper, so the wrapper is read as an OCTET STRING.
 void RKeyAgreeRecipientInfo::takeOriginator(Decoder& v, ByteString& wrapped)
 {
     ASN1OctetString element;

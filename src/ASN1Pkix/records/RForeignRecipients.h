@@ -1,5 +1,5 @@
-// Recipients that other programs write (RFC 5652, 6.2.2 and 6.2.3): known well enough to be told from a broken message,
-// and kept as they came. They are decoded only.
+// Recipients that the library does not write (RFC 5652, 6.2.2 and 6.2.3). Decoding shows whether one is well formed; the message
+// keeps it unchanged. They are only decoded.
 #pragma once
 
 #include "ASN1/ASN1BitString.h"
@@ -87,7 +87,7 @@ public:
 
     unsigned char m_ucBitMask = 0; // 1 date, 2 other
     ASN1OctetString m_keyIdentifier;
-    ASN1GeneralizedTime m_date; // of any instant
+    ASN1GeneralizedTime m_date; // its text is not tested
     ROtherKeyAttribute m_other;
 };
 

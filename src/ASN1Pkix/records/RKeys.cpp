@@ -66,7 +66,7 @@ ByteString& RRSAPublicKey::getModulus()
 
 // ---- KCDSA ----
 
-// The numbers that all forms of a KCDSA key begin with; `encode` is the encode code of the first.
+// The numbers at the start of all forms of a KCDSA key; `encode` is the encode code of the first one.
 template <class V, class Record> static void domain(V& v, Record& record, int encode)
 {
     v.required(integerTag, record.m_p, "m_p", {3, encode});
@@ -111,7 +111,7 @@ ByteString& RKCDSAParameters::getG()
     return magnitude(*this, NAMED(m_g), "Generator(G) is negative.", Here::now().in("getOddPrime"));
 }
 
-// The key is no part of what setParam decodes.
+// setParam() decodes only the parameters, without the key.
 template <class V> void RDSAPublicKey::walk(V& v)
 {
     v.exactly(3);
@@ -147,7 +147,7 @@ template <class V> void RDSAPrivateKey::walk(V& v)
     v.end(5);
 }
 
-// The mask tells of the key and not of the parameters, so this leaves it alone.
+// The mask describes the key, not the parameters, so it is not cleared here.
 int RDSAPrivateKey::setParam(ByteString& encoded)
 {
     Decoder v(*this, className, nullptr, encoded, Here::now(), "setParam");

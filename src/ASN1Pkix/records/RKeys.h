@@ -1,4 +1,4 @@
-// Keys of RSA (PKCS #1: RFC 8017, appendix A.1) and of KCDSA (TTAS.KO-12.0001).
+// Keys of RSA (PKCS #1: RFC 8017, appendix A.1) and of KCDSA (TTAS.KO-12.0001). Octets of numbers are big-endian.
 #pragma once
 
 #include "ASN1/ASN1Integer.h"
@@ -9,7 +9,7 @@ namespace vrno {
 
 // ---- RSA ----
 
-// SEQUENCE OF OtherPrimeInfo, passed through as it stands.
+// SEQUENCE OF OtherPrimeInfo, kept encoded.
 class ROtherPrimeInfos : public RSequenceOf<ROtherPrimeInfos> {
 public:
     static constexpr const char* className = "ROtherPrimeInfos";
@@ -21,7 +21,7 @@ public:
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // The octets without a sign octet.
+    // The octets without a sign octet; `m_nLastError` 1 for a negative number.
     ByteString& getModulus();
 
     template <class V> void walk(V& v);
@@ -45,7 +45,7 @@ public:
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // The octets without a sign octet.
+    // The octets without a sign octet; `m_nLastError` 1 for a negative number.
     ByteString& getModulus();
 
     template <class V> void walk(V& v);
@@ -62,7 +62,7 @@ public:
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // Magnitudes, big-endian. Setters: 0, or 1 on allocation failure.
+    // The octets of magnitudes. Setters: 0, or 1 on allocation failure. Getters: `m_nLastError` 1 for a negative number.
     int setP(ByteString& octets) { return m_p.setBytes(octets, 0) > 0 ? fail(*this, 1, "m_p", m_p) : 0; }
     int setQ(ByteString& octets) { return m_q.setBytes(octets, 0) > 0 ? fail(*this, 1, "m_q", m_q) : 0; }
     int setG(ByteString& octets) { return m_g.setBytes(octets, 0) > 0 ? fail(*this, 1, "m_g", m_g) : 0; }
@@ -81,14 +81,14 @@ public:
     ASN1Integer m_count;
 };
 
-// A key together with its parameters, SEQUENCE { p, q, g, y }: the form that the engine takes.
+// A public KCDSA key with its parameters, SEQUENCE { p, q, g, y }, as the engine takes it.
 class RDSAPublicKey : public RObject {
 public:
     static constexpr const char* className = "RDSAPublicKey";
 
-    // SEQUENCE { p, q, g } in DER.
+    // The encoded SEQUENCE { p, q, g }. 0 or the code of the failed step.
     int setParam(ByteString& encoded);
-    // An INTEGER in DER.
+    // An encoded INTEGER; 1 if it does not decode.
     int setKey(ByteString& encoded);
     ByteString& toASN1Object();
 
@@ -100,14 +100,14 @@ public:
     ASN1Integer m_y;
 };
 
-// Likewise SEQUENCE { p, q, g, x, y }.
+// A private KCDSA key with its parameters, SEQUENCE { p, q, g, x, y }.
 class RDSAPrivateKey : public RObject {
 public:
     static constexpr const char* className = "RDSAPrivateKey";
 
-    // SEQUENCE { p, q, g } in DER; further components are ignored.
+    // The encoded SEQUENCE { p, q, g }; further components are ignored. 0 or the code of the failed step.
     int setParam(ByteString& encoded);
-    // INTEGERs in DER; 1 for x, 2 for y.
+    // Encoded INTEGERs; 1 if x does not decode, 2 if y does not.
     int setKey(ByteString& x, ByteString& y);
     ByteString& toASN1Object();
 

@@ -1,5 +1,4 @@
-// Distinguished names and GeneralName (RFC 5280, 4.1.2.4 and 4.2.1.6), and the two structures of the Korean PKI that
-// travel in an otherName.
+// Distinguished names and GeneralName (RFC 5280, 4.1.2.4 and 4.2.1.6); two structures of the Korean PKI inside an otherName.
 #pragma once
 
 #include "ASN1/ASN1ObjectIdentifier.h"
@@ -32,6 +31,7 @@ public:
     static constexpr const char* className = "RGeneralNames";
 };
 
+// AttributeTypeAndValue (4.1.2.4).
 class RAttributeTypeAndValue : public RObject {
 public:
     static constexpr const char* className = "RAttributeTypeAndValue";
@@ -46,13 +46,13 @@ public:
     ByteString m_value; // the encoded value with tag and length
 };
 
-// A CHOICE that is kept undecoded; the getter of the chosen form takes it apart.
+// A CHOICE that is kept encoded. The getter of the chosen form decodes it, with `m_nLastError` 1 on failure.
 class RGeneralName : public RObject {
 public:
     static constexpr const char* className = "RGeneralName";
 
-    // A record with an option tag of its own takes the name out of that wrapper. 3 for a name without one of the nine
-    // context tags.
+    // If the record has an option tag, `data` is a wrapper and the name is its first component. 1: that cannot be read; 2: the
+    // name does not decode; 3: its tag number is not 0 to 8.
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
 
@@ -61,14 +61,14 @@ public:
     ByteString& getRFC822Name();
     ByteString& getDNSName();
     ByteString& getUniformResourceIdentifier();
-    // The raw octets.
+    // The octets of the address.
     ByteString& getIPAddress();
     // The text form with blanks.
     ByteString& getRegisteredID();
-    // The name as UDNSettings renders it; its failure sets the error and leaves no frame.
+    // The name as UDNSettings renders it. If the rendering fails, `m_nLastError` is 1 but no frame is added.
     ByteString& getDNformDirectoryName();
 
-    enum Choice { // the number of the tag plus 1
+    enum Choice { // the tag number plus 1
         nothing,
         otherName,
         rfc822Name,
@@ -95,7 +95,7 @@ public:
     void walk(Decoder& v);
 
     ASN1ObjectIdentifier m_typeId;
-    ByteString m_value; // the second component, its [0] wrapper included
+    ByteString m_value; // the second component with its wrapper [0]
 };
 
 // VID ::= SEQUENCE { hashAlg AlgorithmIdentifier, virtualID [0] OCTET STRING }

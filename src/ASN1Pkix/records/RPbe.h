@@ -7,7 +7,7 @@
 
 namespace vrno {
 
-// PBEParameter, of the schemes that PBES2 replaces. Setters: 0, or 1 when there is no memory.
+// PBEParameter (A.3) of PBES1, which PBES2 replaces. Setters: 0, or 1 on allocation failure.
 class RPBEParameter : public RObject {
 public:
     static constexpr const char* className = "RPBEParameter";
@@ -26,13 +26,14 @@ public:
     ASN1Integer m_iterationCount;
 };
 
+// PBES2-params (A.4): the key derivation and the encryption scheme.
 class RPBES2_params : public RObject {
 public:
     static constexpr const char* className = "RPBES2_params";
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // 1: it does not encode, 2: what it encodes to does not decode.
+    // 1: `data` does not encode; 2: the member does not decode the result.
     int setKeyDerivationFunc(RAlgorithmIdentifier& data);
     int setEncryptionScheme(RAlgorithmIdentifier& data);
     RAlgorithmIdentifier& getKeyDerivationFunc() { return m_keyDerivationFunc; }
@@ -44,16 +45,17 @@ public:
     RAlgorithmIdentifier m_encryptionScheme;
 };
 
+// PBKDF2-params (A.2).
 class RPBKDF2_params : public RObject {
 public:
     static constexpr const char* className = "RPBKDF2_params";
 
     enum Bits : unsigned char { specified = 0x01, otherSource = 0x02, keyLength = 0x04, prf = 0x08 };
 
-    // Without a prf component `m_prf` is the default, HMAC with SHA-1, and its bit stays clear: it is not written back.
+    // Without a prf component, `m_prf` is the default, HMAC with SHA-1. Its bit stays clear, so it is not encoded.
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // The salt as such, in place of one from another source. Setters: 0, or 1 when there is no memory.
+    // A salt given as octets replaces one from another source. Setters: 0, or 1 on allocation failure.
     int setSpecified(ByteString& salt);
     int setIterationCount(int count);
     int setKeyLength(int length);

@@ -35,7 +35,7 @@ ByteString& RPolicyInformation::getPolicyQualifierInfo(int index)
 void RPolicyQualifierInfo::walk(Decoder& v)
 {
     v.exactly(2);
-    m_policyQualifierId.m_bsValue.clear(); // and stays so where the component is no identifier
+    m_policyQualifierId.m_bsValue.clear(); // and stays empty if the component is not an identifier
     if (v.nextIs(oidTag)) v.required(anyTag, NAMED(m_policyQualifierId), {3});
     v.required(anyTag, NAMED(m_qualifier), {5});
 }

@@ -1,4 +1,4 @@
-// The value of the certificatePolicies extension (RFC 5280, 4.2.1.4). Nothing here encodes.
+// The value of the certificatePolicies extension (RFC 5280, 4.2.1.4). It is only decoded.
 #pragma once
 
 #include "ASN1/ASN1ObjectIdentifier.h"
@@ -36,7 +36,7 @@ class RPolicyQualifierInfo : public RObject {
 public:
     static constexpr const char* className = "RPolicyQualifierInfo";
 
-    // A first component that is no identifier becomes the qualifier; then only getPolicyQualifierId() fails.
+    // If the first component is not an identifier, it becomes the qualifier, and only getPolicyQualifierId() fails.
     int fromASN1Object(ByteString& data);
     // The text form with blanks.
     ByteString& getPolicyQualifierId();
@@ -48,14 +48,14 @@ public:
     ByteString m_qualifier; // encoded
 };
 
-// A CHOICE. T61String is none of its forms.
+// A CHOICE. T61String is not one of its alternatives.
 class RDisplayText : public RObject {
 public:
     static constexpr const char* className = "RDisplayText";
 
     int fromASN1Object(ByteString& data);
     unsigned char getBitMask() const { return m_ucBitMask; }
-    // The contents as they stand: UCS-2 is big-endian here.
+    // The contents, unchanged: UCS-2 is big-endian here.
     ByteString& getIA5String();
     ByteString& getVisibleString();
     ByteString& getBMPString();
@@ -73,7 +73,7 @@ public:
     int fromASN1Object(ByteString& data);
     RDisplayText& getOrganization() { return m_organization; }
     int getNoticeNumberCount() const { return m_noticeNumbers.getComponentCount(); }
-    // 0; 1 for no such component, 2 for one that is no INTEGER.
+    // 0; 1 for an index out of range, 2 for a component that is not an INTEGER.
     int getNoticeNumber(int index, int* number);
 
     void walk(Decoder& v);

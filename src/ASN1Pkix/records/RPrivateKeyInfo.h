@@ -1,4 +1,4 @@
-// Private keys, plain and enciphered (PKCS #8: RFC 5208, RFC 5958).
+// Private keys, plain and encrypted (PKCS #8: RFC 5208, RFC 5958).
 #pragma once
 
 #include "ASN1/ASN1Integer.h"
@@ -8,12 +8,12 @@
 
 namespace vrno {
 
-// SEQUENCE OF Attribute; in a PrivateKeyInfo with [0] in place of its tag.
+// A list of Attribute; in a PrivateKeyInfo [0] replaces its tag.
 class RPKCS12Attributes : public RSequenceOf<RPKCS12Attributes> {
 public:
     static constexpr const char* className = "RPKCS12Attributes";
 
-    // Appends an encoded attribute: 0, or 1 when there is no memory.
+    // Appends an encoded attribute: 0, or 1 on allocation failure.
     int add(ByteString& encoded) { return m_SEQ.addComponent(encoded, -1); }
 };
 
@@ -21,12 +21,12 @@ class RPrivateKeyInfo : public RObject {
 public:
     static constexpr const char* className = "RPrivateKeyInfo";
 
-    // A fourth component that is no [0] is skipped.
+    // A fourth component with a tag other than [0] is ignored.
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // 1: they do not encode, 2: what they encode to does not decode.
+    // 1: `attributes` does not encode; 2: the member does not decode the result.
     int setAttributes(RPKCS12Attributes& attributes);
-    // The octets: for RSA the DER of an RSAPrivateKey.
+    // The octets; for RSA an encoded RSAPrivateKey.
     ByteString& getPrivateKey();
     RAlgorithmIdentifier& getPrivateKeyAlgorithm();
     RPKCS12Attributes& getAttributes();
@@ -46,9 +46,9 @@ public:
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // 1: it does not encode, 2: what it encodes to does not decode.
+    // 1: `data` does not encode; 2: the member does not decode the result.
     int setEncryptionAlgorithm(RAlgorithmIdentifier& data);
-    // 1: no memory.
+    // 0, or 1 on allocation failure.
     int setEncryptedData(ByteString& octets);
     RAlgorithmIdentifier& getEncryptionAlgorithm() { return m_encryptionAlgorithm; }
     ByteString& getEncryptedData();

@@ -1,4 +1,4 @@
-// Who can open an enveloped message (RFC 5652, 6.2): the recipients that the library writes.
+// The recipients of an enveloped message that the library writes (RFC 5652, 6.2).
 #pragma once
 
 #include "ASN1/ASN1Integer.h"
@@ -9,8 +9,8 @@
 
 namespace vrno {
 
-// The setters give 0 or the code of the failing step. One that takes a record takes what that encodes to: 1 when it does
-// not encode, 2 when the member does not decode it.
+// Setters return 0 or the code of the failed step. A setter that takes a record encodes it (1 on failure) and decodes the result
+// into the member (2 on failure); a CHOICE keeps the result without decoding it.
 
 class RIssuerAndSerialNumber : public RObject {
 public:
@@ -19,12 +19,12 @@ public:
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
     int setIssuer(RRDNSequence& data);
-    // A magnitude, big-endian; a zero octet goes in front where the top bit is set.
+    // A magnitude, big-endian; a zero octet is put in front if the top bit is set.
     int setSerialNumber(ByteString& octets);
 
     template <class V> void walk(V& v);
 
-    unsigned char m_ucBitMask = 0; // 1: issuer present; a NULL stands for it where it is not
+    unsigned char m_ucBitMask = 0; // 1: issuer present; if not, a NULL takes its place
     RRDNSequence m_issuer;
     ASN1Integer m_serialNumber;
 };
@@ -37,7 +37,7 @@ public:
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
     int setIssuerAndSerialNumber(RIssuerAndSerialNumber& data);
-    // The octets of the identifier without a header.
+    // The octets of the identifier without tag and length.
     int setSubjectKeyIdentifier(ByteString& keyId);
 
     enum Choice : unsigned char { nothing, issuerAndSerialNumber, subjectKeyIdentifier };
@@ -49,7 +49,7 @@ public:
 
     int fromASN1Object(ByteString& data);
     ByteString& toASN1Object();
-    // 0 to 4; 1, with the version as it was, for any other.
+    // A version from 0 to 4; 1 for any other, with the version unchanged.
     int setVersion(int version);
     int setRid(RRecipientIdentifier& data);
     int setKeyEncryptionAlgorithm(RAlgorithmIdentifier& data);
@@ -78,16 +78,16 @@ public:
     enum Choice : unsigned char { nothing, keyTransRecipientInfo, keyAgreeRecipientInfo, kEKRecipientInfo };
 };
 
-// SET OF RecipientInfo, in the order in which they were added.
+// SET OF RecipientInfo, in the order of the additions.
 class RRecipientInfos : public RSetOf<RRecipientInfos> {
 public:
     static constexpr const char* className = "RRecipientInfos";
 
-    // Appends; 1 when `data` does not encode, 2 when there is no memory.
+    // Appends. 1: `data` does not encode; 2: allocation failure.
     int addRecipientInfo(RRecipientInfo& data);
 };
 
-// The version of a CMS structure: 1 outside 0 to 4, 2 when there is no memory.
+// Sets the version of a CMS structure: 0; 1 for a version outside 0 to 4, 2 on allocation failure.
 template <class Record> int setCMSVersion(Record& record, int version, Here at = Here::now())
 {
     if (version < 0 || version > 4) return fail(record, 1, "version", "Data version is incorrect.", at);

@@ -5,7 +5,7 @@
 
 namespace vrno {
 
-// Keeps the choice and the instant, not the text.
+// Holds the choice and the instant, not the text.
 class RTime : public RObject {
 public:
     static constexpr const char* className = "RTime";

@@ -42,12 +42,12 @@ const char* shortName(const ByteString& oid)
     return nullptr;
 }
 
-// The text as it grows, and whether an allocation failed on the way.
+// The text so far, and whether an allocation failed.
 struct NameText {
     ByteBuilder out;
     bool outOfMemory = false;
 
-    // Each returns `code`, and notes an allocation failure of what failed with it.
+    // Both return `code` and note whether an allocation caused the failure.
     int failed(int code, const Trailed& inner)
     {
         outOfMemory |= inner.outOfMemory();
@@ -60,7 +60,7 @@ struct NameText {
     }
 };
 
-// The contents of a string class whose octets are the text. `code` is that of the decoding, the next that of reading.
+// For a string class whose contents are the text. `code` is for decoding, `code` + 1 for reading the contents.
 template <class String> int contentsText(ByteString& encoded, ByteString& text, int code, NameText& name)
 {
     String string;
@@ -111,7 +111,7 @@ int valueText(ByteString& encoded, ByteString& text, NameText& name)
     }
 }
 
-// Adds "type=value", behind the separator where there is text already. The value ends at a zero octet, which would end the
+// Adds "type=value", after the separator if there is text already. The value ends at a zero octet, because that would end the
 // whole text for a reader of C strings.
 int addAttribute(ByteString& encoded, char separator, NameText& name)
 {

@@ -85,7 +85,7 @@ bool Decoder::nextIs(const Tag& tag) const
 ByteString* Decoder::fetch(int code, Here at)
 {
     if (m_code > 0) return nullptr;
-    const bool isLast = m_index == m_asnSeq.getComponentCount() - 1; // which may be a large one
+    const bool isLast = m_index == m_asnSeq.getComponentCount() - 1; // may be large, so it is moved
     ByteString& component = isLast ? m_asnSeq.takeLastComponent() : m_asnSeq.getComponent(m_index);
     if (m_asnSeq.getLastError() > 0) {
         refuse(code, "asnSeq", m_asnSeq, at);
@@ -117,7 +117,7 @@ static const char* nameOfUniversal(unsigned char tag)
 
 void Decoder::refuseTag(const Tag& tag, const char* member, int code, Here at)
 {
-    const char* const component = member + 2; // less its "m_"
+    const char* const component = member + 2; // without "m_"
     if (tag.message) return refuse(code, tag.frame, tag.message, at);
     if (tag.kind == Tag::option)
         return refuse(code, tag.frame, formatted("%s component's option number is not %d.", component, tag.number), at);
@@ -174,8 +174,7 @@ void Encoder::refuseMemory(int code, const char* name, Here at)
     m_record.m_nLastError = failMemoryAs(m_record, m_class, code, name, memoryFailure, at.in("toASN1Object"));
 }
 
-// A member's output is used up: the block of a large one becomes the sequence's value, which end() makes the record's
-// output.
+// The output of a member is used up: a large block becomes the sequence's value and, in end(), the record's output.
 void Encoder::row(Member member, int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;

@@ -1,5 +1,4 @@
-// How a record goes through its components: each record lists them once, as calls, and is decoded or encoded by the
-// visitor that those calls are made on.
+// How a record visits its components. Each record lists them once, as calls on a visitor: Decoder reads them, Encoder writes them.
 //
 //     // Validity ::= SEQUENCE { notBefore Time, notAfter Time }
 //     template <class V> void RValidity::walk(V& v)
@@ -10,11 +9,11 @@
 //         v.end(3);
 //     }
 //
-// A row gives the component's tag, the member and its codes. Code 1 is always the outer SEQUENCE ("asnSeq"), code 2 a wrong
-// count of components.
+// A row gives the tag of a component, the member and its codes. In decoding, code 1 is the outer SEQUENCE ("asnSeq"), and code 2 a
+// wrong number of components in a record that tests it.
 //
-// After the first failure the remaining calls do nothing, but the walk runs to its end: code between the rows uses only what
-// the visitor gives. What one direction alone needs stands under `if constexpr (V::decoding)`.
+// After the first failure the remaining calls do nothing, but walk() still runs to its end: code between the rows may use only
+// what the visitor gives. Code for one direction only is under `if constexpr (V::decoding)`.
 #pragma once
 
 #include "ASN1/ASN1Sequence.h"
@@ -27,13 +26,13 @@ namespace vrno {
 
 // ---- what a row says ----
 
-// The tag that a row asks for. A component with another one is refused with a message made of member and tag, as
-// "version component is not ASN1_TAG_INTEGER.", unless the row has its own.
+// The tag that a row requires. A component with another tag is refused. The message is made from member and tag, as "version
+// component is not ASN1_TAG_INTEGER.", unless the row has its own.
 struct Tag {
     enum Kind : unsigned char { any, universal, option };
     Kind kind = any; // any: the member tests its own tag
     unsigned char number = 0;
-    unsigned char firstOctet = 0; // of an implicit tag: the octet of the universal tag that the component is decoded under
+    unsigned char firstOctet = 0; // for an implicit tag: decoding puts this universal tag in its place
     const char* frame = "asnSeq"; // the frame's name for a refusal
     const char* message = nullptr;
 
@@ -51,21 +50,21 @@ inline constexpr Tag utf8StringTag{Tag::universal, ASN1_TAG_UTF8STRING};
 inline constexpr Tag sequenceTag{Tag::universal, ASN1_TAG_SEQUENCE};
 inline constexpr Tag generalizedTimeTag{Tag::universal, ASN1_TAG_GENERALIZEDTIME};
 
-// [number]: the member reads and writes the option tag itself.
+// [number]: the member itself reads and writes the option tag.
 constexpr Tag optionTag(unsigned char number)
 {
     return {Tag::option, number};
 }
 
-// [number] IMPLICIT SEQUENCE or SET, whose constructed tag the codec by itself takes for a wrapper: decoded under the
-// universal tag, and encoded with the option tag.
+// [number] IMPLICIT SEQUENCE or SET: decoded under the universal tag, since the codec would read its constructed tag as an
+// explicit one, and encoded with the option tag.
 constexpr Tag implicitTagOf(unsigned char number, unsigned char universal)
 {
     return {Tag::option, number, static_cast<unsigned char>(universal | constructedBit)};
 }
 
-// The codes of a row's failures. Decoding counts from the first on: the component could not be fetched ("asnSeq"), the member
-// did not decode (the member's name), the component has another tag. That tag is tested first. Encoding has one code.
+// The codes of a row. Decoding has three: `decode` if the component cannot be read ("asnSeq"), +1 if the member does not decode it
+// (the name of the member), +2 if it has another tag, which is tested first. Encoding has one.
 struct Codes {
     int decode;
     int encode = 0; // for records that are never encoded
@@ -73,12 +72,12 @@ struct Codes {
 
 // ---- members, whatever their type ----
 
-// What a visitor does with a member; one table a type of member, so that a row costs little code.
+// What a visitor does with a member: one table for each type of member, so that a row takes little code.
 struct MemberOps {
     int (*decode)(void* member, ByteString& component);
     ByteString& (*encode)(void* member);
-    const Trailed* (*trailed)(void* member); // null for ANY, which fails on allocation failure alone
-    ByteString* (*scratch)(void* member);    // what is not needed once it was read; null where there is none
+    const Trailed* (*trailed)(void* member); // null for ANY, which fails only on allocation failure
+    ByteString* (*scratch)(void* member);    // the output, if it may be used up; or null
     void (*setImplicitTag)(void* member, int number);
 };
 
@@ -90,7 +89,7 @@ inline constexpr MemberOps memberOps{
         if constexpr (requires { m.toASN1Object(); }) {
             return m.toASN1Object();
         } else {
-            return m.m_bsOutput; // decoded only: never called
+            return m.m_bsOutput; // only decoded: never called
         }
     },
     [](void* member) -> const Trailed* { return static_cast<M*>(member); },
@@ -98,7 +97,7 @@ inline constexpr MemberOps memberOps{
     [](void* member, int number) { static_cast<M*>(member)->setImplicitTag(number, contextClass); },
 };
 
-// ANY: the bytes as they stand.
+// ANY: the encoded element, unchanged.
 template <>
 inline constexpr MemberOps memberOps<ByteString>{
     [](void* member, ByteString& component) {
@@ -126,37 +125,37 @@ public:
     static constexpr bool decoding = true;
     static constexpr int unlimited = 0x7FFFFFFF;
 
-    // Decodes the outer SEQUENCE. `mask` is the record's m_ucBitMask, or null where it has none; `method` is for the frames.
+    // Decodes the outer SEQUENCE. `mask` is the m_ucBitMask of the record or null; `method` is the method in the frames.
     Decoder(RObject& record, const char* recordClass, unsigned char* mask, ByteString& data, Here at,
             const char* method = "fromASN1Object");
 
-    // The count of components. The minimum is the number of the required rows. Components beyond it are spare: the optional
-    // rows take them in their order. What no row takes is ignored.
+    // The number of components. The minimum is the number of the required rows. Components beyond it are spare: the optional rows
+    // take them in order. A component that no row takes is ignored.
     void exactly(int count, Here at = Here::now());
     void atLeast(int minimum, const char* message, Here at = Here::now());
     void between(int minimum, int maximum, const char* name, const char* message, Here at = Here::now());
     bool spare() const { return m_spare > 0; }
-    // Whether the next component has the tag: for a row that stands under a condition.
+    // Whether the next component has the tag; for a row under a condition.
     bool nextIs(const Tag& tag) const;
 
     template <class M> void required(const Tag& tag, M& member, const char* name, Codes codes, Here at = Here::now())
     {
         requiredRow(tag, {member, name}, codes.decode, at);
     }
-    // Taken when a component is spare and has the tag; then `bit` of the mask is set.
+    // Taken if a component is spare and has the tag. Then `bit` of the mask is set.
     template <class M>
     void optional(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
         if (spare() && nextIs(tag)) spareRow(tag, bit, {member, name}, codes.decode, at);
     }
-    // Taken when a component is spare, which must have the tag then.
+    // Taken if a component is spare, which must have the tag.
     template <class M>
     void optionalLast(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
         if (spare()) spareRow(tag, bit, {member, name}, codes.decode, at);
     }
-    // One alternative of a required component that is a CHOICE: taken when it has the tag. A rule behind the last
-    // alternative refuses the component that none took.
+    // One alternative of a required component that is a CHOICE: taken if the component has the tag. A rule after the last
+    // alternative refuses a component that none took.
     template <class M>
     void alternative(const Tag& tag, unsigned char bit, M& member, const char* name, Codes codes, Here at = Here::now())
     {
@@ -166,8 +165,7 @@ public:
     void rule(bool isMet, int code, const char* name, const char* message, Here at = Here::now());
     void end(int) {}
 
-    // For a row that is none of these, as ordinary code. fetch() gives the component and goes on to the next one; null
-    // after any failure.
+    // For a row that is none of these, as ordinary code. fetch() returns the next component and moves on; null after any failure.
     ByteString* fetch(int code, Here at = Here::now());
     void refuse(int code, const char* name, const char* message, Here at = Here::now());
     void refuse(int code, const char* name, const Trailed& inner, Here at = Here::now());
@@ -195,7 +193,7 @@ private:
     int m_code = 0;
 };
 
-// Writes a row's member, an optional one when its bit is set.
+// Writes the member of each row; an optional one only if its bit is set.
 class Encoder {
 public:
     static constexpr bool decoding = false;
@@ -225,7 +223,7 @@ public:
         optionalRow(tag, bit, {member, name}, codes.encode, at);
     }
     void rule(bool isMet, int code, const char* name, const char* message, Here at = Here::now());
-    // The whole SEQUENCE, with the record's option tag, into the record's output.
+    // Writes the SEQUENCE, with the record's option tag, to the record's output.
     void end(int code, Here at = Here::now());
     void refuse(int code, const char* name, const char* message, Here at = Here::now());
     void refuse(int code, const char* name, const Trailed& inner, Here at = Here::now());
@@ -252,7 +250,7 @@ template <class Record> unsigned char* maskOf(Record& record)
     }
 }
 
-// Clears the mask and walks through the components of `data`: 0 or the code of the failing step.
+// Clears the mask and decodes the components of `data`: 0 or the code of the failed step.
 template <class Record> int decode(Record& record, ByteString& data, Here at = Here::now())
 {
     Decoder v(record, Record::className, maskOf(record), data, at);
@@ -260,7 +258,7 @@ template <class Record> int decode(Record& record, ByteString& data, Here at = H
     return v.code();
 }
 
-// Writes the components in their order: `m_bsOutput`, empty with `m_nLastError` set on failure.
+// Encodes the components in order and returns `m_bsOutput`, which is empty with `m_nLastError` set on failure.
 template <class Record> ByteString& encode(Record& record)
 {
     Encoder v(record, Record::className, maskOf(record));
@@ -270,7 +268,7 @@ template <class Record> ByteString& encode(Record& record)
 
 // ---- setters ----
 
-// Hands a record over as encoded bytes: encoded here (1, "data"), decoded there (2, the member's name).
+// Copies a record as encoded bytes: encodes `data` (1, "data") and decodes the result into `member` (2, its name).
 template <class Record, class Source, class M>
 int copyThrough(Record& record, Source& data, M& member, const char* name, Here at = Here::now())
 {
@@ -279,10 +277,9 @@ int copyThrough(Record& record, Source& data, M& member, const char* name, Here 
     return member.fromASN1Object(encoded) > 0 ? fail(record, 2, name, member, at) : 0;
 }
 
-// ---- records that stand in a wrapper ----
+// ---- records in a wrapper ----
 
-// The element in the wrapper that a record with an option tag of its own stands in, or `data` itself: 1 ("asnSeq") where
-// there is no wrapper to be read.
+// Stores in `element` the content of the wrapper if the record has an option tag, else `data`. 1 ("asnSeq") on failure.
 template <class Record> int unwrap(Record& record, const ByteString& data, ByteString& element, Here at = Here::now())
 {
     element = data;
@@ -296,7 +293,7 @@ template <class Record> int unwrap(Record& record, const ByteString& data, ByteS
 
 // ---- getters ----
 
-// Hands a member's output on as the record's own; a failure of the member, or of the copy, becomes code 1.
+// Returns a member's output as the record's own. 1 if the member or the copy failed.
 template <class Record, class M>
 ByteString& relay(Record& record, ByteString& output, M& member, const char* name, Here at = Here::now())
 {
@@ -313,7 +310,7 @@ template <class Record, class Oid> ByteString& oidText(Record& record, Oid& oid,
     return relay(record, oid.getOID(' '), oid, name, at);
 }
 
-// The octets of an INTEGER without a sign octet; a negative one fails with `message`.
+// The octets of an INTEGER without a sign octet; 1 with `message` for a negative number.
 template <class Record, class Integer>
 ByteString& magnitude(Record& record, Integer& integer, const char* name, const char* message, Here at = Here::now())
 {
@@ -323,7 +320,7 @@ ByteString& magnitude(Record& record, Integer& integer, const char* name, const 
     return record.m_bsOutput;
 }
 
-// The contents of an encoded member, decoded as `String`: 1 where it does not decode.
+// The contents of an encoded member, decoded as `String`; 1 if it does not decode.
 template <class String, class Record>
 ByteString& contentsAs(Record& record, ByteString& encoded, const char* name, Here at = Here::now())
 {
@@ -332,7 +329,7 @@ ByteString& contentsAs(Record& record, ByteString& encoded, const char* name, He
     return relay(record, string.getValue(), string, name, at);
 }
 
-// The octets of a BIT STRING behind the octet of unused bits.
+// The octets of a BIT STRING after the octet of unused bits; 1 if it has no octets.
 template <class Record, class Bits> ByteString& bitOctets(Record& record, Bits& bits, const char* name, Here at = Here::now())
 {
     int unusedBits = 0;
