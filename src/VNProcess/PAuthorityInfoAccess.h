@@ -9,9 +9,8 @@ class PAuthorityInfoAccess : public PObject {
 public:
     static constexpr const char* className = "PAuthorityInfoAccess";
 
-    // A numbered block an access description, CRLF between them; every kind of location is shown behind "URL=". 0, or:
-    // 1 the value is no list, 2 a description does not decode, 3 its method cannot be read, 4 its location does not
-    // render.
+    // One numbered block for each access description, with CRLF between them. Any location is shown after "URL=". 0, or 1: the
+    // value is not a list; 2: a description does not decode; 3: its method cannot be read; 4: its location cannot be rendered.
     int parseAuthorityInfoAccess(ByteString& value, ByteString& text);
 };
 

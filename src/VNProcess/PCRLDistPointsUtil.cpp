@@ -4,7 +4,7 @@
 
 namespace vrno {
 
-static constexpr const char* pointMethod = "makeDistributionPointMessage"; // of all frames below it
+static constexpr const char* pointMethod = "makeDistributionPointMessage"; // also for the frames of its helpers
 
 int PCRLDistPointsUtil::parseCRLDistributionPoint(ByteString& value, ByteString& text)
 {
@@ -39,7 +39,7 @@ int PCRLDistPointsUtil::makeDistributionPointMessage(int number, ByteString& enc
     return code > 0 ? code : finish(*this, out, text);
 }
 
-// What stands in front of the first name's label, and of the value of a directoryName.
+// The blanks before the first name's label, and those before the value of a directoryName.
 struct PCRLDistPointsUtil::Indent {
     const char* label;
     const char* directoryName;
@@ -94,12 +94,12 @@ int PCRLDistPointsUtil::addReasons(RDistributionPoint& point, TextBuilder& out)
     ByteString bits;
     int unusedBits = 0;
     if (point.getReasons(bits, &unusedBits) > 0) return fail(*this, 4, "distributionPoint", point, Here::now().in(pointMethod));
-    unsigned char high = 0, low = 0; // stay so where there is no such octet
+    unsigned char high = 0, low = 0; // 0 if there is no such octet
     bits.getAt(0, &high);
     bits.getAt(1, &low);
     out << "\r\n     CRL Reason=";
     addBits(high, low, reasons, out);
-    out.replaceLast(' '); // the last comma, or the "=" where no reason is given
+    out.replaceLast(' '); // the last comma, or the "=" if no reason is given
     return 0;
 }
 

@@ -1,4 +1,4 @@
-// The CRL distribution points (RFC 5280, 4.2.1.13) as text, and the places to fetch a CRL from.
+// The CRL distribution points (RFC 5280, 4.2.1.13) as text, and the locations of the CRLs.
 #pragma once
 
 #include "ASN1Pkix/records/RExtensions.h"
@@ -10,12 +10,11 @@ class PCRLDistPointsUtil : public PObject {
 public:
     static constexpr const char* className = "PCRLDistPointsUtil";
 
-    // A numbered block a distribution point, CRLF between them. 0, or: 1 the value is no list, 2 a point cannot be had, 3
-    // it does not render.
+    // One numbered block for each distribution point, with CRLF between them. 0, or 1: the value is not a list; 2: a point cannot
+    // be read; 3: it cannot be rendered.
     int parseCRLDistributionPoint(ByteString& value, ByteString& text);
 
-    // The first three names of all full names, of whatever form, with the values that PGeneralNameUtil gives them. An
-    // index without one gives an empty text.
+    // The first three names of all full names, in any form, as PGeneralNameUtil gives them; empty for an index out of range.
     int getUrlCount() const { return m_nUrlCount; }
     ByteString& getUrl(int index);
 
@@ -34,7 +33,7 @@ private:
     ByteString m_bsCRLIssuer; // the encoded directoryName of the last CRL issuer
 };
 
-// The places to fetch a CRL from, with "|" between them, as a Renderer.
+// The locations of the CRLs, with "|" between them, as a Renderer.
 int crlUrlText(ByteString& value, ByteString& text, Trail& trail);
 
 } // namespace vrno

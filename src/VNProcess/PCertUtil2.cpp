@@ -6,6 +6,8 @@
 
 namespace vrno {
 
+// Decodes, encodes and decodes again: so every getter answers from the TBS part as this library understood and wrote it, whatever
+// the encoding of the input was.
 int PCertUtil2::setCertificate(ByteString& cert)
 {
     RCertificate certificate;
@@ -16,11 +18,11 @@ int PCertUtil2::setCertificate(ByteString& cert)
     m_pTBSCert.reset(new (std::nothrow) RTBSCertificate);
     if (!m_pTBSCert) return failMemory(*this, 3, "m_tbsCert", "Memory(m_pTBSCert) allocation is failed.");
     if (m_pTBSCert->fromASN1Object(m_bsOutput) > 0) return fail(*this, 4, "m_tbsCert", *m_pTBSCert);
-    m_bsSignature = certificate.getSignature(); // which fails on a BIT STRING without octets: that certificate has none
+    m_bsSignature = certificate.getSignature(); // empty if the BIT STRING has no octets
     return m_bsSignature.isOutOfMemory() ? failMemory(*this, 3, "m_bsSignature") : 0;
 }
 
-// Starts an operation that gives a reference; false, with the frame laid, when no certificate is set.
+// Starts an operation that returns a reference. False, with a frame added, if no certificate is set.
 bool PCertUtil2::ready(Here at)
 {
     m_nLastError = 0;
@@ -29,7 +31,7 @@ bool PCertUtil2::ready(Here at)
     return m_pTBSCert != nullptr;
 }
 
-// Copies what a record gave, or fails with 2 and that record's trail.
+// Copies what a record returned, or fails with 2 and the record's trail.
 ByteString& PCertUtil2::handOut(ByteString& result, RObject& source, const char* name, Here at)
 {
     if (source.getLastError() > 0) return failOutput(*this, 2, name, source, at);
@@ -131,7 +133,7 @@ ByteString& PCertUtil2::findExtension(RExtensions& extensions, const char* oid, 
     for (int i = 0; i < extensions.getCount(); ++i) {
         RExtension ext;
         if (ext.fromASN1Object(extensions.get(i)) > 0) return failOutput(*this, 2, "ext", ext, at);
-        const bool sought = ext.getExtensionID() == oid; // an identifier that cannot be read is another one
+        const bool sought = ext.getExtensionID() == oid; // a malformed identifier is a different one
         if (ext.outOfMemory()) return failOutput(*this, 2, "ext", ext, at);
         if (!sought) continue;
         handOut(ext.getValue(), ext, "ext", at);

@@ -1,4 +1,4 @@
-// The loaded certificate.
+// The loaded certificate (RFC 5280, 4.1).
 #pragma once
 
 #include "ASN1Pkix/records/RCertificate.h"
@@ -8,28 +8,28 @@
 
 namespace vrno {
 
-// Keeps the TBS part, after one round through the encoder, and the signature. Every operation that gives a reference
-// starts with `m_nLastError` 0 and an empty `m_bsOutput`; with no certificate set it fails with 1.
+// Owns the decoded TBS part and the signature. An operation that returns a reference sets `m_nLastError`: 0, 1 if no certificate
+// is set, or 2 if the field cannot be read; the result is empty on failure.
 class PCertUtil2 : public PObject {
 public:
     static constexpr const char* className = "PCertUtil2";
 
-    // Takes a certificate in DER or BER, with no armour of any kind. 1: it does not decode, 2: its TBS part does not
-    // encode, 3: no memory, 4: what was encoded does not decode.
+    // Takes a certificate in DER or BER, without PEM armour. 0, or 1: it does not decode; 2: its TBS part does not encode; 3:
+    // allocation failure; 4: the encoded TBS part does not decode.
     int setCertificate(ByteString& cert);
 
     // 0 for version 1. A certificate must be set.
     int getVersion() const { return m_pTBSCert->getVersion(); }
-    // The content octets, less a leading 0x00 or 0xFF that others follow.
+    // The content octets, without a first octet 0x00 or 0xFF if others follow.
     ByteString& getSerialNo();
-    // The algorithm of the TBS part's own field, as text with blanks.
+    // The signature field of the TBS part, as text with blanks.
     ByteString& getSignatureAlgorithm();
-    // Names as UDNSettings renders them.
+    // The names as UDNSettings renders them.
     ByteString& getIssuerDN();
     ByteString& getSubjectDN();
-    // The subject's name in DER.
+    // The encoded name of the subject.
     ByteString& getSubject();
-    // Seconds since 1970-01-01 00:00:00 UTC; 1 with no certificate set.
+    // Seconds since 1970-01-01 00:00:00 UTC. 0, or 1 if no certificate is set.
     int getValidityNotBefore_value(int* out);
     int getValidityNotAfter_value(int* out);
     ByteString& getPublicKeyAlgorithm();
@@ -37,13 +37,12 @@ public:
     ByteString& getSubjectPublicKey();
     ByteString& getSignature();
 
-    // The DER of the value of the extension with this identifier ("2 5 29 15"). `m_nLastError` is 0 when it is there;
-    // absentExtension when it is not, or is empty; any other value means a broken certificate, be it only that an
-    // extension in front of the one sought does not decode.
+    // The contents of the extension with this identifier ("2 5 29 15"): its encoded value. `m_nLastError` is absentExtension if
+    // there is none or it is empty. 2 means a broken certificate, if only because an earlier extension does not decode.
     static constexpr int absentExtension = 4096;
-    bool isExtensionAbsent() const { return m_nLastError == absentExtension && !outOfMemory(); } // of the last look-up
+    bool isExtensionAbsent() const { return m_nLastError == absentExtension && !outOfMemory(); } // of the last search
     ByteString& getExtensionValue(const char* oid);
-    // The same for a certificate in DER that is given here and not kept.
+    // The same for the certificate `cert`, which is not kept; 1 if it does not decode.
     ByteString& getExtensionValue(ByteString& cert, const char* oid);
 
 private:

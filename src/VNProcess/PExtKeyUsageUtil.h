@@ -9,7 +9,7 @@ class PExtKeyUsageUtil : public PObject {
 public:
     static constexpr const char* className = "PExtKeyUsageUtil";
 
-    // The name of each purpose, or its identifier with blanks, CRLF between them. 0, or: 1 the value is no list, 2 a
+    // The name of each purpose, or its identifier with blanks, with CRLF between them. 0, or 1: the value is not a list; 2: a
     // purpose cannot be read.
     int parseExtKeyUsage(ByteString& value, ByteString& text);
 };

@@ -62,7 +62,7 @@ int PGeneralNameUtil::parseEDIPartyName(ByteString&, ByteString&)
 
 // ---- otherName ----
 
-// The element read as a SEQUENCE, whatever its tag: with an option tag in front it would be read as a wrapper.
+// A copy under the tag of a SEQUENCE. The codec would read its option tag as an explicit tag.
 static ByteString asSequence(const ByteString& encoded)
 {
     ByteString copy = encoded;

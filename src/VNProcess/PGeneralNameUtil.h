@@ -6,36 +6,36 @@
 
 namespace vrno {
 
-// How a form of name is shown; x400Address and ediPartyName have no value.
+// How a form of name is shown. `value` is null for x400Address and ediPartyName.
 struct GeneralNameForm {
     const char* label;
     ByteString& (RGeneralName::*value)();
 };
 
-// Null for what is no RGeneralName::Choice.
+// Null if `choice` is not one of the nine forms.
 const GeneralNameForm* generalNameForm(int choice);
 
-// Adds the value of a name where an otherName is shown in hexadecimal and any other form as it is.
+// Adds the value of a name: an otherName in hexadecimal, any other form unchanged.
 void addPlainValue(int choice, ByteString& value, TextBuilder& out);
 
 class PGeneralNameUtil : public PObject {
 public:
     static constexpr const char* className = "PGeneralNameUtil";
 
-    // Binary values print as ByteString::toHex, or with a group as toHexGrouped.
+    // Binary values are shown as by ByteString::toHex, or by toHexGrouped if `hexGroup` is not 0.
     explicit PGeneralNameUtil(int hexGroup = 0, int hexLine = 0) : m_nHexGroup(hexGroup), m_nHexLine(hexLine) {}
 
-    // An iPAddress gives its raw octets, an otherName its encoding, for parseOtherName. `choice` is an
-    // RGeneralName::Choice. 0, or: 1 it does not decode, 2 it is an x400Address, 3 an ediPartyName, 4 none of the nine
-    // forms, 5 its value cannot be read.
+    // The value of an iPAddress is its octets, that of an otherName its encoding, for parseOtherName(). `choice` gets an
+    // RGeneralName::Choice. 0, or 1: it does not decode; 2: an x400Address; 3: an ediPartyName; 4: none of the nine forms; 5: its
+    // value cannot be read.
     int parseGeneralName(ByteString& generalName, unsigned char* choice, ByteString& label, ByteString& value);
 
-    // Lines that begin with five blanks. 0, or: 1 it does not decode, 2 its value does not, 3 the VID in an identify data
-    // does not, 4 the VID's algorithm cannot be read, 5 the type cannot. What is not the identify data that its type says
-    // prints in hexadecimal.
+    // Lines that begin with five blanks. 0, or 1: it does not decode; 2: its value does not decode; 3: the VID in the identify
+    // data does not decode; 4: a part of the VID cannot be read; 5: the type cannot be read. A value that is not the identify data
+    // that its type promises is shown in hexadecimal.
     int parseOtherName(ByteString& otherName, ByteString& text);
 
-    // These forms are not rendered: always 1.
+    // These forms are not supported: always 1.
     int parseX400Address(ByteString& x400Address, ByteString& text);
     int parseEDIPartyName(ByteString& ediPartyName, ByteString& text);
 

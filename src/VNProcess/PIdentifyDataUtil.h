@@ -1,4 +1,4 @@
-// The identify data of a person's certificate: the real name, and the virtual identifier where there is one.
+// The identify data in a person's certificate: the real name, and optionally the virtual identifier (VID).
 #pragma once
 
 #include "base/Objects.h"
@@ -9,9 +9,9 @@ class PIdentifyDataUtil : public PObject {
 public:
     static constexpr const char* className = "PIdentifyDataUtil";
 
-    // The name in code page 949, and the encoded VID, empty where no user information is given. Only the first attribute
-    // of that is looked at. 0, or: 1 the value is no IdentifyData, 2 the name to UCS-2, 3 to code page 949, 4 no attribute,
-    // 5 it does not decode, 6 its type cannot be read, 7 its type is not that of a VID.
+    // The name in code page 949, and the encoded VID, which is empty if there is no user information. Only its first attribute is
+    // read. 0, or 1: the value is not an IdentifyData; 2: name to UCS-2; 3: name to code page 949; 4: no attribute; 5: it does not
+    // decode; 6: its type cannot be read; 7: its type is not VID.
     int parseIdentifyData(ByteString& value, ByteString& realName, ByteString& vid);
 };
 

@@ -55,7 +55,7 @@ int PPolicyUtil::makePolicyInformationMessage(ByteString& encoded, Message& mess
     message.text << "\r\n";
     if ((policyInfo.getBitMask() & 0x01) == 0) return 0;
     for (int i = 0; i < policyInfo.getPolicyQualifierCount(); ++i) {
-        ByteString& qualifier = policyInfo.getPolicyQualifierInfo(i); // which fails to decode where it could not be had
+        ByteString& qualifier = policyInfo.getPolicyQualifierInfo(i); // empty on failure, which does not decode
         if (makePolicyQualifierInfoMessage(qualifier, i + 1, message) > 0) return fail(*this, 5, "this", *this);
     }
     return 0;
@@ -74,7 +74,7 @@ int PPolicyUtil::keepIdentifier(ByteString& oid, Message& message)
 
 // ---- one qualifier ----
 
-static constexpr const char* qualifierMethod = "makePolicyQualifierInfoMessage"; // of all frames below it
+static constexpr const char* qualifierMethod = "makePolicyQualifierInfoMessage"; // also for the frames of its helpers
 
 int PPolicyUtil::makePolicyQualifierInfoMessage(ByteString& encoded, int number, Message& message)
 {
@@ -101,7 +101,7 @@ int PPolicyUtil::addCPS(ByteString& qualifier, TextBuilder& out)
     return 0;
 }
 
-// The codes of a display text's failures begin with these.
+// The first failure code of each display text.
 static constexpr int organizationCode = 5, explicitTextCode = 11;
 
 int PPolicyUtil::addUserNotice(ByteString& qualifier, TextBuilder& out)

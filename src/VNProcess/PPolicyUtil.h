@@ -14,18 +14,19 @@ public:
 
     PPolicyUtil();
 
-    // Replaces text and list. 0, or with both empty: 1 the value is no list, 2 a policy cannot be had, 3 it does not render.
+    // Replaces text and list. 0, or 1: the value is not a list; 2: a policy cannot be read; 3: it cannot be rendered. On failure
+    // both have no meaning.
     int parseCertificatePolicies(ByteString& value);
 
-    // The text, every line of it with its CRLF.
+    // The text. Each line ends with CRLF.
     ByteString& getMessage();
     int getPolicyCount() const;
-    // The arcs with `separator` between them. `m_nLastError` 1: no such index, 2: no identifier.
+    // The arcs with `separator` between them. `m_nLastError` 1: index out of range; 2: no identifier.
     ByteString& getPolicyOid(int index, char separator);
 
 private:
-    // What grows while the policies are gone through. The identifiers are joined here, since a container that takes them
-    // one by one copies all that it has each time.
+    // What is collected from the policies. Identifiers are joined here, since a container that takes them one by one copies the
+    // earlier ones each time.
     struct Message {
         TextBuilder text;
         ByteBuilder identifiers;
@@ -40,9 +41,9 @@ private:
     int displayText(RDisplayText& text, int firstCode, ByteString& ksc);
     int keepResults(const Message& message);
 
-    std::unique_ptr<ASN1Sequence> m_pPolicyOids; // null when there was no memory for it
+    std::unique_ptr<ASN1Sequence> m_pPolicyOids; // null after an allocation failure
     ByteString m_bsMessage;
-    ByteString m_bsCPS, m_bsNoticeText, m_bsOrganization; // the last ones, in code page 949
+    ByteString m_bsCPS, m_bsNoticeText, m_bsOrganization; // the last ones shown
 };
 
 // The text, and the identifiers alone as "1 2 410 200004 5 2 1 2, 2 5 29 32 0", each as a Renderer.

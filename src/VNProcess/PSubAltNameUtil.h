@@ -9,11 +9,11 @@ class PSubAltNameUtil : public PObject {
 public:
     static constexpr const char* className = "PSubAltNameUtil";
 
-    // Label and value of each name, CRLF between them. 0, or: 1 the value is no GeneralNames, 2 a name cannot be had,
-    // 3 it does not render, 4 the contents of an otherName do not.
+    // Label and value of each name, with CRLF between names. 0, or 1: the value is not a GeneralNames; 2: a name cannot be read;
+    // 3: it cannot be rendered; 4: the contents of an otherName cannot be rendered.
     int parseSubjectAlternativeName(ByteString& value, ByteString& text);
 
-    // How binary values print, as PGeneralNameUtil takes it.
+    // How binary values are shown, as in PGeneralNameUtil.
     int m_nHexGroup = 0;
     int m_nHexLine = 0;
 };

@@ -16,7 +16,7 @@ int keyUsageText(ByteString& value, ByteString& text, Trail& trail)
     int unusedBits = 0;
     const ByteString& bits = keyUsage.getBitString(&unusedBits);
     if (keyUsage.getLastError() > 0) return handOver(keyUsage, keyUsage.getLastError(), trail);
-    unsigned char high = 0, low = 0; // stay so where there is no such octet
+    unsigned char high = 0, low = 0; // 0 if there is no such octet; `low` also if there are more than two
     bits.getAt(0, &high);
     if (bits.getLength() == 2) bits.getAt(1, &low);
     TextBuilder out;

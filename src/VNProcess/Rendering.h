@@ -1,4 +1,4 @@
-// What the renderers of extensions share.
+// What the renderers of extensions have in common.
 #pragma once
 
 #include "base/Objects.h"
@@ -8,16 +8,16 @@
 
 namespace vrno {
 
-// Turns an extension's value into its text: 0, or above 0 with `trail` telling why not.
+// Turns the value of an extension into its text: 0, or a positive code with the reason in `trail`.
 using Renderer = int (*)(ByteString& value, ByteString& text, Trail& trail);
 
-// How an identifier, in the text form with blanks, is shown.
+// The name that is shown for an identifier, which is in the text form with blanks.
 struct OidName {
     const char* oid;
     const char* name;
 };
 
-// Null for an identifier that the table does not name.
+// Null if the identifier is not in the table.
 inline const char* nameOf(const ByteString& oid, std::span<const OidName> table)
 {
     for (const OidName& known : table) {
@@ -33,13 +33,13 @@ inline const char* nameOrOid(const ByteString& oid, std::span<const OidName> tab
     return name ? name : oid.getText();
 }
 
-// The bits of a BIT STRING by name, in their order: the first octet above, the second below.
+// The name of a bit in the first two octets of a BIT STRING; the first octet is the high one.
 struct BitName {
     int bit;
     const char* text;
 };
 
-// Adds the text of every bit that is set in the first two octets.
+// Adds the text of each bit that is set.
 inline void addBits(int high, int low, std::span<const BitName> table, TextBuilder& out)
 {
     for (const BitName& known : table) {
@@ -47,7 +47,7 @@ inline void addBits(int high, int low, std::span<const BitName> table, TextBuild
     }
 }
 
-// The code of an object's failure, its trail handed on as it is.
+// Moves the trail of `object` to `trail` and returns `code`.
 inline int handOver(Trailed& object, int code, Trail& trail)
 {
     trail.swap(object.m_bsErrorTrail);
@@ -62,7 +62,7 @@ int parsed(ByteString& value, ByteString& text, Trail& trail)
     return handOver(util, (util.*parse)(value, text), trail);
 }
 
-// The last step of a renderer: hands the text over; 1 on allocation failure.
+// The last step of a renderer: stores the text; 1 on allocation failure.
 inline int finish(const TextBuilder& built, ByteString& text, Trail& trail)
 {
     if (built.into(text) == 0) return 0;
