@@ -293,7 +293,7 @@ ByteString& ASN1Object::toASN1Object()
     return m_bsOutput;
 }
 
-ByteString& ASN1Object::useUpAsASN1Object()
+ByteString& ASN1Object::encodeInPlace()
 {
     unsigned char header[maxHeader];
     const std::size_t octets = putHeader(header, Here::now().in("toASN1Object"));

@@ -104,7 +104,7 @@ protected:
     int valueSet(int result, Here at = Here::now());
 
     // As toASN1Object(), but the result takes over the block of the value, so no second block is needed. The value is empty then.
-    ByteString& useUpAsASN1Object();
+    ByteString& encodeInPlace();
 
     // Decodes a typed value. 1: the element does not decode; 2: it has another universal tag.
     int decodeTyped(ByteString& data, const ASN1Type& type, Here at = Here::now());

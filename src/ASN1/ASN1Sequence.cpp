@@ -171,10 +171,10 @@ int ASN1Sequence::takeComponent(ByteString& encoded)
     return 0;
 }
 
-ByteString& ASN1Sequence::useUpAsASN1Object()
+ByteString& ASN1Sequence::encodeInPlace()
 {
     m_nComponentCount = 0;
-    return ASN1Object::useUpAsASN1Object();
+    return ASN1Object::encodeInPlace();
 }
 
 void ASN1Sequence::clearComponents()

@@ -40,7 +40,7 @@ public:
     // The same with the tag -1. If `encoded` is the larger part, its block becomes the value's. On success `encoded` is empty.
     int takeComponent(ByteString& encoded);
     // As toASN1Object(), but the result takes over the block of the components. The object has no components then.
-    ByteString& useUpAsASN1Object();
+    ByteString& encodeInPlace();
     void clearComponents();
 
     int m_nComponentCount = 0;

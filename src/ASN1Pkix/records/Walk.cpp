@@ -203,7 +203,7 @@ void Encoder::end(int code, Here at)
 {
     if (m_record.m_nLastError > 0) return;
     m_record.putOptionTag(m_asnSeq);
-    m_record.m_bsOutput.swap(m_asnSeq.useUpAsASN1Object());
+    m_record.m_bsOutput.swap(m_asnSeq.encodeInPlace());
     if (m_asnSeq.getLastError() > 0) refuse(code, "asnSeq", m_asnSeq, at);
 }
 
