@@ -279,8 +279,7 @@ int PEnvelopedData::encryptContent(REncryptedContentInfo& eci)
     if (!messageFits()) return fail(*this, 18, "envelopedData", "The message is too long.", at);
     VNEncrypt encrypt;
     ByteString encrypted;
-    const int length = static_cast<int>(m_content.size());
-    if (encrypt.EncryptData(m_nEncAlg, m_nEncMode, m_bsKey, m_bsIv, m_content.data(), length, encrypted, vnPadLength) > 0)
+    if (encrypt.EncryptData(m_nEncAlg, m_nEncMode, m_bsKey, m_bsIv, m_content, encrypted, vnPadLength) > 0)
         return fail(*this, 14, "encrypt", "Encryption Error", at);
     return eci.setEncryptedContent(std::move(encrypted)) > 0 ? fail(*this, 15, "encryptedContentInfo", eci, at) : 0;
 }
