@@ -8,6 +8,37 @@
 
 namespace vrno {
 
+namespace {
+
+using Area = std::span<unsigned char>;
+
+constexpr int ivAreaLength = 32, outputSlack = 512;
+
+// Copies what fits into the area; the area's part that holds it, empty for more than that.
+template <std::size_t room> Area fillArea(SecretArea<room>& area, const ByteString& from)
+{
+    const Octets octets = from.octets();
+    if (octets.size() > room) return {area.bytes, 0};
+    std::memcpy(area.bytes, octets.data(), octets.size());
+    return {area.bytes, octets.size()};
+}
+
+// Room for the output of so much input; empty when there is no memory, or for more than a ByteString holds.
+Area makeOutput(ByteString& block, std::size_t length)
+{
+    if (length >= INT_MAX - outputSlack) return {};
+    const int room = static_cast<int>(length) + outputSlack;
+    return {block.makeRoom(room), static_cast<std::size_t>(block.getLength())};
+}
+
+// A length for the engine, which refuses the largest.
+int engineLength(Octets octets)
+{
+    return octets.size() < INT_MAX ? static_cast<int>(octets.size()) : INT_MAX;
+}
+
+} // namespace
+
 // What encryption and decryption differ in.
 struct VNEncrypt::Direction {
     decltype(&ZIRC_EncryptData) run;
@@ -16,58 +47,68 @@ struct VNEncrypt::Direction {
     int rsaCode, keyCode, scheduleCode, outputCode, cipherCode;
 };
 
-const VNEncrypt::Direction VNEncrypt::encryption{ZIRC_EncryptData,
-                                                 "[ZIRC_EncryptData] nAlgID = %d, nEncMode = %d, nPaddintType = %d",
-                                                 "ZIRC_GenerateKey error",
-                                                 18,
-                                                 29,
-                                                 30,
-                                                 31,
-                                                 32};
-const VNEncrypt::Direction VNEncrypt::decryption{
-    ZIRC_DecryptData, "[ZIRC_DecryptData] nAlgID = %d, nEncMode = %d, nPaddintType = %d", "ZIRC_GenerateKey", 13, 24, 25, 26, 27};
-
-// The engine's numbers for one call.
-struct VNEncrypt::Plan {
-    int algorithm, mode, padding;
-
-    bool isKeyPairMode() const { return mode == ZIRC_MODE_PUBLIC_KEY || mode == ZIRC_MODE_PRIVATE_KEY; }
+const VNEncrypt::Direction VNEncrypt::encryption{
+    .run = ZIRC_EncryptData,
+    .failure = "[ZIRC_EncryptData] nAlgID = %d, nEncMode = %d, nPaddintType = %d",
+    .scheduleFailure = "ZIRC_GenerateKey error",
+    .rsaCode = 18,
+    .keyCode = 29,
+    .scheduleCode = 30,
+    .outputCode = 31,
+    .cipherCode = 32,
 };
 
-namespace {
+const VNEncrypt::Direction VNEncrypt::decryption{
+    .run = ZIRC_DecryptData,
+    .failure = "[ZIRC_DecryptData] nAlgID = %d, nEncMode = %d, nPaddintType = %d",
+    .scheduleFailure = "ZIRC_GenerateKey",
+    .rsaCode = 13,
+    .keyCode = 24,
+    .scheduleCode = 25,
+    .outputCode = 26,
+    .cipherCode = 27,
+};
 
-constexpr int ivAreaLength = 32, outputSlack = 512;
+// The arguments of an operation.
+struct VNEncrypt::Job {
+    int nAlgID, nMode;
+    ByteString& key; // or its schedule
+    ByteString& iv;
+    Octets in;
+    ByteString& out;
+    int nPaddingType;
+};
 
-// Takes what fits into the area; the count of bytes taken, 0 for more than that.
-template <std::size_t length> int take(SecretArea<length>& area, const ByteString& from)
+// The same for the engine, in its numbers and on areas that it may write.
+struct VNEncrypt::EngineJob {
+    int algorithm = 0, mode = 0, padding = 0;
+    Octets in;
+    Area key, iv, out;
+
+    bool isKeyPairMode() const { return mode == ZIRC_MODE_PUBLIC_KEY || mode == ZIRC_MODE_PRIVATE_KEY; }
+
+    int run(const Direction& direction, int& produced)
+    {
+        produced = engineLength(out);
+        return direction.run(key.data(), engineLength(key), algorithm, mode, out.data(), &produced, in.data(), engineLength(in),
+                             iv.data(), engineLength(iv), padding);
+    }
+};
+
+int VNEncrypt::mapCodes(const Job& job, EngineJob& engineJob, Here at)
 {
-    if (from.getLength() > static_cast<int>(length)) return 0;
-    std::memcpy(area.bytes, from.getBytes(), static_cast<std::size_t>(from.getLength()));
-    return from.getLength();
+    engineJob.in = job.in;
+    if (const int code = mapAlgorithm(*this, job.nAlgID, engineJob.algorithm, at)) return code;
+    engineJob.mode = engineMode(job.nMode);
+    if (engineJob.mode == vnUnsupported) return unsupported(*this, 3, "The Mode(%d) is not supported.", job.nMode, at);
+    engineJob.padding = engineJob.isKeyPairMode() ? 0 : enginePadding(job.nPaddingType);
+    if (engineJob.padding != vnUnsupported) return 0;
+    return unsupported(*this, 4, "The PaddingType(%d) is not supported.", job.nPaddingType, at);
 }
 
-// Room for the output of that much input; null when there is none.
-unsigned char* makeOutput(ByteString& block, int length)
+int VNEncrypt::cipherFailure(const Direction& direction, const EngineJob& job, int code, int result, Here at)
 {
-    if (length < 0 || length >= INT_MAX - outputSlack) return nullptr;
-    return block.makeRoom(length + outputSlack);
-}
-
-} // namespace
-
-int VNEncrypt::plan(int nAlgID, int nMode, int nPaddingType, Plan& plan, Here at)
-{
-    if (const int code = mapAlgorithm(*this, nAlgID, plan.algorithm, at)) return code;
-    plan.mode = engineMode(nMode);
-    if (plan.mode == vnUnsupported) return unsupported(*this, 3, "The Mode(%d) is not supported.", nMode, at);
-    plan.padding = plan.isKeyPairMode() ? 0 : enginePadding(nPaddingType);
-    if (plan.padding == vnUnsupported) return unsupported(*this, 4, "The PaddingType(%d) is not supported.", nPaddingType, at);
-    return 0;
-}
-
-int VNEncrypt::cipherFailure(const Direction& direction, const Plan& plan, int code, int result, Here at)
-{
-    const ByteString what = formatted(direction.failure, plan.algorithm, plan.mode, plan.padding);
+    const ByteString what = formatted(direction.failure, job.algorithm, job.mode, job.padding);
     if (what.isOutOfMemory()) return failMemory(*this, code, direction.failure, memoryFailure, at);
     return engineFailure(*this, code, what.getText(), result, at);
 }
@@ -81,75 +122,60 @@ int VNEncrypt::outputFailure(int code, const ByteString& block, Here at)
 
 // ---- whole messages ----
 
-int VNEncrypt::publicKeyRoad(const Direction& direction, const Plan& plan, ByteString& key, ByteString& iv, Input in,
-                             ByteString& out, Here at)
+int VNEncrypt::publicKeyPath(const Direction& direction, const Job& job, EngineJob& engineJob, Here at)
 {
     SecretArea<2048> output;
-    int length = sizeof output.bytes;
-    const int result = direction.run(key.mutableBytes(), key.getLength(), plan.algorithm, plan.mode, output.bytes, &length, in.data,
-                                     in.length, iv.mutableBytes(), iv.getLength(), plan.padding);
-    if (result != 0) return cipherFailure(direction, plan, direction.rsaCode, result, at);
-    if (out.setData(output.bytes, length) > 0)
-        return failMemory(*this, direction.outputCode, "Momory allocation is failed.", "", at);
+    engineJob.key = {job.key.mutableBytes(), static_cast<std::size_t>(job.key.getLength())};
+    engineJob.iv = {job.iv.mutableBytes(), static_cast<std::size_t>(job.iv.getLength())};
+    engineJob.out = output.bytes;
+    int length = 0;
+    const int result = engineJob.run(direction, length);
+    if (result != 0) return cipherFailure(direction, engineJob, direction.rsaCode, result, at);
+    if (job.out.setData(output.bytes, length) > 0) return outputFailure(direction.outputCode, job.out, at);
     return 0;
 }
 
-int VNEncrypt::symmetricRoad(const Direction& direction, const Plan& plan, ByteString& key, ByteString& iv, Input in,
-                             ByteString& out, Here at)
+int VNEncrypt::symmetricPath(const Direction& direction, const Job& job, EngineJob& engineJob, Here at)
 {
     SecretArea<GENKEY_MAX_LEN> schedule;
     SecretArea<ivAreaLength> ivArea;
-    const int ivLength = take(ivArea, iv); // none that is too long, which the engine then refuses
+    engineJob.iv = fillArea(ivArea, job.iv); // empty for one that is too long, which the engine then refuses
     int scheduleLength = GENKEY_MAX_LEN;
-    ByteString pKey(key);
+    ByteString pKey(job.key);
     if (pKey.isOutOfMemory()) return failMemory(*this, direction.keyCode, "pKey", "Memory(pKey) allocation is failed.", at);
-    if (!plan.isKeyPairMode()) {
-        const int result = ZIRC_GenerateKey(schedule.bytes, &scheduleLength, plan.algorithm, pKey.getBytes(), pKey.getLength());
+    if (!engineJob.isKeyPairMode()) {
+        const int result =
+            ZIRC_GenerateKey(schedule.bytes, &scheduleLength, engineJob.algorithm, pKey.getBytes(), pKey.getLength());
         if (result != 0) return engineFailure(*this, direction.scheduleCode, direction.scheduleFailure, result, at);
     }
+    engineJob.key = {schedule.bytes, static_cast<std::size_t>(scheduleLength)};
     ByteString block;
-    unsigned char* const output = makeOutput(block, in.length);
-    if (!output) return outputFailure(direction.outputCode, block, at);
-    int length = block.getLength();
-    const int result = direction.run(schedule.bytes, scheduleLength, plan.algorithm, plan.mode, output, &length, in.data, in.length,
-                                     ivArea.bytes, ivLength, plan.padding);
-    if (result != 0) return cipherFailure(direction, plan, direction.cipherCode, result, at);
+    engineJob.out = makeOutput(block, job.in.size());
+    if (engineJob.out.empty()) return outputFailure(direction.outputCode, block, at);
+    int length = 0;
+    const int result = engineJob.run(direction, length);
+    if (result != 0) return cipherFailure(direction, engineJob, direction.cipherCode, result, at);
     block.shorten(length);
-    out.swap(block);
+    job.out.swap(block);
     return 0;
 }
 
-int VNEncrypt::whole(const Direction& direction, int nAlgID, int nMode, ByteString& key, ByteString& iv, Input in, ByteString& out,
-                     int nPaddingType, Here at)
+int VNEncrypt::whole(const Direction& direction, const Job& job, Here at)
 {
-    Plan plan{};
-    if (const int code = this->plan(nAlgID, nMode, nPaddingType, plan, at)) return code;
-    const bool isRsa = nAlgID == vnRsa1024 || nAlgID == vnRsa2048;
-    return isRsa ? publicKeyRoad(direction, plan, key, iv, in, out, at) : symmetricRoad(direction, plan, key, iv, in, out, at);
+    EngineJob engineJob;
+    if (const int code = mapCodes(job, engineJob, at)) return code;
+    const bool isRsa = job.nAlgID == vnRsa1024 || job.nAlgID == vnRsa2048;
+    return isRsa ? publicKeyPath(direction, job, engineJob, at) : symmetricPath(direction, job, engineJob, at);
 }
 
-int VNEncrypt::EncryptData(int nAlgID, int nMode, ByteString& key, ByteString& iv, ByteString& in, ByteString& out,
-                           int nPaddingType)
+int VNEncrypt::EncryptData(int nAlgID, int nMode, ByteString& key, ByteString& iv, Octets in, ByteString& out, int nPaddingType)
 {
-    return whole(encryption, nAlgID, nMode, key, iv, {in.getBytes(), in.getLength()}, out, nPaddingType, Here::now());
+    return whole(encryption, {nAlgID, nMode, key, iv, in, out, nPaddingType}, Here::now());
 }
 
-int VNEncrypt::EncryptData(int nAlgID, int nMode, ByteString& key, ByteString& iv, const unsigned char* in, int inLength,
-                           ByteString& out, int nPaddingType)
+int VNEncrypt::DecryptData(int nAlgID, int nMode, ByteString& key, ByteString& iv, Octets in, ByteString& out, int nPaddingType)
 {
-    return whole(encryption, nAlgID, nMode, key, iv, {in, inLength}, out, nPaddingType, Here::now());
-}
-
-int VNEncrypt::DecryptData(int nAlgID, int nMode, ByteString& key, ByteString& iv, ByteString& in, ByteString& out,
-                           int nPaddingType)
-{
-    return whole(decryption, nAlgID, nMode, key, iv, {in.getBytes(), in.getLength()}, out, nPaddingType, Here::now());
-}
-
-int VNEncrypt::DecryptData(int nAlgID, int nMode, ByteString& key, ByteString& iv, const unsigned char* in, int inLength,
-                           ByteString& out, int nPaddingType)
-{
-    return whole(decryption, nAlgID, nMode, key, iv, {in, inLength}, out, nPaddingType, Here::now());
+    return whole(decryption, {nAlgID, nMode, key, iv, in, out, nPaddingType}, Here::now());
 }
 
 // ---- chains of messages ----
@@ -157,67 +183,54 @@ int VNEncrypt::DecryptData(int nAlgID, int nMode, ByteString& key, ByteString& i
 int VNEncrypt::GenerateKey(int nAlgID, ByteString& key, ByteString& out)
 {
     const Here at = Here::now();
-    int engine = 0;
-    if (const int code = mapAlgorithm(*this, nAlgID, engine, at)) return code;
+    int algorithm = 0;
+    if (const int code = mapAlgorithm(*this, nAlgID, algorithm, at)) return code;
     SecretArea<GENKEY_MAX_LEN> schedule;
     int length = GENKEY_MAX_LEN;
-    const int result = ZIRC_GenerateKey(schedule.bytes, &length, engine, key.getBytes(), key.getLength());
+    const int result = ZIRC_GenerateKey(schedule.bytes, &length, algorithm, key.getBytes(), key.getLength());
     if (result != 0) return engineFailure(*this, 3, "ZIRC_GenerateKey", result, at);
     if (out.setData(schedule.bytes, length) > 0) return engineFailure(*this, 3, "ZIRC_GenerateKey", ZIRC_MEMORY_ERROR, at);
     return 0;
 }
 
-int VNEncrypt::chained(const Direction& direction, int nAlgID, int nMode, ByteString& schedule, ByteString& iv, Input in,
-                       ByteString& out, int nPaddingType, Here at)
+int VNEncrypt::chained(const Direction& direction, const Job& job, Here at)
 {
-    Plan plan{};
-    if (const int code = this->plan(nAlgID, nMode, nPaddingType, plan, at)) return code;
+    EngineJob engineJob;
+    if (const int code = mapCodes(job, engineJob, at)) return code;
     ByteString block;
-    unsigned char* const output = makeOutput(block, in.length);
-    if (!output) return outputFailure(5, block, at);
+    engineJob.out = makeOutput(block, job.in.size());
+    if (engineJob.out.empty()) return outputFailure(5, block, at);
     SecretArea<ivAreaLength> ivArea;
-    const int ivLength = take(ivArea, iv);
-    if (schedule.getLength() > GENKEY_MAX_LEN) {
-        const ByteString what =
-            formatted("The key(%d) is longer than GENKEY_MAX_LEN(%d).", schedule.getLength(), static_cast<int>(GENKEY_MAX_LEN));
+    engineJob.iv = fillArea(ivArea, job.iv);
+    const int scheduleLength = job.key.getLength();
+    if (scheduleLength > GENKEY_MAX_LEN) {
+        const int maxLength = GENKEY_MAX_LEN;
+        const ByteString what = formatted("The key(%d) is longer than GENKEY_MAX_LEN(%d).", scheduleLength, maxLength);
         return fail(*this, 9, what.getText(), "", at);
     }
     SecretArea<GENKEY_MAX_LEN> scheduleArea;
-    const int scheduleLength = take(scheduleArea, schedule);
-    int length = block.getLength();
-    const int result = direction.run(scheduleArea.bytes, scheduleLength, plan.algorithm, plan.mode, output, &length, in.data,
-                                     in.length, ivArea.bytes, ivLength, plan.padding);
-    if (result != 0) return cipherFailure(direction, plan, 10, result, at);
+    engineJob.key = fillArea(scheduleArea, job.key);
+    int length = 0;
+    const int result = engineJob.run(direction, length);
+    if (result != 0) return cipherFailure(direction, engineJob, 10, result, at);
     block.shorten(length);
-    out.swap(block);
+    job.out.swap(block);
     // Both keep their lengths, so the new bytes go into the blocks that are there.
-    std::memcpy(schedule.mutableBytes(), scheduleArea.bytes, static_cast<std::size_t>(scheduleLength));
-    if (ivLength > 0) std::memcpy(iv.mutableBytes(), ivArea.bytes, static_cast<std::size_t>(ivLength));
+    std::memcpy(job.key.mutableBytes(), engineJob.key.data(), engineJob.key.size());
+    if (!engineJob.iv.empty()) std::memcpy(job.iv.mutableBytes(), engineJob.iv.data(), engineJob.iv.size());
     return 0;
 }
 
-int VNEncrypt::EncryptData_NoGenKey(int nAlgID, int nMode, ByteString& schedule, ByteString& iv, ByteString& in, ByteString& out,
+int VNEncrypt::EncryptData_NoGenKey(int nAlgID, int nMode, ByteString& schedule, ByteString& iv, Octets in, ByteString& out,
                                     int nPaddingType)
 {
-    return EncryptData_NoGenKey(nAlgID, nMode, schedule, iv, in.getBytes(), in.getLength(), out, nPaddingType);
+    return chained(encryption, {nAlgID, nMode, schedule, iv, in, out, nPaddingType}, Here::now());
 }
 
-int VNEncrypt::EncryptData_NoGenKey(int nAlgID, int nMode, ByteString& schedule, ByteString& iv, const unsigned char* in,
-                                    int inLength, ByteString& out, int nPaddingType)
-{
-    return chained(encryption, nAlgID, nMode, schedule, iv, {in, inLength}, out, nPaddingType, Here::now());
-}
-
-int VNEncrypt::DecryptData_NoGenKey(int nAlgID, int nMode, ByteString& schedule, ByteString& iv, ByteString& in, ByteString& out,
+int VNEncrypt::DecryptData_NoGenKey(int nAlgID, int nMode, ByteString& schedule, ByteString& iv, Octets in, ByteString& out,
                                     int nPaddingType)
 {
-    return DecryptData_NoGenKey(nAlgID, nMode, schedule, iv, in.getBytes(), in.getLength(), out, nPaddingType);
-}
-
-int VNEncrypt::DecryptData_NoGenKey(int nAlgID, int nMode, ByteString& schedule, ByteString& iv, const unsigned char* in,
-                                    int inLength, ByteString& out, int nPaddingType)
-{
-    return chained(decryption, nAlgID, nMode, schedule, iv, {in, inLength}, out, nPaddingType, Here::now());
+    return chained(decryption, {nAlgID, nMode, schedule, iv, in, out, nPaddingType}, Here::now());
 }
 
 } // namespace vrno

@@ -1,4 +1,4 @@
-// How the facade tells a failure: what failed stands as the frame's name, the engine's text behind it.
+// The failures of the facade: the frame's name says what failed, and the message is the engine's text.
 #pragma once
 
 #include "VNCrypto/VNCodes.h"
@@ -7,18 +7,18 @@
 
 namespace vrno {
 
-// `what` holds a %d for the code that is not supported; there is no message.
+// `what` contains a %d for the code that is not supported; there is no message.
 template <class Object> int unsupported(Object& object, int code, const char* what, int value, Here at)
 {
     const ByteString name = formatted(what, value);
     return name.isOutOfMemory() ? failMemory(object, code, what, memoryFailure, at) : fail(object, code, name.getText(), "", at);
 }
 
-// Maps an algorithm code, or fails with 1.
-template <class Object> int mapAlgorithm(Object& object, int nAlgID, int& engine, Here at)
+// The engine's number for an algorithm; 1 when there is none.
+template <class Object> int mapAlgorithm(Object& object, int nAlgID, int& algorithm, Here at)
 {
-    engine = engineAlgorithm(nAlgID);
-    return engine == vnUnsupported ? unsupported(object, 1, "The AlgID(%d) is not supported.", nAlgID, at) : 0;
+    algorithm = engineAlgorithm(nAlgID);
+    return algorithm == vnUnsupported ? unsupported(object, 1, "The AlgID(%d) is not supported.", nAlgID, at) : 0;
 }
 
 template <class Object> int engineFailure(Object& object, int code, const char* name, int result, Here at = Here::now())

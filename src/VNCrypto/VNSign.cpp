@@ -6,12 +6,12 @@ namespace vrno {
 
 int VNSign::SignData(int nAlgID, ByteString& privateKey, ByteString& data, ByteString& out)
 {
-    int engine = 0;
-    if (const int code = mapAlgorithm(*this, nAlgID, engine, Here::now())) return code;
+    int algorithm = 0;
+    if (const int code = mapAlgorithm(*this, nAlgID, algorithm, Here::now())) return code;
     unsigned char signature[2048];
     int length = sizeof signature;
-    const int result =
-        ZIRC_SignData(privateKey.getBytes(), privateKey.getLength(), engine, signature, &length, data.getBytes(), data.getLength());
+    const int result = ZIRC_SignData(privateKey.getBytes(), privateKey.getLength(), algorithm, signature, &length, data.getBytes(),
+                                     data.getLength());
     if (result != 0) return engineFailure(*this, 14, "ZIRC_SignData", result);
     if (out.setData(signature, length) > 0) return engineFailure(*this, 14, "ZIRC_SignData", ZIRC_MEMORY_ERROR);
     return 0;
@@ -19,9 +19,9 @@ int VNSign::SignData(int nAlgID, ByteString& privateKey, ByteString& data, ByteS
 
 int VNSign::VerifyData(int nAlgID, ByteString& publicKey, ByteString& data, ByteString& signature)
 {
-    int engine = 0;
-    if (const int code = mapAlgorithm(*this, nAlgID, engine, Here::now())) return code;
-    const int result = ZIRC_VerifyData(publicKey.getBytes(), publicKey.getLength(), engine, signature.getBytes(),
+    int algorithm = 0;
+    if (const int code = mapAlgorithm(*this, nAlgID, algorithm, Here::now())) return code;
+    const int result = ZIRC_VerifyData(publicKey.getBytes(), publicKey.getLength(), algorithm, signature.getBytes(),
                                        signature.getLength(), data.getBytes(), data.getLength());
     return result == 0 ? 0 : engineFailure(*this, 13, "ZIRC_VerifyData", result);
 }

@@ -12,7 +12,7 @@ public:
 
     // 1: algorithm not supported, 14: the engine failed.
     int SignData(int nAlgID, ByteString& privateKey, ByteString& data, ByteString& out);
-    // 0 means that the signature holds. 1: algorithm not supported, 13: it does not hold, or the key is of no use.
+    // 0 means that the signature holds. 1: algorithm not supported, 13: it does not hold, or the key cannot be used.
     int VerifyData(int nAlgID, ByteString& publicKey, ByteString& data, ByteString& signature);
 };
 

@@ -89,11 +89,11 @@ int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, 
 
 namespace {
 
-using Whole = int (VNEncrypt::*)(int, int, ByteString&, ByteString&, const unsigned char*, int, ByteString&, int);
+using Operation = int (VNEncrypt::*)(int, int, ByteString&, ByteString&, Octets, ByteString&, int);
 
 // What the two directions differ in.
 struct Direction {
-    Whole whole, chained;
+    Operation whole, chained;
     int code;
     const char* message;
     const char* inputName;
@@ -122,8 +122,6 @@ int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRN
     VRNO_API_CTX& context = call.context();
     Octets octets;
     if (!call.view(in, direction.inputName, octets)) return call.code();
-    const unsigned char* const data = octets.data();
-    const int length = static_cast<int>(octets.size());
     const int padding = (context.ucFlags & otherPaddingFlag) ? vnPadLengthMinusOne : vnPadLength;
 
     VNEncrypt cipher;
@@ -131,11 +129,11 @@ int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRN
     int failed = 0;
     if (context.ucFlags & chainedFlag) {
         if (const int code = expandKey(call, cipher)) return code;
-        failed = (cipher.*direction.chained)(context.nSymAlg, context.nSymMode, *context.pChangedKey, *context.pChangedIv, data,
-                                             length, result, padding);
+        failed = (cipher.*direction.chained)(context.nSymAlg, context.nSymMode, *context.pChangedKey, *context.pChangedIv, octets,
+                                             result, padding);
     } else {
-        failed = (cipher.*direction.whole)(context.nSymAlg, context.nSymMode, *context.pSessionKey, *context.pSessionIv, data,
-                                           length, result, padding);
+        failed = (cipher.*direction.whole)(context.nSymAlg, context.nSymMode, *context.pSessionKey, *context.pSessionIv, octets,
+                                           result, padding);
     }
     if (failed > 0) return call.fail(direction.code, direction.message, cipher);
     return call.handOver(result, out);

@@ -1,12 +1,11 @@
 // KCDSA of the engine: its equations calculated again with OpenSSL's numbers.
+#include "engine/calls.h"
 #include "engine/der/der.h"
 #include "engine/digest/has160.h"
 #include "engine/digest/sha1.h"
 #include "engine/frame/context.h"
 #include "engine/kcdsa/kcdsa.h"
-#include "support/support.h"
-
-#include <openssl/bn.h>
+#include "engine/peer.h"
 
 #include <memory>
 
@@ -15,36 +14,11 @@ using namespace test;
 
 namespace {
 
-struct FreeNumber {
-    void operator()(BIGNUM* n) const { BN_free(n); }
-    void operator()(BN_CTX* c) const { BN_CTX_free(c); }
-};
-using Number = std::unique_ptr<BIGNUM, FreeNumber>;
-
-BN_CTX* work()
+// a to the e modulo m.
+Peer power(const Peer& a, const Peer& e, const Peer& m)
 {
-    static const std::unique_ptr<BN_CTX, FreeNumber> context(BN_CTX_new());
-    return context.get();
-}
-
-Number peer(const ZIRC_BN& from)
-{
-    unsigned char bytes[bnBytes];
-    return Number(BN_bin2bn(bytes, bnToBytes(bytes, from), nullptr));
-}
-
-ZIRC_BN ours(const BIGNUM* from)
-{
-    ZIRC_BN number;
-    std::vector<unsigned char> bytes(static_cast<std::size_t>(BN_num_bytes(from)) + 1);
-    bnFromBytes(number, bytes.data(), BN_bn2bin(from, bytes.data()));
-    return number;
-}
-
-Number power(const BIGNUM* a, const BIGNUM* e, const BIGNUM* m)
-{
-    Number r(BN_new());
-    BN_mod_exp(r.get(), a, e, m, work());
+    Peer r;
+    BN_mod_exp(r, a, e, m, bnContext());
     return r;
 }
 
@@ -52,14 +26,17 @@ std::string digestOf(unsigned hashId, const std::string& data)
 {
     unsigned char digest[20];
     (hashId == hashSha1 ? SHA1_Digest : HAS160_Digest)(digest, data.data(), data.size());
-    return {reinterpret_cast<char*>(digest), 20};
+    return text(digest, 20);
 }
 
-std::string fixed(const BIGNUM* number, int length)
+// E of the standard: (hash of W XOR digest) modulo q.
+Peer computeE(const std::string& hash, const std::string& digest, const Peer& q)
 {
-    std::string out(static_cast<std::size_t>(length), '\0');
-    BN_bn2binpad(number, reinterpret_cast<unsigned char*>(out.data()), length);
-    return out;
+    std::string mixed = hash;
+    for (std::size_t i = 0; i < 20; ++i) mixed[i] = static_cast<char>(hash[i] ^ digest[i]);
+    Peer e(mixed);
+    BN_mod(e, e, q, bnContext());
+    return e;
 }
 
 // A key of 1024 bits, with its blobs; made once, since that takes a second.
@@ -82,64 +59,50 @@ const Key& theKey()
     return key;
 }
 
-std::string z(const ZIRC_KcdsaKey& key)
-{
-    const std::string y = fixed(peer(key.y).get(), 128);
-    return y.substr(64);
-}
-
-// Signs by the equations: a W of just `bytes` bytes is drawn for, and hashed without zeros in front.
+// Signs by the equations, with a W of exactly `bytes` bytes, which is hashed without zeros in front.
 void signByHand(const ZIRC_KcdsaKey& key, unsigned hashId, const std::string& digest, int bytes, ZIRC_BN& r, ZIRC_BN& s)
 {
-    const Number p = peer(key.p), q = peer(key.q), g = peer(key.g), x = peer(key.x);
-    Number k(BN_new()), w, e(BN_new()), value(BN_new());
+    const Peer p = key.p, q = key.q, g = key.g, x = key.x;
+    Peer k, w;
     do {
-        BN_rand_range(k.get(), q.get());
-        w = power(g.get(), k.get(), p.get());
-    } while (BN_num_bytes(w.get()) != bytes);
-    const std::string hash = digestOf(hashId, fixed(w.get(), bytes));
-    std::string mixed = hash;
-    for (std::size_t i = 0; i < 20; ++i) mixed[i] = static_cast<char>(hash[i] ^ digest[i]);
-    BN_bin2bn(at(mixed), 20, e.get());
-    BN_mod(e.get(), e.get(), q.get(), work());
-    BN_mod_sub(value.get(), k.get(), e.get(), q.get(), work());
-    BN_mod_mul(value.get(), x.get(), value.get(), q.get(), work());
-    bnFromBytes(r, at(hash), 20);
-    s = ours(value.get());
+        BN_rand_range(k, q);
+        w = power(g, k, p);
+    } while (BN_num_bytes(w) != bytes);
+    const std::string hash = digestOf(hashId, w.bytes(bytes));
+    Peer value;
+    BN_mod_sub(value, k, computeE(hash, digest, q), q, bnContext());
+    BN_mod_mul(value, x, value, q, bnContext());
+    r = Peer(hash).ours();
+    s = value.ours();
 }
 
 } // namespace
 
-TEST(Kcdsa, ParametersAreWhatTheStandardAsks)
+TEST(Kcdsa, GeneratedParametersFollowTheStandard)
 {
-    const struct {
-        int pBits, qBits;
-    } table[] = {{512, 128}, {1024, 160}};
-    for (const auto& row : table) {
+    for (const auto& [pBits, qBits] : {std::pair{512, 128}, {1024, 160}}) {
         ZIRC_BN p, q, J, g;
         unsigned char seed[64];
         int count = 0;
-        ASSERT_EQ(kcdsaGenerateParameters(seed, p, q, J, count, g, row.pBits, row.qBits), 0);
-        const Number P = peer(p), Q = peer(q), j = peer(J), G = peer(g);
-        EXPECT_EQ(BN_num_bits(Q.get()), row.qBits);
-        EXPECT_EQ(BN_num_bits(P.get()), row.pBits);
-        for (const Number* prime : {&P, &Q, &j}) EXPECT_EQ(BN_check_prime(prime->get(), work(), nullptr), 1);
-        Number product(BN_new());
-        BN_mul(product.get(), j.get(), Q.get(), work());
-        BN_lshift1(product.get(), product.get());
-        BN_add_word(product.get(), 1);
-        EXPECT_EQ(BN_cmp(product.get(), P.get()), 0); // p = 2Jq + 1
-        EXPECT_TRUE(BN_is_one(power(G.get(), Q.get(), P.get()).get()));
-        EXPECT_FALSE(BN_is_one(G.get()));
+        ASSERT_EQ(kcdsaGenerateParameters(seed, p, q, J, count, g, pBits, qBits), 0);
+        const Peer P = p, Q = q, j = J, G = g, product;
+        EXPECT_EQ(BN_num_bits(Q), qBits);
+        EXPECT_EQ(BN_num_bits(P), pBits);
+        for (const Peer* prime : {&P, &Q, &j}) EXPECT_EQ(BN_check_prime(*prime, bnContext(), nullptr), 1);
+        BN_mul(product, j, Q, bnContext());
+        BN_lshift1(product, product);
+        BN_add_word(product, 1);
+        EXPECT_EQ(BN_cmp(product, P), 0); // p = 2Jq + 1
+        EXPECT_TRUE(BN_is_one(power(G, Q, P)));
+        EXPECT_FALSE(BN_is_one(G));
         // q comes from the seed and the count.
-        unsigned char block[68], expected[32];
-        const int seedLength = row.qBits / 8;
-        std::copy(seed, seed + seedLength, block);
-        for (int i = 0; i < 4; ++i) block[seedLength + i] = static_cast<unsigned char>(count >> (24 - 8 * i));
-        has160Expand(expected, row.qBits, block, seedLength + 4);
-        expected[0] |= 0x80;
-        expected[seedLength - 1] |= 1;
-        EXPECT_EQ(hex(fixed(Q.get(), seedLength)), hex({reinterpret_cast<char*>(expected), static_cast<std::size_t>(seedLength)}));
+        const auto seedLength = static_cast<std::size_t>(qBits / 8);
+        std::string block = text(seed, seedLength), expected(seedLength, '\0');
+        for (int shift = 24; shift >= 0; shift -= 8) block += static_cast<char>(count >> shift);
+        has160Expand(reinterpret_cast<unsigned char*>(expected.data()), qBits, at(block), size(block));
+        expected.front() = static_cast<char>(expected.front() | 0x80);
+        expected.back() = static_cast<char>(expected.back() | 1);
+        EXPECT_EQ(hex(Q.bytes(qBits / 8)), hex(expected));
     }
 }
 
@@ -157,40 +120,32 @@ TEST(Kcdsa, ExpansionFillsFromTheEnd)
 TEST(Kcdsa, SignaturesSatisfyTheEquation)
 {
     const Key& key = theKey();
-    const Number p = peer(key.key.p), q = peer(key.key.q), g = peer(key.key.g), y = peer(key.key.y), x = peer(key.key.x);
-    Number inverse(BN_mod_inverse(nullptr, x.get(), q.get(), work()));
-    EXPECT_EQ(BN_cmp(power(g.get(), inverse.get(), p.get()).get(), y.get()), 0);
+    const Peer p = key.key.p, q = key.key.q, g = key.key.g, y = key.key.y, x = key.key.x;
+    Peer inverse, w;
+    BN_mod_inverse(inverse, x, q, bnContext());
+    EXPECT_EQ(BN_cmp(power(g, inverse, p), y), 0);
     for (int round = 0; round < 10; ++round) {
-        const std::string message = "message " + std::to_string(round), digest = digestOf(hashSha1, z(key.key) + message);
-        unsigned char signature[256];
-        int length = 256;
-        ASSERT_EQ(ZIRC_SignData(at(key.privateBlob), static_cast<int>(key.privateBlob.size()), 141401, signature, &length, at(message),
-                                static_cast<int>(message.size())),
-                  0);
-        EXPECT_EQ(hex({reinterpret_cast<char*>(signature), 2}), hex(der("30")) + hex({static_cast<char>(length - 2)}));
+        const std::string message = "message " + std::to_string(round);
+        std::string signature;
+        ASSERT_EQ(sign(141401, key.privateBlob, message, signature), 0);
+        EXPECT_EQ(signature[1], static_cast<char>(signature.size() - 2));
         EXPECT_EQ(signature[3], 21); // r has its 20 bytes always
         ZIRC_BN r, s;
-        ASSERT_EQ(kcdsaDecodeSignature(signature, length, r, s), 0);
-        std::string mixed = fixed(peer(r).get(), 20);
-        for (std::size_t i = 0; i < 20; ++i) mixed[i] = static_cast<char>(mixed[i] ^ digest[i]);
-        Number e(BN_bin2bn(at(mixed), 20, nullptr)), w(BN_new());
-        BN_mod(e.get(), e.get(), q.get(), work());
-        BN_mod_mul(w.get(), power(y.get(), peer(s).get(), p.get()).get(), power(g.get(), e.get(), p.get()).get(), p.get(), work());
-        EXPECT_EQ(hex(digestOf(hashSha1, fixed(w.get(), BN_num_bytes(p.get())))), hex(fixed(peer(r).get(), 20)));
+        ASSERT_EQ(kcdsaDecodeSignature(at(signature), size(signature), r, s), 0);
+        const std::string hash = Peer(r).bytes(20), z = y.bytes(128).substr(64);
+        const Peer e = computeE(hash, digestOf(hashSha1, z + message), q);
+        BN_mod_mul(w, power(y, s, p), power(g, e, p), p, bnContext());
+        EXPECT_EQ(hex(digestOf(hashSha1, w.bytes(BN_num_bytes(p)))), hex(hash));
 
-        const auto verify = [&](const unsigned char* from, int count, const std::string& text) {
-            return ZIRC_VerifyData(at(key.publicBlob), static_cast<int>(key.publicBlob.size()), 141401, from, count, at(text), static_cast<int>(text.size()));
-        };
-        EXPECT_EQ(verify(signature, length, message), 0);
-        EXPECT_EQ(verify(signature, length, message + "x"), 3116);
-        EXPECT_EQ(verify(signature, length - 1, message), 3115);
-        unsigned char longer[300] = {0x30, static_cast<unsigned char>(length)};
-        std::copy(signature + 2, signature + length, longer + 2);
-        EXPECT_EQ(verify(longer, length + 1, message), 3115); // a byte more inside
+        EXPECT_EQ(verify(141401, key.publicBlob, message, signature), 0);
+        EXPECT_EQ(verify(141401, key.publicBlob, message + "x", signature), 3116);
+        EXPECT_EQ(verify(141401, key.publicBlob, message, signature.substr(0, signature.size() - 1)), 3115);
+        const std::string longer = der("30{" + hex(signature.substr(2)) + "00}"); // a byte more inside
+        EXPECT_EQ(verify(141401, key.publicBlob, message, longer), 3115);
     }
 }
 
-TEST(Kcdsa, BothFormsOfWVerify)
+TEST(Kcdsa, VerifiesWithAndWithoutLeadingZerosOfW)
 {
     const ZIRC_KcdsaKey& key = theKey().key;
     const int pLength = (bnBits(key.p) + 7) / 8;
@@ -232,40 +187,40 @@ TEST(Kcdsa, UselessKeysAreRefused)
         derWriteInteger(writer, n);
         return hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(writer.length)});
     };
-    const std::string p = number(key.key.p), q = number(key.key.q), g = number(key.key.g), x = number(key.key.x), y = number(key.key.y);
+    const std::string p = number(key.key.p), q = number(key.key.q), g = number(key.key.g), x = number(key.key.x),
+                      y = number(key.key.y);
     ZIRC_BN even, above;
     bnSubWord(even, key.key.p, 1);
     bnAddWord(above, key.key.p, 1);
     const struct {
         const char* what;
         std::string numbers;
-        bool taken;
+        int result;
     } table[] = {
-        {"the key", p + q + g + x + y, true},
-        {"an even p", number(even) + q + g + x + y, false},
-        {"a p of 1", "020101" + q + g + x + y, false},
-        {"a q of 0", p + "020100" + g + x + y, false},
-        {"a q of 1", p + "020101" + g + x + y, false},
-        {"a q as long as p", p + p + g + x + y, false},
-        {"a g of 0", p + q + "020100" + x + y, false},
-        {"a g of 1", p + q + "020101" + x + y, false},
-        {"a g of p + 1", p + q + number(above) + x + y, false},
-        {"an x of q", p + q + g + q + y, false},
-        {"a number more", p + q + g + x + y + "020101", false},
-        {"a number less", p + q + g + x, false},
+        {"the key", p + q + g + x + y, 0},
+        {"an even p", number(even) + q + g + x + y, -1},
+        {"a p of 1", "020101" + q + g + x + y, -1},
+        {"a q of 0", p + "020100" + g + x + y, -1},
+        {"a q of 1", p + "020101" + g + x + y, -1},
+        {"a q as long as p", p + p + g + x + y, -1},
+        {"a g of 0", p + q + "020100" + x + y, -1},
+        {"a g of 1", p + q + "020101" + x + y, -1},
+        {"a g of p + 1", p + q + number(above) + x + y, -1},
+        {"an x of q", p + q + g + q + y, -1},
+        {"a number more", p + q + g + x + y + "020101", -1},
+        {"a number less", p + q + g + x, -1},
     };
     for (const auto& row : table) {
         const std::string blob = der("30{" + row.numbers + "}");
-        EXPECT_EQ(kcdsaReadPrivateKey(read, at(blob), static_cast<int>(blob.size())), row.taken ? 0 : -1) << row.what;
+        EXPECT_EQ(kcdsaReadPrivateKey(read, at(blob), size(blob)), row.result) << row.what;
     }
-    // A p of 2^1016 and a little: no W but in 2^-900 of all cases is as long as p, so that no signature comes out.
+    // A p just above 2^1016: W is as long as p once in 2^900 draws, so no signature comes out.
     const std::string never = der("30{02{01" + std::string(252, '0') + "0B}" + q + "020103" + x + y + "}") + std::string(200, '\0');
-    unsigned char out[512];
-    int length = 512;
-    EXPECT_EQ(ZIRC_SignData(at(never), static_cast<int>(never.size()), 141401, out, &length, at(p), 1), 3110);
+    std::string signature;
+    EXPECT_EQ(sign(141401, never, "m", signature), 3110);
 }
 
-TEST(Kcdsa, TheLargerSizeSignsToo)
+TEST(Kcdsa, SignsWith2048Bits)
 {
     std::string numbers, shared;
     for (const Case& c : cases("kcdsa2048.txt", 2)) {
@@ -273,20 +228,16 @@ TEST(Kcdsa, TheLargerSizeSignsToo)
         if (c[0] != "x") shared += number;
         numbers += number;
     }
-    const std::string privateBlob = der("30{" + numbers + "}"), publicBlob = der("30{" + shared + "}"), message = "m";
-    unsigned char signature[512];
-    int length = 512;
-    ASSERT_EQ(ZIRC_SignData(at(privateBlob), static_cast<int>(privateBlob.size()), 141402, signature, &length, at(message), 1), 0);
-    const auto verify = [&](const std::string& blob, const std::string& text) {
-        return ZIRC_VerifyData(at(blob), static_cast<int>(blob.size()), 141402, signature, length, at(text), 1);
-    };
-    EXPECT_EQ(verify(publicBlob, message), 0);
-    EXPECT_EQ(verify(publicBlob, "n"), 3116);
-    EXPECT_EQ(verify(publicBlob.substr(0, 820), message), 1107);
-    EXPECT_EQ(verify(der("02{" + std::string(1700, '7') + "}"), message), 1107); // y alone is no key
+    const std::string publicBlob = der("30{" + shared + "}");
+    std::string signature;
+    ASSERT_EQ(sign(141402, der("30{" + numbers + "}"), "m", signature), 0);
+    EXPECT_EQ(verify(141402, publicBlob, "m", signature), 0);
+    EXPECT_EQ(verify(141402, publicBlob, "n", signature), 3116);
+    EXPECT_EQ(verify(141402, publicBlob.substr(0, 820), "m", signature), 1107);
+    EXPECT_EQ(verify(141402, der("02{" + std::string(1700, '7') + "}"), "m", signature), 1107); // y alone is no key
 }
 
-TEST(Kcdsa, TheSlotMakesBothBlobs)
+TEST(Kcdsa, KeyGenerationWritesAMatchingPair)
 {
     ZIRC_Context context;
     ASSERT_EQ(bindSignature(context, 141401), 0);

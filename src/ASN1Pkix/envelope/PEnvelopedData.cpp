@@ -275,8 +275,7 @@ int PEnvelopedData::encryptContent(REncryptedContentInfo& eci)
     if (!messageFits()) return failed(18, "envelopedData", "The message is too long.");
     VNEncrypt encrypt;
     ByteString encrypted;
-    const int length = static_cast<int>(m_content.size());
-    if (encrypt.EncryptData(m_nEncAlg, m_nEncMode, m_bsKey, m_bsIv, m_content.data(), length, encrypted, vnPadLength) > 0) {
+    if (encrypt.EncryptData(m_nEncAlg, m_nEncMode, m_bsKey, m_bsIv, m_content, encrypted, vnPadLength) > 0) {
         return encrypt.outOfMemory() ? failed.memory(14, "encrypt") : failed(14, "encrypt", "Encryption Error");
     }
     return eci.setEncryptedContent(std::move(encrypted)) > 0 ? failed(15, "encryptedContentInfo", eci) : 0;

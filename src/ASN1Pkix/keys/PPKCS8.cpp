@@ -162,7 +162,7 @@ static int cipherMode(const ByteString& iv)
 int PPKCS8::Encrypt(ByteString& in, ByteString& out)
 {
     VNEncrypt encrypt;
-    const int code = encrypt.EncryptData(m_nCipherAlg, cipherMode(m_bsIv), m_bsKey, m_bsIv, in, out, vnPadLength);
+    const int code = encrypt.EncryptData(m_nCipherAlg, cipherMode(m_bsIv), m_bsKey, m_bsIv, in.octets(), out, vnPadLength);
     m_bsKey.wipe();
     return code > 0 ? fail(*this, 1, "encrypt.EncryptData()", encrypt) : 0;
 }
@@ -170,7 +170,7 @@ int PPKCS8::Encrypt(ByteString& in, ByteString& out)
 int PPKCS8::Decrypt(ByteString& in, ByteString& out)
 {
     VNEncrypt encrypt;
-    const int code = encrypt.DecryptData(m_nCipherAlg, cipherMode(m_bsIv), m_bsKey, m_bsIv, in, out, vnPadLength);
+    const int code = encrypt.DecryptData(m_nCipherAlg, cipherMode(m_bsIv), m_bsKey, m_bsIv, in.octets(), out, vnPadLength);
     m_bsKey.wipe();
     return code > 0 ? fail(*this, 1, "encrypt.DecryptData()", encrypt, Here::now().in("Encrypt")) : 0;
 }

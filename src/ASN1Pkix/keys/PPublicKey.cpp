@@ -64,7 +64,7 @@ int PPublicKey::encrypt(ByteString& subjectPublicKeyInfo, ByteString& data, Byte
     if (const int code = detect(subjectPublicKeyInfo, 0, &keyCode, flatKey, Here::now())) return code;
     if (oaep == 1) return fail(*this, 5, "this", "The RSA OAEP is not supported.");
     VNEncrypt encrypt;
-    const int code = encrypt.EncryptData(keyCode, vnPublicKey, flatKey, noIv, data, out, vnPadLength);
+    const int code = encrypt.EncryptData(keyCode, vnPublicKey, flatKey, noIv, data.octets(), out, vnPadLength);
     return code > 0 ? fail(*this, 5, "encrypt.EncryptData", encrypt) : 0;
 }
 

@@ -54,9 +54,9 @@ int ZIRC_GenerateRandom(int nAlgID, unsigned char* output, int outputLength, con
 // The key schedule of a user key. No stages.
 int ZIRC_GenerateKey(unsigned char* schedule, int* scheduleLength, int nAlgID, const unsigned char* userKey, int userKeyLength);
 
-// Symmetric class: the key is a schedule, and on success the iv becomes the chaining value for the next message. The output
-// needs the room of the input, in encryption with its padding, and of one block at least. Asymmetric class: the key is a blob in
-// DER, and the input is the input of one RSA operation.
+// Symmetric class: the key is a schedule, and on success the iv becomes the chaining value for the next message. Room for the
+// input and one block more is always enough; a lack of room is a failure before anything is written behind it. Asymmetric
+// class: the key is a blob in DER, and the input is that of one RSA operation.
 int ZIRC_EncryptData(unsigned char* key, int keyLength, int nAlgID, int nEncMode, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength, unsigned char* iv, int ivLength, int nPaddintType);
 int ZIRC_DecryptData(unsigned char* key, int keyLength, int nAlgID, int nEncMode, unsigned char* output, int* outputLength,

@@ -1,0 +1,154 @@
+// The crypto facade.
+#include "VNCrypto/VNCodes.h"
+#include "VNCrypto/VNEncrypt.h"
+#include "VNCrypto/VNHash.h"
+#include "VNCrypto/VNMac.h"
+#include "VNCrypto/VNRandom.h"
+#include "VNCrypto/VNSign.h"
+#include "support/support.h"
+
+using namespace vrno;
+using namespace test;
+
+namespace {
+
+ByteString filled(std::size_t length)
+{
+    return byteString(std::string(length, 'x'));
+}
+
+using Operation = int (VNEncrypt::*)(int, int, ByteString&, ByteString&, Octets, ByteString&, int);
+constexpr Operation encrypt = &VNEncrypt::EncryptData, decrypt = &VNEncrypt::DecryptData;
+constexpr Operation encryptNext = &VNEncrypt::EncryptData_NoGenKey, decryptNext = &VNEncrypt::DecryptData_NoGenKey;
+
+} // namespace
+
+TEST(Facade, CipherFailuresGiveTheirCodes)
+{
+    constexpr std::size_t tooMuch = 0x7FFFFFFF;
+    const struct {
+        Operation run;
+        int algorithm, mode, padding;
+        std::size_t keyLength, ivLength, inLength;
+        int code;
+    } table[] = {
+        {encrypt, 0, 4, 2, 16, 16, 16, 1},
+        {decryptNext, vnCipher3000, 4, 2, 128, 16, 16, 1},
+        {encrypt, vnSeed, 0, 2, 16, 16, 16, 3},
+        {decrypt, vnSeed, 3, 2, 16, 16, 16, 3},
+        {encrypt, vnSeed, 4, 5, 16, 16, 16, 4},
+        {decryptNext, vnSeed, 4, 7, 128, 16, 16, 4},
+        {encryptNext, vnSeed, 4, 2, 128, 16, tooMuch, 5},
+        {encryptNext, vnSeed, 4, 2, 1201, 16, 16, 9},
+        {encryptNext, vnSeed, 4, 2, 1200, 16, 16, 0}, // the longest, and no length above 127 is refused
+        {encryptNext, vnSeed, 4, 2, 16, 16, 16, 10},  // a key is no schedule
+        {decrypt, vnRsa2048, 1, 5, 16, 0, 16, 13},    // no RSA key; the padding is not looked at
+        {encrypt, vnRsa1024, 2, 5, 16, 0, 16, 18},
+        {decrypt, vnSeed, 4, 2, 15, 16, 16, 25},
+        {decrypt, vnSeed, 4, 2, 16, 16, tooMuch, 26},
+        {decrypt, vnSeed, 4, 2, 16, 16, 15, 27},
+        {encrypt, vnSeed, 4, 2, 15, 16, 16, 30},
+        {encrypt, vnSeed, 4, 2, 16, 16, tooMuch, 31},
+        {encrypt, vnSeed, 4, 2, 16, 15, 16, 32},
+        {encrypt, vnSeed, 4, 2, 16, 33, 16, 32},
+        {encrypt, vnSeed, 1, 5, 16, 16, 16, 32},
+    };
+    for (const auto& row : table) {
+        VNEncrypt cipher;
+        ByteString key = filled(row.keyLength), iv = filled(row.ivLength), in = filled(16), out = filled(4);
+        const Octets octets{in.getBytes(), row.inLength};
+        EXPECT_EQ((cipher.*row.run)(row.algorithm, row.mode, key, iv, octets, out, row.padding), row.code);
+        EXPECT_EQ(bytes(out) == "xxxx", row.code > 0) << row.code;
+    }
+}
+
+TEST(Facade, OtherFailuresGiveTheirCodes)
+{
+    ByteString key = filled(16), in = filled(16), out = filled(4);
+    for (const int unknown : {0, -1, 7, static_cast<int>(vnMd5), static_cast<int>(vnSha256WithRsa1024)}) {
+        EXPECT_EQ(VNRandom().GenerateRandom(unknown, 8, out), 1);
+        EXPECT_EQ(VNEncrypt().GenerateKey(unknown, key, out), 1);
+        EXPECT_EQ(VNHash().DigestData(unknown, in, out, 1), 1);
+        EXPECT_EQ(VNMac().GenerateMAC(unknown, key, in, out), 1);
+        EXPECT_EQ(VNSign().SignData(unknown, key, in, out), 1);
+        EXPECT_EQ(VNSign().VerifyData(unknown, key, in, in), 1);
+    }
+    EXPECT_EQ(VNEncrypt().GenerateKey(vnRsa1024, key, out), 3);
+    EXPECT_EQ(VNHash().DigestData(vnSeed, in, out, 1), 4);
+    EXPECT_EQ(VNMac().GenerateMAC(vnSha1, key, in, out), 3);
+    EXPECT_EQ(VNSign().SignData(vnSha1WithRsa1024, key, in, out), 14);
+    EXPECT_EQ(VNSign().VerifyData(vnSha1WithKcdsa1024, key, in, in), 13);
+    EXPECT_EQ(bytes(out), "xxxx");
+    EXPECT_EQ(VNRandom().GenerateRandom(vnSeed, 8, out), 4);
+    EXPECT_EQ(out.getLength(), 0); // cleared before the engine draws
+    EXPECT_EQ(VNRandom().GenerateRandom(vnRandom, 0, out), 0);
+    EXPECT_EQ(out.getLength(), 0);
+}
+
+TEST(Facade, FramesHoldTheRefusedNumbers)
+{
+    ByteString key = filled(16), noIv, tooLong = filled(1201), out;
+    VNEncrypt cipher;
+    cipher.EncryptData(77, vnCbc, key, noIv, key.octets(), out, 2);
+    EXPECT_EQ(placeless(bytes(cipher.getErrorTrail())), "VNEncrypt::EncryptData-The AlgID(77) is not supported.(1)");
+    cipher.DecryptData(vnSeed, vnCbc, key, noIv, key.octets(), out, 2);
+    EXPECT_EQ(placeless(bytes(cipher.getErrorTrail())),
+              "VNEncrypt::DecryptData-[ZIRC_DecryptData] nAlgID = 11110, nEncMode = 3, nPaddintType = 8(27),"
+              "Init stage; Initial vector required.(1109)");
+    cipher.EncryptData_NoGenKey(vnSeed, vnCbc, tooLong, noIv, key.octets(), out, 2);
+    EXPECT_EQ(placeless(bytes(cipher.getErrorTrail())),
+              "VNEncrypt::EncryptData_NoGenKey-The key(1201) is longer than GENKEY_MAX_LEN(1200).(9)");
+}
+
+TEST(Facade, DigestsIterate)
+{
+    ByteString in("abc", 3), out, twice;
+    VNHash hash;
+    EXPECT_EQ(hash.DigestData(vnSha1, in, out, 0), 0);
+    EXPECT_EQ(hex(bytes(out)), "a9993e364706816aba3e25717850c26c9cd0d89d");
+    EXPECT_EQ(hash.DigestData(vnSha1, out, out, 1), 0);
+    EXPECT_EQ(hash.DigestData(vnSha1, in, twice, 2), 0);
+    EXPECT_EQ(bytes(twice), bytes(out));
+}
+
+TEST(Facade, ChainedMacsAreXored)
+{
+    ByteString key("key", 3), none, out, second, chain;
+    VNMac mac;
+    EXPECT_EQ(mac.GenerateMAC(vnHmacSha1, none, none, out), 0);
+    EXPECT_EQ(hex(bytes(out)), "fbdb1d1b18aa6c08324b7d64b71fb76370690e1d");
+    EXPECT_EQ(mac.GenerateMAC(vnHmacSha1, key, out, second), 0);
+    EXPECT_EQ(mac.ChainMAC(vnHmacSha1, key, out, 1, chain), 0);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(chain.getBytes()[i], out.getBytes()[i] ^ second.getBytes()[i]);
+    EXPECT_EQ(mac.ChainMAC(vnHmacSha1, key, out, 0, chain), 0);
+    EXPECT_EQ(bytes(chain), bytes(out));
+}
+
+TEST(Facade, AChainOfMessagesIsOneMessage)
+{
+    const std::string message(64, 'm');
+    ByteString key = filled(16), iv = filled(16), chain = iv, schedule, whole, part, back;
+    const Octets in{at(message), 64};
+    VNEncrypt cipher;
+    ASSERT_EQ(cipher.EncryptData(vnSeed, vnCbc, key, iv, in, whole, vnPadNone), 0);
+    ASSERT_EQ(cipher.GenerateKey(vnSeed, key, schedule), 0);
+    EXPECT_EQ(schedule.getLength(), 128);
+    std::string joined;
+    for (const Octets piece : {in.first(32), in.last(32)}) {
+        ASSERT_EQ(cipher.EncryptData_NoGenKey(vnSeed, vnCbc, schedule, chain, piece, part, vnPadNone), 0);
+        joined += bytes(part);
+    }
+    EXPECT_EQ(hex(joined), hex(bytes(whole)));
+    EXPECT_EQ(bytes(chain), joined.substr(48));
+    ASSERT_EQ(cipher.DecryptData_NoGenKey(vnSeed, vnCbc, schedule, iv, whole.octets(), back, vnPadNone), 0);
+    EXPECT_EQ(bytes(back), message);
+}
+
+TEST(Facade, PaddingTypesThreeAndFourAreOne)
+{
+    ByteString key = filled(16), iv = filled(16), one, other;
+    VNEncrypt cipher;
+    ASSERT_EQ(cipher.EncryptData(vnSeed, vnCbc, key, iv, key.octets(), one, 3), 0);
+    ASSERT_EQ(cipher.EncryptData(vnSeed, vnCbc, key, iv, key.octets(), other, 4), 0);
+    EXPECT_EQ(bytes(one), bytes(other));
+}

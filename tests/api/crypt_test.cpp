@@ -1,0 +1,143 @@
+// The session cipher.
+#include "support/support.h"
+#include "vrno.h"
+
+using namespace test;
+
+TEST(SessionCipher, KeysAreSetDrawnAndRead)
+{
+    Context context;
+    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), gotKey, gotIv, otherKey, otherIv;
+    int algorithm = 0;
+    EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 5004);
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, key, iv), 0);
+    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 0);
+    EXPECT_EQ(algorithm, 48);
+    EXPECT_EQ(gotKey.data(), key.data());
+    EXPECT_EQ(gotIv.data(), iv.data());
+    EXPECT_EQ(VRNO_CRYPT_GenKeyAndIV(context, 16), 5000);
+    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 0);
+    EXPECT_EQ(gotKey.data(), key.data()); // the old one is kept
+    ASSERT_EQ(VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED), 0);
+    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 0);
+    ASSERT_EQ(VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED), 0);
+    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, otherKey, otherIv), 0);
+    EXPECT_EQ(gotKey.data().size(), 16U);
+    EXPECT_EQ(gotIv.data().size(), 16U);
+    EXPECT_NE(gotKey.data(), otherKey.data());
+    EXPECT_NE(gotIv.data(), otherIv.data());
+    VRNO_API_CTX& fields = *context;
+    fields.nSymAlg = 4001;
+    EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 5000);
+}
+
+namespace {
+
+struct SessionCall {
+    Context context;
+    BinStr k15{std::string(15, 'k')}, k16{std::string(16, 'k')}, k17{std::string(17, 'k')}, out;
+    VRNO_BINSTR huge{reinterpret_cast<unsigned char*>(this), 0x7FFFFFFFU};
+    int algorithm = 0;
+};
+
+} // namespace
+
+TEST(SessionCipher, ChecksComeInTheirOrder)
+{
+    const struct {
+        int (*call)(SessionCall& s, VRNO_API_CTX* c);
+        int code;
+        const char* part; // of the message
+        bool keySet = false;
+    } table[] = {
+        {[](auto&, auto* c) { return VRNO_CRYPT_GenKeyAndIV(c, 3020); }, 5000, "[VRNO_CRYPT_GenKeyAndIV]"},
+        {[](auto&, auto* c) { return VRNO_CRYPT_SetKeyAndIV(c, 16, nullptr, nullptr); }, 1004, "(pKey)"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_SetKeyAndIV(c, 16, s.k16, nullptr); }, 1004, "(pIV)"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_SetKeyAndIV(c, 16, s.k15, s.k15); }, 5000, "[VRNO_CRYPT_SetKeyAndIV]"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_SetKeyAndIV(c, 48, s.k15, s.k17); }, 5002, "Key"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_SetKeyAndIV(c, 48, s.k17, s.k16); }, 5002, "Key"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_SetKeyAndIV(c, 48, s.k16, s.k17); }, 5003, "IV"},
+        {[](auto&, auto* c) { return VRNO_CRYPT_GetKeyAndIV(c, nullptr, nullptr, nullptr); }, 1004, "pSymAlg"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_GetKeyAndIV(c, &s.algorithm, nullptr, nullptr); }, 1004, "pKey"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_GetKeyAndIV(c, &s.algorithm, s.out, nullptr); }, 1004, "pIV"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_Encrypt(c, s.k16, nullptr); }, 1004, "pCipherText"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_Encrypt(c, s.k16, s.out); }, 5004, "[VRNO_CRYPT_Encrypt]"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_Encrypt(c, &s.huge, s.out); }, 1002, "(pPlainText)", true},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_Decrypt(c, s.k16, nullptr); }, 1004, "pPlainText"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_Decrypt(c, s.k16, s.out); }, 5004, "[VRNO_CRYPT_Decrypt]"},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_Decrypt(c, s.k15, s.out); }, 5006, " <tarnlib> [", true},
+        {[](auto& s, auto* c) { return VRNO_CRYPT_Decrypt(c, s.k16, s.out); }, 5006, " <tarnlib> [", true},
+    };
+    for (const auto& row : table) {
+        SessionCall s;
+        SCOPED_TRACE(std::to_string(row.code) + " " + row.part);
+        if (row.keySet) {
+            ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(s.context, 48, s.k16, s.k16), 0);
+        }
+        EXPECT_EQ(row.call(s, nullptr), 1001);
+        EXPECT_EQ(row.call(s, s.context), row.code);
+        EXPECT_NE(s.context.error().find(row.part), std::string::npos) << s.context.error();
+        EXPECT_TRUE(s.out.isEmpty());
+    }
+}
+
+TEST(SessionCipher, EveryMessageStartsFromTheSessionIv)
+{
+    Context context;
+    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), out, again, back, empty;
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
+    for (const unsigned length : {0U, 1U, 15U, 16U, 17U, 975U, 976U, 977U, 100000U}) {
+        BinStr in(std::string(length, 'p'));
+        ASSERT_EQ(VRNO_CRYPT_Encrypt(context, length ? static_cast<VRNO_BINSTR*>(in) : nullptr, out), 0);
+        {
+            const FailingAllocation none(0); // fails nothing, and counts
+            ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, again), 0);
+            EXPECT_LT(FailingAllocation::size(), length + 32000); // the output, which is the work block
+        }
+        EXPECT_EQ(out.data(), again.data());
+        EXPECT_EQ(out.data().size(), length / 16 * 16 + 16);
+        ASSERT_EQ(VRNO_CRYPT_Decrypt(context, out, out), 0); // into its own record
+        EXPECT_EQ(out.data(), in.data());
+    }
+    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, nullptr, back), 0);
+    EXPECT_TRUE(back.isEmpty());
+}
+
+TEST(SessionCipher, FlagsChooseChainAndPadding)
+{
+    Context context;
+    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), in(std::string(16, 'p')), one, two, first;
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
+    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, one), 0);
+    VRNO_API_CTX& fields = *context;
+    fields.ucFlags |= 2;
+    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, first), 0);
+    EXPECT_EQ(first.data(), one.data());
+    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, two), 0);
+    EXPECT_NE(two.data(), one.data());
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0); // the chain starts afresh
+    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, first, first), 0);
+    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, two, two), 0);
+    EXPECT_EQ(first.data(), in.data());
+    EXPECT_EQ(two.data(), in.data());
+    fields.ucFlags = 1 | 4;
+    EXPECT_EQ(VRNO_CRYPT_Decrypt(context, one, first), 5006); // sixteen bytes of 0x10 are no such padding
+    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, one), 0);
+    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, one, one), 0);
+    EXPECT_EQ(one.data(), in.data());
+}
+
+TEST(SessionCipher, AFailedInstallationLeavesNoKey)
+{
+    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), out;
+    for (long number = 1; number < 30; ++number) {
+        Context context;
+        ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
+        int code = 0;
+        {
+            const FailingAllocation fails(number);
+            code = VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv);
+        }
+        EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), code == 1002 ? 5004 : 0) << number;
+    }
+}
