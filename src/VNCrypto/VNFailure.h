@@ -23,8 +23,8 @@ template <class Object> int mapAlgorithm(Object& object, int nAlgID, int& algori
 
 template <class Object> int engineFailure(Object& object, int code, const char* name, int result, Here at = Here::now())
 {
-    if (result == ZIRC_MEMORY_ERROR) return failMemory(object, code, name, ZIRC_GetErrorText(result), at);
-    return fail(object, code, name, ZIRC_GetErrorText(result), at);
+    if (result == ZIRC_MEMORY_ERROR) return failMemory(object, code, name, ZIRC_GetErrorText(result).text, at);
+    return fail(object, code, name, ZIRC_GetErrorText(result).text, at);
 }
 
 } // namespace vrno

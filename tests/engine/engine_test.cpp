@@ -331,11 +331,11 @@ TEST(Engine, BadArgumentsOfOtherOperationsGiveTheirCodes)
 
 TEST(Engine, ErrorTextsNameStageAndCode)
 {
-    EXPECT_STREQ(ZIRC_GetErrorText(0), " Successfully completed.(0)");
-    EXPECT_STREQ(ZIRC_GetErrorText(2107), "Update stage; Invalid key value.(2107)");
-    EXPECT_STREQ(ZIRC_GetErrorText(4108), " Invalid input or output data pointer(4108)");
-    EXPECT_STREQ(ZIRC_GetErrorText(117), "");
-    EXPECT_STREQ(ZIRC_GetErrorText(-107), "");
+    EXPECT_STREQ(ZIRC_GetErrorText(0).text, " Successfully completed.(0)");
+    EXPECT_STREQ(ZIRC_GetErrorText(2107).text, "Update stage; Invalid key value.(2107)");
+    EXPECT_STREQ(ZIRC_GetErrorText(4108).text, " Invalid input or output data pointer(4108)");
+    EXPECT_STREQ(ZIRC_GetErrorText(117).text, "");
+    EXPECT_STREQ(ZIRC_GetErrorText(-107).text, "");
 }
 
 // ---- the random generators ----

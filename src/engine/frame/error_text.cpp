@@ -37,23 +37,20 @@ constexpr ResultText resultTexts[] = {
 
 constexpr const char* stagePrefixes[] = {"", "Init stage;", "Update stage;", "Final stage;"};
 
-// One for each thread, so that threads do not overwrite each other's texts.
-constinit thread_local char buffer[99] = {};
-
 } // namespace
 
-const char* ZIRC_GetErrorText(int code)
+ZIRC_ErrorText ZIRC_GetErrorText(int code)
 {
-    buffer[0] = '\0';
+    ZIRC_ErrorText result{};
     const int stage = code % 10000 / 1000, base = code % 1000;
     const char* const prefix = stage >= 0 && stage <= 3 ? stagePrefixes[stage] : "";
     for (const ResultText* row = resultTexts; row->text; ++row) {
         if (row->code == base) {
-            std::snprintf(buffer, sizeof buffer, "%s %s(%d)", prefix, row->text, code);
+            std::snprintf(result.text, sizeof result.text, "%s %s(%d)", prefix, row->text, code);
             break;
         }
     }
-    return buffer;
+    return result;
 }
 
 } // namespace vrno

@@ -78,7 +78,11 @@ int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned 
 int ZIRC_VerifyData(const unsigned char* key, int keyLength, int nAlgID, const unsigned char* signature, int signatureLength,
                     const unsigned char* input, int inputLength);
 
-// A text such as "Update stage; Invalid key value.(2107)"; empty for an unknown code. Valid until the thread's next call.
-const char* ZIRC_GetErrorText(int code);
+// A text such as "Update stage; Invalid key value.(2107)", terminated; empty for an unknown code. It is a value: no call changes
+// another one's text, and none allocates, as memory of a thread would in a library that is loaded late.
+struct ZIRC_ErrorText {
+    char text[99];
+};
+ZIRC_ErrorText ZIRC_GetErrorText(int code);
 
 } // namespace vrno
