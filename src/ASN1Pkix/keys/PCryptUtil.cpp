@@ -15,7 +15,8 @@ int PCryptUtil::verifySignatureWithCert(ByteString& certificate, ByteString& pri
     ByteString text(textToSign, static_cast<int>(std::strlen(textToSign))), signature;
     if (text.isOutOfMemory()) return failMemory(*this, 1, "privateKey");
     PPrivateKey privateKey;
-    if (privateKey.genSignature(privateKeyInfo, vnSha1, text, signature, &certificate, 1, 0) > 0) {
+    constexpr unsigned char isCertificate = 1;
+    if (privateKey.genSignature(privateKeyInfo, vnSha1, text, signature, &certificate, isCertificate, 0) > 0) {
         return fail(*this, 1, "privateKey", privateKey);
     }
     PPublicKey publicKey;
