@@ -40,7 +40,7 @@ namespace {
 constexpr const char* readFunctionName = "PKI_STORAGE_Read";
 using ReadFunction = int(int itemCode, const char* pin, unsigned char* buffer, int* length, char* message);
 
-// The low byte of a data type says what an item is used for. The item codes of a certificate and its key by that role:
+// The low byte of a data type is the role of an item. It selects the item code of a certificate or of its key.
 struct Role {
     int role, certificate, privateKey;
 };
@@ -84,21 +84,22 @@ constexpr ItemKind randomValues{
     .emptyEntry = nullptr,
 };
 
-// The code of an item is its device, unless that is none of the eleven, and the code of its role. 0 for an unknown role.
+// The device, if it is one of the eleven, together with the code of the role; 0 for an unknown role.
 int itemCode(const ItemKind& kind, int nDataType)
 {
-    const int role = nDataType % 256, number = nDataType / 256;
-    const bool isDevice = number % 0x10 == 0 && number >= 0x10 && number <= 0xB0;
-    const int device = isDevice ? number * 256 : 0;
+    const int role = nDataType % 256, deviceNumber = nDataType / 256;
+    const bool isDevice = deviceNumber % 0x10 == 0 && deviceNumber >= 0x10 && deviceNumber <= 0xB0;
+    const int device = isDevice ? deviceNumber * 256 : 0;
     for (const Role& known : roles) {
         if (known.role == role) return device | known.*kind.itemCode;
     }
     return 0;
 }
 
+// Where an item comes from. The function is looked up at each call; it is null if the call has failed.
 struct ItemSource {
-    ReadFunction* read; // looked up at each call
-    int itemCode;
+    ReadFunction* read = nullptr;
+    int itemCode = 0;
 };
 
 ItemSource findItemSource(Call& call, const ItemKind& kind, int nDataType)
@@ -108,9 +109,10 @@ ItemSource findItemSource(Call& call, const ItemKind& kind, int nDataType)
     if (!symbol) {
         call.fail(VRNO_ERR_LIB_FUNCTION,
                   formatted(u8"함수 %s()의 포인터 획득 실패 (fnc=GetProcAddress,errcode=%d)"_ksc, readFunctionName, error));
+        return {};
     }
     const int code = itemCode(kind, nDataType);
-    call.check(code > 0, VRNO_ERR_DATA_TYPE, kind.wrongType);
+    if (!call.check(code > 0, VRNO_ERR_DATA_TYPE, kind.wrongType)) return {};
     return {reinterpret_cast<ReadFunction*>(symbol), code};
 }
 
@@ -154,7 +156,7 @@ int VRNO_MEDIA_CARD_ReadCert(VRNO_API_CTX* pCtx, int nDataType, const char* pszP
     ByteString cert;
     if (!call.input(pszPIN, u8"핀 번호(pszPIN)를 지정해 주세요."_ksc).output(NAMED(pCert)).libraryLoaded()) return call.code();
     const ItemSource source = findItemSource(call, certificates, nDataType);
-    if (!call || readItem(call, certificates, source, pszPIN, cert) > 0) return call.code();
+    if (!source.read || readItem(call, certificates, source, pszPIN, cert) > 0) return call.code();
     call.check(!isEmptyEntry(cert), VRNO_ERR_FILE_EMPTY, certificates.emptyEntry);
     return call.deliver(cert, RecordOut{NAMED(pCert)});
 }
@@ -165,7 +167,7 @@ int VRNO_MEDIA_CARD_ReadPriKey(VRNO_API_CTX* pCtx, int nDataType, const char* ps
     ByteString item, randomValue, key;
     if (!call.input(pszPIN, u8"핀 번호(pszPIN)를 지정해 주세요."_ksc).output(NAMED(pPriKey)).libraryLoaded()) return call.code();
     const ItemSource source = findItemSource(call, privateKeys, nDataType);
-    if (!call || readItem(call, privateKeys, source, pszPIN, item) > 0) return call.code();
+    if (!source.read || readItem(call, privateKeys, source, pszPIN, item) > 0) return call.code();
     const bool hasPassword = pszPassword && *pszPassword;
     if (hasPassword && source.itemCode == keyWithRandomValue) {
         if (readItem(call, randomValues, {source.read, randomValueCode}, pszPIN, randomValue) > 0) return call.code();

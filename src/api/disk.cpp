@@ -6,37 +6,30 @@ using namespace vrno;
 
 namespace {
 
-// The texts of the failures. The path is in them unless it is too long.
-ByteString dataText(const char* path)
+// The code and text of a failed read. The text shows the path, or a text with the path in it.
+struct FileKind {
+    int code;
+    const char* text;
+    bool showsPlace;
+};
+constexpr FileKind dataFile{VRNO_ERR_FILE_READ, u8"\"%s\" 위치의 파일을 읽는데 실패하였습니다."_ksc, false};
+constexpr FileKind certificateFile{VRNO_ERR_CERT_READ, u8"인증서를 읽는데 실패하였습니다. (%s)"_ksc, true};
+constexpr FileKind privateKeyFile{VRNO_ERR_PRIKEY_READ, u8"개인키를 읽는데 실패하였습니다. (%s)"_ksc, true};
+
+int failRead(Call& call, const FileKind& kind, const char* path)
 {
-    return formatted(u8"\"%s\" 위치의 파일을 읽는데 실패하였습니다."_ksc, path);
+    if (!kind.showsPlace) return call.fail(kind.code, formatted(kind.text, path));
+    const ByteString place = formatted(u8"위치 : %s"_ksc, path); // empty if the path is too long
+    if (place.isOutOfMemory()) return call.noMemory();
+    return call.fail(kind.code, formatted(kind.text, place.getText()));
 }
 
-ByteString placedText(const char* text, const char* path)
-{
-    const ByteString place = formatted(u8"위치 : %s"_ksc, path);
-    ByteString placed = formatted(text, place.getText());
-    if (place.isOutOfMemory()) placed.setOutOfMemory();
-    return placed;
-}
-
-ByteString certificateText(const char* path)
-{
-    return placedText(u8"인증서를 읽는데 실패하였습니다. (%s)"_ksc, path);
-}
-
-ByteString privateKeyText(const char* path)
-{
-    return placedText(u8"개인키를 읽는데 실패하였습니다. (%s)"_ksc, path);
-}
-
-// Reads a whole file; `code` with the text of the path if it cannot be read.
-int readFile(Call& call, const char* path, int code, ByteString (*text)(const char* path), ByteString& out)
+int readFile(Call& call, const FileKind& kind, const char* path, ByteString& out)
 {
     platform::FileBlock block;
     const platform::FileError error = platform::readFile(path, block);
     if (error == platform::FileError::memory) return call.noMemory();
-    if (error != platform::FileError::none) return call.fail(code, text(path));
+    if (error != platform::FileError::none) return failRead(call, kind, path);
     if (block.length > 0) out.setData(block.bytes, block.length);
     return out.isOutOfMemory() ? call.noMemory() : 0;
 }
@@ -48,7 +41,7 @@ int VRNO_MEDIA_DISK_ReadFile(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_B
     Call call(pCtx);
     ByteString file;
     call.input(pszFilePath, u8"읽어들일 파일의 파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pData));
-    if (!call || readFile(call, pszFilePath, VRNO_ERR_FILE_READ, dataText, file) > 0) return call.code();
+    if (!call || readFile(call, dataFile, pszFilePath, file) > 0) return call.code();
     call.check(file.getLength() > 0, VRNO_ERR_FILE_EMPTY, u8"비어있는 파일입니다."_ksc);
     return call.deliver(file, RecordOut{NAMED(pData)});
 }
@@ -58,7 +51,7 @@ int VRNO_MEDIA_DISK_ReadCert(VRNO_API_CTX* pCtx, const char* pszFilePath, VRNO_B
     Call call(pCtx);
     ByteString file;
     call.input(pszFilePath, u8"파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pCert));
-    if (!call || readFile(call, pszFilePath, VRNO_ERR_CERT_READ, certificateText, file) > 0) return call.code();
+    if (!call || readFile(call, certificateFile, pszFilePath, file) > 0) return call.code();
     return call.deliver(file, RecordOut{NAMED(pCert)});
 }
 
@@ -67,7 +60,7 @@ int VRNO_MEDIA_DISK_ReadPriKey(VRNO_API_CTX* pCtx, const char* pszFilePath, cons
     Call call(pCtx);
     ByteString file, key;
     call.input(pszFilePath, u8"파일경로(pszFilePath)를 지정해 주세요."_ksc).output(NAMED(pPriKey));
-    if (!call || readFile(call, pszFilePath, VRNO_ERR_PRIKEY_READ, privateKeyText, file) > 0) return call.code();
+    if (!call || readFile(call, privateKeyFile, pszFilePath, file) > 0) return call.code();
     const bool hasPassword = pszPassword && *pszPassword;
     if (!hasPassword) return call.deliver(file, RecordOut{NAMED(pPriKey)});
     if (openPrivateKey(call, pszPassword, file, key) > 0) return call.code();

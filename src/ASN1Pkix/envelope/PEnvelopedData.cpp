@@ -63,11 +63,11 @@ void PEnvelopedData::setOption(unsigned char bits)
 
 int PEnvelopedData::makeSymetricKey(ByteString& key, ByteString& iv, int alg)
 {
-    constexpr int keyLength = 16, ivLength = 16;
     const bool isKnown = alg == vnSeed || alg == vnCipher3090 || alg == vnCipher3091 || alg == vnCipher3200;
     if (!isKnown) return fail(*this, 1, "nEncAlg", "Unknown symmetric algoritm.");
     VNRandom random;
-    if (random.GenerateRandom(vnRandom, keyLength, key) == 0 && random.GenerateRandom(vnRandom, ivLength, iv) == 0) return 0;
+    const bool isKeyMade = random.GenerateRandom(vnRandom, seedKeyLength, key) == 0;
+    if (isKeyMade && random.GenerateRandom(vnRandom, seedIvLength, iv) == 0) return 0;
     key.clear(); // a key without an IV is of no use
     iv.clear();
     return fail(*this, 1, "random", random);
@@ -105,10 +105,8 @@ int PEnvelopedData::encodeEnvelopedData(ByteString& out)
         if (!m_pUnprotectedAttrs) return failed.memory(17, "envelopedData");
         if (env.setUnprotectedAttrs(*m_pUnprotectedAttrs) > 0) return failed(17, "envelopedData", env);
     }
-    ByteString& encoded = env.toASN1Object();
-    if (env.getLastError() > 0) return failed(18, "envelopedData", env);
-    out.swap(encoded);
-    return 0;
+    out.swap(env.toASN1Object());
+    return env.getLastError() > 0 ? failed(18, "envelopedData", env) : 0;
 }
 
 int PEnvelopedData::setContentInfo(REnvelopedData& env)

@@ -132,9 +132,10 @@ int PEnvelopedData::setEncryptedKey(RKeyTransRecipientInfo& ktri, RSubjectPublic
     if (m_bsKey.getLength() == 0) return failed(14, "m_bsKey", "Symmetric key is not set!");
     ByteString& encoded = info.toASN1Object();
     if (info.getLastError() > 0) return failed(15, "subjectPublicKeyInfo", info);
+    constexpr int withoutOaep = 0;
     PPublicKey publicKey;
     ByteString encryptedKey;
-    if (publicKey.encrypt(encoded, m_bsKey, encryptedKey, 0) > 0) return failed(17, "bsPublickeyInfo", publicKey);
+    if (publicKey.encrypt(encoded, m_bsKey, encryptedKey, withoutOaep) > 0) return failed(17, "bsPublickeyInfo", publicKey);
     return ktri.setEncryptedKey(encryptedKey) > 0 ? failed(18, "ktri", ktri) : 0;
 }
 

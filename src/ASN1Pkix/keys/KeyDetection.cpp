@@ -64,16 +64,10 @@ KeyFamily keyFamily(const ByteString& oid)
 
 static const Refusal& refusalOf(const KeySide& side, KeyFamily family)
 {
-    switch (family) {
-    case KeyFamily::dsa:
-        return side.dsa;
-    case KeyFamily::diffieHellman:
-        return side.diffieHellman;
-    case KeyFamily::elliptic:
-        return side.elliptic;
-    default:
-        return side.unknown;
-    }
+    if (family == KeyFamily::dsa) return side.dsa;
+    if (family == KeyFamily::diffieHellman) return side.diffieHellman;
+    if (family == KeyFamily::elliptic) return side.elliptic;
+    return side.unknown;
 }
 
 int refuseFamily(PObject& object, const KeySide& side, KeyFamily family, const ByteString& oid)

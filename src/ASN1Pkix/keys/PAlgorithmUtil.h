@@ -7,6 +7,7 @@
 namespace vrno {
 
 inline constexpr const char* oidSeedCbc = "1 2 410 200004 1 4";
+inline constexpr int seedKeyLength = 16, seedIvLength = 16; // in bytes
 
 class PAlgorithmUtil : public PObject {
 public:

@@ -53,11 +53,12 @@ bool joinInput(int id, const ByteString& salt, const ByteString& password, ByteS
 
 int PPKCS12::asc2uniWithByteString(ByteString& text, ByteString& out)
 {
-    const int length = text.getLength();
-    unsigned char* const uni = length < INT_MAX / 2 - 2 ? out.makeRoom(2 * length + 2) : nullptr;
+    const Octets octets = text.octets();
+    const std::size_t length = 2 * octets.size() + 2;
+    unsigned char* uni = length < INT_MAX ? out.makeRoom(static_cast<int>(length)) : nullptr;
     if (!uni) return failMemory(*this, 1, "ucUni", "new failed.");
-    std::memset(uni, 0, static_cast<std::size_t>(2 * length + 2));
-    for (int i = 0; i < length; ++i) uni[2 * i + 1] = text.getBytes()[i];
+    std::memset(uni, 0, length);
+    for (std::size_t i = 0; i < octets.size(); ++i) uni[2 * i + 1] = octets[i];
     return 0;
 }
 

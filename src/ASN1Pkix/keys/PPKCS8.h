@@ -17,7 +17,7 @@ public:
     // A decryption that failed, or a plaintext that is no PrivateKeyInfo: a wrong password is indistinguishable from these.
     static constexpr int wrongPassword = 4103;
 
-    // Copies the bytes of the text, in whatever code page. 1 on allocation failure.
+    // Copies the bytes of the text without a conversion. 1 on allocation failure.
     int setPassword(const char* password);
     // One of Pkcs8SchemeCode. With any other code below schemePbes2For16 getPKCS8Data fails.
     void setEncAlgorithm(int scheme);
@@ -60,7 +60,7 @@ private:
     ByteString m_bsPrivateKeyInfo;
     ByteString m_bsSalt;
     int m_nIterationCount = 1024;
-    ByteString m_bsKey; // overwritten after each use
+    ByteString m_bsKey; // wiped after each use
     ByteString m_bsIv;
 };
 

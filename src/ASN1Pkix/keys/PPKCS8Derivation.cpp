@@ -25,14 +25,9 @@ int PPKCS8::PBE_Initialize()
     if (m_nIterationCount < 1) {
         return fail(*this, 3, "m_nIterationCount", formatted("The iteration count(%d) is below 1.", m_nIterationCount));
     }
-    switch (m_pScheme->derivation) {
-    case KeyDerivation::pkcs12:
-        return pkcs12Kdf();
-    case KeyDerivation::pbkdf1:
-        return PBKDF1() > 0 ? fail(*this, 1, "PBKDF1", *this) : 0;
-    default:
-        return PBKDF2() > 0 ? fail(*this, 1, "PBKDF2", *this) : 0;
-    }
+    if (m_pScheme->derivation == KeyDerivation::pkcs12) return pkcs12Kdf();
+    if (m_pScheme->derivation == KeyDerivation::pbkdf1) return PBKDF1() > 0 ? fail(*this, 1, "PBKDF1", *this) : 0;
+    return PBKDF2() > 0 ? fail(*this, 1, "PBKDF2", *this) : 0;
 }
 
 int PPKCS8::pkcs12Kdf()
@@ -46,7 +41,7 @@ int PPKCS8::pkcs12Kdf()
     return 0;
 }
 
-// The IV is the fixed one, or the digest of what the key leaves of the derived bytes. One in the parameters is replaced.
+// The IV is fixed, or it is the digest of the bytes of T behind the key. An IV in the parameters is replaced.
 int PPKCS8::PBKDF1()
 {
     ByteString passwordAndSalt, t;
@@ -63,7 +58,7 @@ int PPKCS8::PBKDF1()
     return m_bsIv.isOutOfMemory() ? failMemory(*this, 1, "m_bsIv") : 0;
 }
 
-// An IV in the parameters stays; then only the key is derived.
+// If the parameters have an IV, it stays, and only the key is derived.
 int PPKCS8::PBKDF2()
 {
     const bool derivesIv = m_bsIv.getLength() == 0;

@@ -19,14 +19,9 @@ int PPrivateKey::GetPrivateKeyAlgorithm(int* keyCode, ByteString& oid, ByteStrin
                                         ByteString& flatKey, int hashAlg, ByteString* publicKey)
 {
     const KeyFamily family = keyFamily(oid);
-    switch (family) {
-    case KeyFamily::rsa:
-        return flattenRsa<RRSAPrivateKey>(*this, privateSide, keyCode, privateKey, flatKey);
-    case KeyFamily::kcdsa:
-        return flattenKcdsa(keyCode, privateKey, parameters, flatKey, hashAlg, publicKey);
-    default:
-        return refuseFamily(*this, privateSide, family, oid);
-    }
+    if (family == KeyFamily::rsa) return flattenRsa<RRSAPrivateKey>(*this, privateSide, keyCode, privateKey, flatKey);
+    if (family == KeyFamily::kcdsa) return flattenKcdsa(keyCode, privateKey, parameters, flatKey, hashAlg, publicKey);
+    return refuseFamily(*this, privateSide, family, oid);
 }
 
 int PPrivateKey::flattenKcdsa(int* keyCode, ByteString& privateKey, ByteString& parameters, ByteString& flatKey, int hashAlg,

@@ -16,14 +16,9 @@ int PPublicKey::GetPublicKeyAlgorithm(int* keyCode, ByteString& oid, ByteString&
 {
     if (hashAlg == 0) hashAlg = vnSha1;
     const KeyFamily family = keyFamily(oid);
-    switch (family) {
-    case KeyFamily::rsa:
-        return flattenRsa<RRSAPublicKey>(*this, publicSide, keyCode, subjectPublicKey, flatKey);
-    case KeyFamily::kcdsa:
-        return flattenKcdsa(keyCode, subjectPublicKey, parameters, flatKey, hashAlg);
-    default:
-        return refuseFamily(*this, publicSide, family, oid);
-    }
+    if (family == KeyFamily::rsa) return flattenRsa<RRSAPublicKey>(*this, publicSide, keyCode, subjectPublicKey, flatKey);
+    if (family == KeyFamily::kcdsa) return flattenKcdsa(keyCode, subjectPublicKey, parameters, flatKey, hashAlg);
+    return refuseFamily(*this, publicSide, family, oid);
 }
 
 int PPublicKey::flattenKcdsa(int* keyCode, ByteString& subjectPublicKey, ByteString& parameters, ByteString& flatKey, int hashAlg)

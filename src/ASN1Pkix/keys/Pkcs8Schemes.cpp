@@ -2,22 +2,18 @@
 
 #include "ASN1Pkix/keys/PAlgorithmUtil.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace vrno {
 
 namespace {
 
 constexpr const char* oidSeedCbcWithSha1 = "1 2 410 200004 1 15";
 constexpr const char* oidSeedCbcPkcs12 = "1 2 410 200004 1 4 2";
-constexpr int keyLength = 16, ivLength = 16; // of SEED
 
-constexpr Pkcs8Scheme pbkdf1{KeyDerivation::pbkdf1, oidSeedCbcWithSha1, keyLength, ivLength};
-constexpr Pkcs8Scheme pbkdf1FixedIv{KeyDerivation::pbkdf1, oidSeedCbc, keyLength, 0, "4820913756482091"};
-constexpr Pkcs8Scheme pkcs12{KeyDerivation::pkcs12, oidSeedCbcPkcs12, keyLength, ivLength};
-constexpr Pkcs8Scheme pbes2{KeyDerivation::pbkdf2, oidSeedCbc, keyLength, ivLength};
-// Of a code without a scheme: no cipher takes a key of a whole digest, so the encryption fails.
+constexpr Pkcs8Scheme pbkdf1{KeyDerivation::pbkdf1, oidSeedCbcWithSha1, seedKeyLength, seedIvLength};
+constexpr Pkcs8Scheme pbkdf1FixedIv{KeyDerivation::pbkdf1, oidSeedCbc, seedKeyLength, 0, "4820913756482091"};
+constexpr Pkcs8Scheme pkcs12{KeyDerivation::pkcs12, oidSeedCbcPkcs12, seedKeyLength, seedIvLength};
+constexpr Pkcs8Scheme pbes2{KeyDerivation::pbkdf2, oidSeedCbc, seedKeyLength, seedIvLength};
+// For codes without a scheme: SEED takes no key of 20 bytes, so the encryption fails.
 constexpr Pkcs8Scheme none{KeyDerivation::pbkdf1, oidSeedCbc, 20, 0};
 
 constexpr Pkcs8Identifier identifiers[] = {
@@ -57,10 +53,10 @@ const Pkcs8Scheme& pkcs8Scheme(int code)
 
 const Pkcs8Identifier* findPkcs8Identifier(const ByteString& oid)
 {
-    const auto* const end = std::end(identifiers);
-    const auto* const known =
-        std::find_if(std::begin(identifiers), end, [&](const Pkcs8Identifier& row) { return oid == row.oid; });
-    return known == end ? nullptr : known;
+    for (const Pkcs8Identifier& known : identifiers) {
+        if (oid == known.oid) return &known;
+    }
+    return nullptr;
 }
 
 } // namespace vrno
