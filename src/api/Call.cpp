@@ -67,8 +67,9 @@ int Call::store(int code, int form, const char* message, const char* function, i
     return m_code = m_context->nErrCode;
 }
 
-int Call::fail(int code, const char* message)
+int Call::fail(int code, const char* message, bool isOutOfMemory)
 {
+    if (isOutOfMemory) return noMemory();
     return store(code, ERRFORM_PLAIN, message, nullptr, 0, nullptr);
 }
 

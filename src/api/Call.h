@@ -84,8 +84,8 @@ public:
     PCertUtil2& cert() const { return *m_context->pLoadedCert; }
 
     // Each stores a failure and returns its code.
-    int fail(int code, const char* message);
-    int fail(int code, const char* message, const Trail& trail); // of an inner object
+    int fail(int code, const char* message, bool isOutOfMemory = false); // whether the failed step ran out of memory
+    int fail(int code, const char* message, const Trail& trail);         // of an inner object
     int fail(int code, const char* message, const Trailed& inner) { return fail(code, message, inner.getErrorTrail()); }
     int fail(int code, const ByteString& message); // empty if the message was too long for ByteString::format
     int dynamic(int code, const char* message, const char* function, int result, const char* detail); // of the storage library

@@ -1,5 +1,6 @@
-// VRNO_BASE64_*
+// VRNO_BASE64_*: binary data as text.
 #include "base/Base64.h"
+
 #include "api/Call.h"
 
 using namespace vrno;
@@ -10,8 +11,9 @@ int VRNO_BASE64_Encode(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pData, VRNO_BINSTR
     ByteString data, text;
     if (!call.input(pData, u8"인코딩할 데이터(pData)를 지정해 주세요."_ksc).output(NAMED(pEncData))) return call.code();
     if (!call.copy(NAMED(pData), data)) return call.code();
-    if (base64Encode(data, text) > 0 && !text.isOutOfMemory())
-        return call.fail(VRNO_ERR_BASE64_ENCODE, u8"BASE64 인코딩을 실패하였습니다."_ksc);
+    if (base64Encode(data, text) > 0) {
+        return call.fail(VRNO_ERR_BASE64_ENCODE, u8"BASE64 인코딩을 실패하였습니다."_ksc, text.isOutOfMemory());
+    }
     return call.deliver(text, RecordOut{NAMED(pEncData)});
 }
 
@@ -21,7 +23,8 @@ int VRNO_BASE64_Decode(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pEncData, VRNO_BIN
     ByteString text, data;
     if (!call.input(pEncData, u8"디코딩할 데이터(pEncData)를 지정해 주세요."_ksc).output(NAMED(pData))) return call.code();
     if (!call.copy(NAMED(pEncData), text)) return call.code();
-    if (base64Decode(text, data) > 0 && !data.isOutOfMemory())
-        return call.fail(VRNO_ERR_BASE64_DECODE, u8"BASE64 디코딩을 실패하였습니다."_ksc);
+    if (base64Decode(text, data) > 0) {
+        return call.fail(VRNO_ERR_BASE64_DECODE, u8"BASE64 디코딩을 실패하였습니다."_ksc, data.isOutOfMemory());
+    }
     return call.deliver(data, RecordOut{NAMED(pData)});
 }

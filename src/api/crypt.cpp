@@ -14,19 +14,18 @@ namespace {
 constexpr int keyLength = 16, ivLength = 16;
 constexpr unsigned char chainedFlag = 2, otherPaddingFlag = 4; // of ucFlags
 
-// Stores a copy of the value in a slot of the context; 1002 on allocation failure. The copy is overwritten when it is
-// deleted.
-int newSlot(Call& call, ByteString*& slot, Octets value, const char* name)
+// Stores a copy of the value in a field of the context; 1002 on allocation failure.
+int setField(Call& call, ByteString*& field, Octets value, const char* name)
 {
-    slot = new (std::nothrow) ByteString;
-    const bool held = slot && slot->setData(value.data(), static_cast<int>(value.size())) == 0;
-    return held ? 0 : call.noMemory(name);
+    field = new (std::nothrow) ByteString;
+    const bool isSet = field && field->setData(value.data(), static_cast<int>(value.size())) == 0;
+    return isSet ? 0 : call.noMemory(name);
 }
 
-void drop(ByteString*& slot)
+void deleteField(ByteString*& field)
 {
-    delete slot;
-    slot = nullptr;
+    delete field;
+    field = nullptr;
 }
 
 } // namespace
@@ -34,15 +33,15 @@ void drop(ByteString*& slot)
 int vrno::installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, Octets key, Octets iv)
 {
     VRNO_API_CTX& context = call.context();
-    drop(context.pSessionKey);
-    drop(context.pSessionIv);
-    drop(context.pChangedKey);
-    drop(context.pChangedIv);
-    int code = newSlot(call, context.pSessionKey, key, "pApiCtx->pSessionKey");
-    if (code == 0) code = newSlot(call, context.pSessionIv, iv, "pApiCtx->pSessionIv");
-    if (code == 0) code = newSlot(call, context.pChangedIv, iv, "pApiCtx->pChangedIv");
+    deleteField(context.pSessionKey);
+    deleteField(context.pSessionIv);
+    deleteField(context.pChangedKey);
+    deleteField(context.pChangedIv);
+    int code = setField(call, context.pSessionKey, key, "pApiCtx->pSessionKey");
+    if (code == 0) code = setField(call, context.pSessionIv, iv, "pApiCtx->pSessionIv");
+    if (code == 0) code = setField(call, context.pChangedIv, iv, "pApiCtx->pChangedIv");
     if (code != 0) {
-        drop(context.pSessionKey); // now no key is set
+        deleteField(context.pSessionKey); // so that no key is set
         return code;
     }
     context.nSymMode = nFacadeMode;
@@ -89,11 +88,11 @@ int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, 
 
 namespace {
 
-using Operation = int (VNEncrypt::*)(int, int, ByteString&, ByteString&, Octets, ByteString&, int);
+using CipherCall = int (VNEncrypt::*)(int, int, ByteString&, ByteString&, Octets, ByteString&, int);
 
-// What the two directions differ in.
+// The differences between encryption and decryption.
 struct Direction {
-    Operation whole, chained;
+    CipherCall whole, chained;
     int code;
     const char* message;
     const char* inputName;
@@ -104,38 +103,36 @@ constexpr Direction encryption{&VNEncrypt::EncryptData, &VNEncrypt::EncryptData_
 constexpr Direction decryption{&VNEncrypt::DecryptData, &VNEncrypt::DecryptData_NoGenKey, VRNO_ERR_DECRYPT,
                                u8"데이터를 복호화하는데 실패하였습니다."_ksc, "pCipherText"};
 
-// Makes the expanded key of the chained path on first use.
+// Expands the session key for the chained path on first use.
 int expandKey(Call& call, VNEncrypt& cipher)
 {
     VRNO_API_CTX& context = call.context();
     if (context.pChangedKey) return 0;
-    if (const int code = newSlot(call, context.pChangedKey, {}, "pApiCtx->pChangedKey")) return code;
+    if (const int code = setField(call, context.pChangedKey, {}, "pApiCtx->pChangedKey")) return code;
     if (cipher.GenerateKey(context.nSymAlg, *context.pSessionKey, *context.pChangedKey) == 0) return 0;
-    drop(context.pChangedKey);
+    deleteField(context.pChangedKey);
     return call.fail(VRNO_ERR_KEY_EXPAND, u8"키를 생성하는데 실패하였습니다."_ksc, cipher);
 }
 
-// An absent input is an empty one. The input is not copied. It may be the data of the output record, which is released only
-// after the result is complete.
+// A missing input counts as empty. The input is not copied; it may be the data of the output record, which is released after
+// the result is complete.
 int runCipher(Call& call, const Direction& direction, const VRNO_BINSTR* in, VRNO_BINSTR* out)
 {
     VRNO_API_CTX& context = call.context();
     Octets octets;
     if (!call.view(in, direction.inputName, octets)) return call.code();
     const int padding = (context.ucFlags & otherPaddingFlag) ? vnPadLengthMinusOne : vnPadLength;
+    const bool isChained = context.ucFlags & chainedFlag;
 
     VNEncrypt cipher;
     ByteString result;
-    int failed = 0;
-    if (context.ucFlags & chainedFlag) {
-        if (const int code = expandKey(call, cipher)) return code;
-        failed = (cipher.*direction.chained)(context.nSymAlg, context.nSymMode, *context.pChangedKey, *context.pChangedIv, octets,
-                                             result, padding);
-    } else {
-        failed = (cipher.*direction.whole)(context.nSymAlg, context.nSymMode, *context.pSessionKey, *context.pSessionIv, octets,
-                                           result, padding);
+    if (isChained && expandKey(call, cipher) > 0) return call.code();
+    ByteString& key = isChained ? *context.pChangedKey : *context.pSessionKey;
+    ByteString& iv = isChained ? *context.pChangedIv : *context.pSessionIv;
+    const CipherCall run = isChained ? direction.chained : direction.whole;
+    if ((cipher.*run)(context.nSymAlg, context.nSymMode, key, iv, octets, result, padding) > 0) {
+        return call.fail(direction.code, direction.message, cipher);
     }
-    if (failed > 0) return call.fail(direction.code, direction.message, cipher);
     return call.handOver(result, out);
 }
 

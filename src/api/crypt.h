@@ -5,7 +5,7 @@
 
 namespace vrno {
 
-// Replaces the session key and IV of the context. The old ones are deleted first. 0, or 1002 with no key set.
+// Deletes the session key and IV of the context and sets new ones. 0, or 1002 with no key set.
 int installSessionKey(Call& call, int nFacadeAlg, int nFacadeMode, Octets key, Octets iv);
 
 } // namespace vrno

@@ -3,8 +3,8 @@
 
 #include "ASN1/ASN1BitString.h"
 #include "ASN1Pkix/envelope/PEnvelopedData.h"
-#include "VNCrypto/VNCodes.h"
 #include "api/crypt.h"
+#include "api/symmetric.h"
 
 using namespace vrno;
 
@@ -33,44 +33,27 @@ int vrno::checkRecipientKeyUsage(Call& call, Purpose nPurpose, ByteString& cert)
     return call.code();
 }
 
-// The facade's code of a symmetric algorithm code of the boundary, 0 for none. PEnvelopedData makes keys for SEED only.
-static int facadeCode(int nAlg)
-{
-    switch (nAlg) {
-    case 16:
-        return vnCipher3000;
-    case 32:
-        return vnCipher3011;
-    case VRNO_SYM_SEED:
-        return vnSeed;
-    default:
-        return 0;
-    }
-}
-
 int vrno::makeEnvelopedMessage(Call& call, unsigned int nOption, int nAlg, ByteString& cert, Octets data, ByteString& out)
 {
-    const int code = facadeCode(nAlg);
-    if (!call.supported(code != 0)) return call.code();
+    const SymmetricAlgorithm* const algorithm = findSymmetricAlgorithm(nAlg);
+    if (!call.supported(algorithm != nullptr)) return call.code();
     if (const int refused = checkRecipientKeyUsage(call, Purpose::encryption, cert)) return refused;
 
     PEnvelopedData enveloped;
-    if (enveloped.getLastError() > 0) return call.noMemory();
     if (nOption & VRNO_CMS_CONTENT_INFO) enveloped.setOption(PEnvelopedData::inContentInfo);
-    enveloped.setEncAlgorithm(code, vnCbc);
+    enveloped.setEncAlgorithm(algorithm->cipher, vnCbc);
     enveloped.choiceRecipientIdentifier(PEnvelopedData::issuerAndSerialNumber);
     enveloped.setContentType("1 2 840 113549 1 7 1");
     enveloped.borrowContent(data);
-    if (enveloped.addRecipientByCert(cert) > 0) {
+    if (enveloped.getLastError() > 0 || enveloped.addRecipientByCert(cert) > 0) {
         return call.fail(VRNO_ERR_CERT_FORMAT, u8"잘못된 수신자의 인증서입니다."_ksc, enveloped);
     }
     if (enveloped.makeEnvelopedData(out) > 0) {
         return call.fail(VRNO_ERR_ENVELOPE, u8"암호 메시지(EnvelopedData)를 구성하는데 실패하였습니다."_ksc, enveloped);
     }
-    ByteString key;
-    ByteString iv;
+    ByteString key, iv;
     if (enveloped.getSymmetricKey(key, iv) > 0) return call.noMemory("pApiCtx->pSessionKey");
-    return installSessionKey(call, code, vnCbc, key.octets(), iv.octets());
+    return installSessionKey(call, algorithm->cipher, vnCbc, key.octets(), iv.octets());
 }
 
 int VRNO_CMS_EncryptData(VRNO_API_CTX* pCtx, unsigned int nOption, const VRNO_BINSTR* pCert, const VRNO_BINSTR* pData, int nAlg,
@@ -80,7 +63,7 @@ int VRNO_CMS_EncryptData(VRNO_API_CTX* pCtx, unsigned int nOption, const VRNO_BI
     ByteString cert, message;
     Octets data;
     call.input(pCert, u8"수신자의 인증서(pCert)를 지정해 주세요."_ksc).output(NAMED(pEnvelopedData));
-    if (!call || !call.copy(pCert, "pCert", cert).view(pData, "pData", data)) return call.code();
+    if (!call || !call.copy(NAMED(pCert), cert).view(NAMED(pData), data)) return call.code();
     if (const int code = makeEnvelopedMessage(call, nOption, nAlg, cert, data, message)) return code;
     return call.handOver(message, pEnvelopedData);
 }

@@ -11,13 +11,13 @@
 namespace vrno {
 
 // An object serves one message: the setters, one addRecipientByCert for each recipient, makeEnvelopedData, and then
-// getSymmetricKey where the key is wanted. The first recipient makes the key and the IV, which all share and which live as
-// long as the object; the key is overwritten at its end. Operations that can fail give 0 or the code of the failing step.
+// getSymmetricKey if the key is needed. The first recipient makes the key and the IV. All recipients share them, and they are
+// wiped on destruction. Operations that can fail give 0 or the code of the failing step.
 class PEnvelopedData : public PObject {
 public:
     static constexpr const char* className = "PEnvelopedData";
 
-    // On allocation failure getLastError() is 1, and the object serves nothing.
+    // On allocation failure getLastError() is 1, and the object must not be used.
     PEnvelopedData();
 
     enum Identifier : int { issuerAndSerialNumber = 1, subjectKeyIdentifier = 2 };
@@ -25,34 +25,31 @@ public:
     enum State : unsigned char { originatorInfoSet = 1, unprotectedAttrsSet = 2, keyIdentifierUsed = 4 };
     enum Option : unsigned char { rsaOaep = 1, inContentInfo = 2, withoutContent = 4 };
 
-    // How the recipients that are added from now on are named; 1, with the choice as it was, for any other value.
+    // How recipients that are added after this call are named. Any other value is 1 and changes nothing.
     int choiceRecipientIdentifier(int choice);
-    // Facade codes; the mode 0 stands for CBC. What is not SEED in CBC mode shows with the first recipient or in
-    // makeEnvelopedData.
+    // Facade codes; the mode 0 stands for CBC. Anything but SEED in CBC mode makes addRecipientByCert or makeEnvelopedData fail.
     void setEncAlgorithm(int alg, int mode);
     // An identifier as ASN1ObjectIdentifier::setOID takes it.
     void setContentType(const char* oid);
     void setContent(ByteString& data);
-    // The same without a copy: the octets stay the caller's, and must stay as long as messages are made of them.
+    // The same without a copy: the octets stay the caller's and must live until the last makeEnvelopedData.
     void borrowContent(Octets data);
-    // Adds options to those that are set.
+    // Adds bits of Option to those that are set.
     void setOption(unsigned char bits);
 
-    // A recipient by certificate in DER, with an RSA key of 1024 or 2048 bits. A failure, 1, adds none.
+    // Adds the holder of a certificate in DER with an RSA key of 1024 or 2048 bits. A failure, 1, adds none.
     int addRecipientByCert(ByteString& certificate);
     int addRecipient(ByteString& certificate, ByteString* keyEncryptionKey);
 
-    // The message. Made anew it is the same but for what was set in between, under the same key and IV. 18 also for one that
-    // might be longer than 2^31 - 2 bytes, by an estimate that is up to 512 bytes too high, before the content is read; a
-    // failure leaves `out` as it was.
+    // The message. It may be made again, with the same key and IV. 18 also if it might be longer than 2^31 - 2 bytes; the estimate
+    // is up to 512 bytes too high, and is made before the content is read. A failure leaves `out` as it was.
     int makeEnvelopedData(ByteString& out);
 
     // Copies of the key and the IV; 1 on allocation failure.
     int getSymmetricKey(ByteString& key, ByteString& iv);
-    // Draws a key and an IV of 16 bytes each; 1 for an algorithm without keys, and, with both empty, where no random bytes can be
-    // had.
+    // Draws a key and an IV of 16 bytes each. 1 for an unknown algorithm; 1 with both empty if the system gives no random bytes.
     int makeSymetricKey(ByteString& key, ByteString& iv, int alg);
-    // One recipient's element, a KeyTransRecipientInfo under the key of the certificate, whose algorithm is given beside it.
+    // The element of one recipient: the message's key under the key of the certificate, whose algorithm is `keyAlgorithmOid`.
     int recipientInfoIsKTRI(RTBSCertificate& tbs, ByteString& out, ByteString& keyAlgorithmOid);
 
     unsigned char m_ucState = 0;
@@ -70,9 +67,11 @@ public:
     std::unique_ptr<RAttributes> m_pUnprotectedAttrs;
 
 private:
+    enum CmsVersion : int { firstVersion = 0, laterVersion = 2 };
+
     int appendRecipient(ByteString& certificate, const ByteString* keyEncryptionKey);
     int makeElement(ByteString& certificate, const ByteString* keyEncryptionKey, ByteString& out);
-    int transportElement(RTBSCertificate& tbs, ByteString& out);
+    int makeTransportElement(RTBSCertificate& tbs, ByteString& out);
     int nameRecipient(RKeyTransRecipientInfo& ktri, RTBSCertificate& tbs, ByteString& publicKey);
     int nameByKey(RRecipientIdentifier& recipientId, ByteString& publicKey);
     int nameByIssuer(RRecipientIdentifier& recipientId, RTBSCertificate& tbs);
@@ -83,9 +82,9 @@ private:
     int setContentInfo(REnvelopedData& env);
     int encryptContent(REncryptedContentInfo& eci);
     bool messageFits() const;
-    int wrap(ByteString& encoded);
+    int wrap(ByteString&& content, ByteString& out);
 
-    Octets m_content = m_bsContent.octets(); // there, or with the caller
+    Octets m_content = m_bsContent.octets(); // of m_bsContent or of the caller
 };
 
 } // namespace vrno

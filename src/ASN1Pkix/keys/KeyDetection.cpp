@@ -45,48 +45,36 @@ const KeySide publicSide{
 
 // ---- the family ----
 
-namespace {
-
-struct Family {
-    const char* oid;
-    KeyFamily family;
-    Refusal KeySide::*refusal = nullptr;
-};
-
-constexpr Family families[] = {
-    {"1 2 840 113549 1 1 1", KeyFamily::rsa},
-    {"1 2 410 200004 1 1", KeyFamily::kcdsa},
-    {"1 2 410 200004 1 21", KeyFamily::kcdsa},
-    {"1 2 840 10040 4 1", KeyFamily::refused, &KeySide::dsa},
-    {"1 2 840 10046 2 1", KeyFamily::refused, &KeySide::diffieHellman},
-    {"1 2 840 10045 2 1", KeyFamily::refused, &KeySide::elliptic},
-    {"1 2 410 200004 1 100 2 1", KeyFamily::refused, &KeySide::elliptic},
-    {"1 2 840 10045 4 1", KeyFamily::refused, &KeySide::elliptic},
-};
-
-} // namespace
-
-static const Family* findFamily(const ByteString& oid)
+KeyFamily keyFamily(const ByteString& oid)
 {
-    const auto* const end = std::end(families);
-    const auto* const known = std::find_if(std::begin(families), end, [&](const Family& row) { return oid == row.oid; });
-    return known == end ? nullptr : known;
+    static constexpr struct {
+        const char* oid;
+        KeyFamily family;
+    } known[] = {
+        {"1 2 840 113549 1 1 1", KeyFamily::rsa},          {"1 2 410 200004 1 1", KeyFamily::kcdsa},
+        {"1 2 410 200004 1 21", KeyFamily::kcdsa},         {"1 2 840 10040 4 1", KeyFamily::dsa},
+        {"1 2 840 10046 2 1", KeyFamily::diffieHellman},   {"1 2 840 10045 2 1", KeyFamily::elliptic},
+        {"1 2 410 200004 1 100 2 1", KeyFamily::elliptic}, {"1 2 840 10045 4 1", KeyFamily::elliptic},
+    };
+    for (const auto& row : known) {
+        if (oid == row.oid) return row.family;
+    }
+    return KeyFamily::unknown;
 }
 
-bool needsPublicKey(const ByteString& oid)
+static const Refusal& refusalOf(const KeySide& side, KeyFamily family)
 {
-    const Family* const known = findFamily(oid);
-    return known && (known->family == KeyFamily::kcdsa || known->refusal == &KeySide::dsa);
+    if (family == KeyFamily::dsa) return side.dsa;
+    if (family == KeyFamily::diffieHellman) return side.diffieHellman;
+    if (family == KeyFamily::elliptic) return side.elliptic;
+    return side.unknown;
 }
 
-KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid, int* code)
+int refuseFamily(PObject& object, const KeySide& side, KeyFamily family, const ByteString& oid)
 {
-    const Family* const known = findFamily(oid);
-    if (known && known->family != KeyFamily::refused) return known->family;
-    const Refusal& refusal = known ? side.*known->refusal : side.unknown;
     const FailuresOf failed{object, side.className, side.detection};
-    *code = failed(refusal.code, side.oidName, formatted(refusal.message, oid.getText()));
-    return KeyFamily::refused;
+    const Refusal& refusal = refusalOf(side, family);
+    return failed(refusal.code, side.oidName, formatted(refusal.message, oid.getText()));
 }
 
 // ---- RSA ----
@@ -98,45 +86,39 @@ int rsaKeyCode(int modulusLength)
     return 0;
 }
 
-namespace {
+// ---- signatures ----
 
-struct SignatureRow {
-    int hashAlg;
-    bool pss;
-    int code1024, code2048;
-};
+int signatureCode(int keyCode, int hashAlg, bool isPss)
+{
+    static constexpr struct {
+        int hashAlg;
+        bool isPss;
+        int code1024, code2048;
+    } rsa[] = {
+        {vnMd5, false, vnMd5WithRsa1024, vnMd5WithRsa2048},
+        {vnSha1, false, vnSha1WithRsa1024, vnSha1WithRsa2048},
+        {vnSha1, true, vnSha1WithRsaPss1024, vnSha1WithRsaPss2048},
+        {vnSha256, false, vnSha256WithRsa1024, vnSha256WithRsa2048},
+    };
+    if (keyCode == vnSha1WithKcdsa1024) return keyCode;
+    for (const auto& row : rsa) {
+        if (row.hashAlg == hashAlg && row.isPss == isPss) return keyCode == vnRsa1024 ? row.code1024 : row.code2048;
+    }
+    return 0;
+}
 
-constexpr SignatureRow signatureRows[] = {
-    {vnMd5, false, vnMd5WithRsa1024, vnMd5WithRsa2048},
-    {vnSha1, false, vnSha1WithRsa1024, vnSha1WithRsa2048},
-    {vnSha1, true, vnSha1WithRsaPss1024, vnSha1WithRsaPss2048},
-    {vnSha256, false, vnSha256WithRsa1024, vnSha256WithRsa2048},
-};
-
-} // namespace
-
-int rsaSignatureCode(PObject& object, const KeySide& side, int keyCode, int hashAlg, int pss, int* signatureCode)
+int refuseSignature(PObject& object, const KeySide& side, int keyCode, int hashAlg, bool isPss)
 {
     const FailuresOf failed{object, side.className, side.signature};
-    const bool is1024 = keyCode == vnRsa1024;
-    bool hasColumn = false;
-    for (const SignatureRow& row : signatureRows) {
-        if (row.hashAlg != hashAlg) continue;
-        hasColumn = true;
-        if (row.pss != (pss == 1)) continue;
-        *signatureCode = is1024 ? row.code1024 : row.code2048;
-        return 0;
-    }
-    if (hasColumn && pss == 1) {
-        return failed(side.pssCode, "nHashAlgo", "The SHA256, MD5 With RSA-PSS is not supported.");
-    }
-    return failed(is1024 ? side.hashCode1024 : side.hashCode2048, "nHashAlgo",
-                  formatted("The Hash algorithm (%d) does not suppoted for RSA signature.", hashAlg));
+    const bool isKnownDigest = signatureCode(keyCode, hashAlg, false) != 0;
+    if (isPss && isKnownDigest) return failed(side.pssCode, "nHashAlgo", "The SHA256, MD5 With RSA-PSS is not supported.");
+    const int code = keyCode == vnRsa1024 ? side.hashCode1024 : side.hashCode2048;
+    return failed(code, "nHashAlgo", formatted("The Hash algorithm (%d) does not suppoted for RSA signature.", hashAlg));
 }
 
 // ---- KCDSA ----
 
-// Hands one number over as its octets; false for a negative one, or when there is no memory.
+// Copies the octets of one number; false for a negative one and on allocation failure.
 static bool copyNumber(RKCDSAParameters& from, ByteString& (RKCDSAParameters::*get)(), RKCDSAParameters& to,
                        int (RKCDSAParameters::*set)(ByteString&))
 {
@@ -146,27 +128,23 @@ static bool copyNumber(RKCDSAParameters& from, ByteString& (RKCDSAParameters::*g
 
 int kcdsaDomain(PObject& object, const KeySide& side, ByteString& parameters, int hashAlg, ByteString& domain)
 {
+    using Parameters = RKCDSAParameters;
     constexpr int supportedLength = 128;
     const FailuresOf failed{object, side.className, side.detection};
-    RKCDSAParameters kcdsaParams, reduced;
+    Parameters kcdsaParams, reduced;
     if (kcdsaParams.fromASN1Object(parameters) > 0) return failed(side.domainCode, "kcdsaParams", kcdsaParams);
-    const bool isReduced = copyNumber(kcdsaParams, &RKCDSAParameters::getP, reduced, &RKCDSAParameters::setP) &&
-                           copyNumber(kcdsaParams, &RKCDSAParameters::getQ, reduced, &RKCDSAParameters::setQ) &&
-                           copyNumber(kcdsaParams, &RKCDSAParameters::getG, reduced, &RKCDSAParameters::setG);
-    if (!isReduced && reduced.outOfMemory()) return failed(side.domainCode, "kcdsaParams", reduced);
+    const bool isReduced = copyNumber(kcdsaParams, &Parameters::getP, reduced, &Parameters::setP) &&
+                           copyNumber(kcdsaParams, &Parameters::getQ, reduced, &Parameters::setQ) &&
+                           copyNumber(kcdsaParams, &Parameters::getG, reduced, &Parameters::setG);
+    if (reduced.outOfMemory()) return failed(side.domainCode, "kcdsaParams", reduced);
     if (!isReduced) return failed(side.domainCode, "kcdsaParams", kcdsaParams);
-    domain = reduced.toASN1Object();
+    domain.swap(reduced.toASN1Object());
     if (reduced.getLastError() > 0) return failed(side.domainCode, "kcdsaParams", reduced);
-    if (domain.isOutOfMemory()) return failed.memory(side.domainCode, "kcdsaParams");
-    if (hashAlg != vnSha1) {
-        return failed(9, side.hashName, "Only support sha1WithKCDSA, has160WithKCDSA.");
-    }
+    if (hashAlg != vnSha1) return failed(9, side.hashName, "Only support sha1WithKCDSA, has160WithKCDSA.");
     const int length = reduced.getP().getLength();
     if (reduced.getLastError() > 0) return failed(side.domainCode, "kcdsaParams", reduced);
-    if (length != supportedLength) {
-        return failed(12, keySizeName, formatted("The SHA1 with KCDSA %dbit is not supported.", 8 * std::min(length, INT_MAX / 8)));
-    }
-    return 0;
+    if (length == supportedLength) return 0;
+    return failed(12, keySizeName, formatted("The SHA1 with KCDSA %dbit is not supported.", bitLength(length)));
 }
 
 } // namespace vrno

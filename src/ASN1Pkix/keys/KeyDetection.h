@@ -1,5 +1,5 @@
-// What the detection of private and of public keys shares: which algorithm a key is of, how it becomes flat, the form that
-// the engine takes, and which code its signatures have.
+// What the detection of private and of public keys shares: the algorithm of a key, the flat key, which is the form that the
+// engine takes, and the code of its signatures.
 #pragma once
 
 #include "base/Objects.h"
@@ -9,14 +9,14 @@
 
 namespace vrno {
 
-enum class KeyFamily { rsa, kcdsa, refused };
+enum class KeyFamily { rsa, kcdsa, dsa, diffieHellman, elliptic, unknown };
 
 struct Refusal {
     int code;
     const char* message;
 };
 
-// One side of a key pair: in whose name a failure is told, with which codes and words.
+// One side of a key pair: the names, codes and messages of its failures.
 struct KeySide {
     const char* className;
     const char* detection; // the method's name
@@ -37,14 +37,18 @@ extern const KeySide privateSide, publicSide;
 
 inline constexpr const char* keySizeName = "nPrivateKey"; // of the frame, on both sides
 
-// The family by the text of the identifier; for a refused one the code, with the frame laid.
-KeyFamily keyFamily(PObject& object, const KeySide& side, const ByteString& oid, int* code);
+KeyFamily keyFamily(const ByteString& oid);
+// Fails for a family that is not supported.
+int refuseFamily(PObject& object, const KeySide& side, KeyFamily family, const ByteString& oid);
 
-// Whether the private key alone is not enough to sign with: KCDSA, and DSA, which is refused only later.
-bool needsPublicKey(const ByteString& oid);
-
-// The facade's code of RSA with a modulus of so many octets; 0 for a size that is not supported.
+// The facade's code of RSA by the bytes of the modulus; 0 if that size is not supported.
 int rsaKeyCode(int modulusLength);
+
+// At most INT_MAX.
+inline int bitLength(int bytes)
+{
+    return 8 * std::min(bytes, INT_MAX / 8);
+}
 
 // The codes are those of the side; `Record` is its RSA record.
 template <class Record> int flattenRsa(PObject& object, const KeySide& side, int* keyCode, ByteString& key, ByteString& flatKey)
@@ -55,19 +59,18 @@ template <class Record> int flattenRsa(PObject& object, const KeySide& side, int
     const int length = record.getModulus().getLength(); // 0 for a negative one
     if (record.outOfMemory()) return failed(side.rsaEncodeCode, side.rsaName, record);
     *keyCode = rsaKeyCode(length);
-    if (*keyCode == 0) {
-        return failed(side.rsaSize.code, keySizeName, formatted(side.rsaSize.message, 8 * std::min(length, INT_MAX / 8)));
-    }
-    flatKey = record.toASN1Object();
-    if (record.getLastError() > 0) return failed(side.rsaEncodeCode, side.rsaName, record);
-    return flatKey.isOutOfMemory() ? failed.memory(side.rsaEncodeCode, side.rsaName) : 0;
+    if (*keyCode == 0) return failed(side.rsaSize.code, keySizeName, formatted(side.rsaSize.message, bitLength(length)));
+    flatKey.swap(record.toASN1Object());
+    return record.getLastError() > 0 ? failed(side.rsaEncodeCode, side.rsaName, record) : 0;
 }
 
-// KCDSA parameters reduced to p, q and g, where p and the digest are of the supported kind.
+// KCDSA parameters reduced to p, q and g. Fails for a p of another size than 1024 bits and for another digest than SHA-1.
 int kcdsaDomain(PObject& object, const KeySide& side, ByteString& parameters, int hashAlg, ByteString& domain);
 
-// The facade's code of RSA signatures with such a key. Most of those told here the facade refuses: it knows SHA-1 with
+// The facade's code of signatures with such a key; 0 if there is none. The facade refuses those of RSA that are not SHA-1 with
 // PKCS #1 v1.5.
-int rsaSignatureCode(PObject& object, const KeySide& side, int keyCode, int hashAlg, int pss, int* signatureCode);
+int signatureCode(int keyCode, int hashAlg, bool isPss);
+// Fails for an RSA key that has no such code.
+int refuseSignature(PObject& object, const KeySide& side, int keyCode, int hashAlg, bool isPss);
 
 } // namespace vrno

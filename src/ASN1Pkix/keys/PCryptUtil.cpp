@@ -12,15 +12,17 @@ static constexpr const char* textToSign = "Do this private key and this certific
 
 int PCryptUtil::verifySignatureWithCert(ByteString& certificate, ByteString& privateKeyInfo)
 {
+    constexpr unsigned char isCertificate = 1;
+    constexpr int withoutPss = 0;
     ByteString text(textToSign, static_cast<int>(std::strlen(textToSign))), signature;
     if (text.isOutOfMemory()) return failMemory(*this, 1, "privateKey");
     PPrivateKey privateKey;
-    if (privateKey.genSignature(privateKeyInfo, vnSha1, text, signature, &certificate, 1, 0) > 0) {
+    if (privateKey.genSignature(privateKeyInfo, vnSha1, text, signature, &certificate, isCertificate, withoutPss) > 0) {
         return fail(*this, 1, "privateKey", privateKey);
     }
     PPublicKey publicKey;
-    if (publicKey.verifySignatureWithCert(certificate, text, signature, 0, 0) > 0) return fail(*this, 2, "publicKey", publicKey);
-    return 0;
+    const int code = publicKey.verifySignatureWithCert(certificate, text, signature, vnSha1, withoutPss);
+    return code > 0 ? fail(*this, 2, "publicKey", publicKey) : 0;
 }
 
 } // namespace vrno

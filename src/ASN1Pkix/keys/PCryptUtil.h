@@ -9,8 +9,8 @@ class PCryptUtil : public PObject {
 public:
     static constexpr const char* className = "PCryptUtil";
 
-    // Signs a text with the key and verifies the signature under the certificate, both in DER: 0 when they belong together,
-    // 1 when the key could not sign, 2 when the signature does not hold.
+    // Signs a text with the key and verifies the signature with the certificate, both in DER: 0 if they are a pair, 1 if the key
+    // cannot sign, 2 if the signature is not valid or the certificate cannot be used.
     int verifySignatureWithCert(ByteString& certificate, ByteString& privateKeyInfo);
 };
 

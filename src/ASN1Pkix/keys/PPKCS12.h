@@ -9,11 +9,11 @@ class PPKCS12 : public PObject {
 public:
     static constexpr const char* className = "PPKCS12";
 
-    // Each octet behind a zero octet, and two zero octets at the end: no code page is converted. 1: no memory.
+    // Puts a zero octet in front of each octet, and two at the end. No code page is converted. 1 on allocation failure.
     int asc2uniWithByteString(ByteString& text, ByteString& out);
 
-    // `length` octets for the purpose `id` (1 a key, 2 an IV). An empty password stands for no octets at all. Fewer than
-    // two iterations are one. 1: no memory.
+    // Derives `length` octets for the purpose `id` (1 a key, 2 an IV). An empty password is not widened, and has no octets. A
+    // count below 1 is one iteration. 1 on allocation failure.
     int keyGenAsc(ByteString& password, ByteString& salt, int id, int iterations, int length, ByteString& out);
 };
 

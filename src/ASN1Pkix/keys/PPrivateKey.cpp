@@ -18,15 +18,10 @@ static constexpr const char* oidRandomNumber = "1 2 410 200004 10 1 1 3";
 int PPrivateKey::GetPrivateKeyAlgorithm(int* keyCode, ByteString& oid, ByteString& privateKey, ByteString& parameters,
                                         ByteString& flatKey, int hashAlg, ByteString* publicKey)
 {
-    int refused = 0;
-    switch (keyFamily(*this, privateSide, oid, &refused)) {
-    case KeyFamily::rsa:
-        return flattenRsa<RRSAPrivateKey>(*this, privateSide, keyCode, privateKey, flatKey);
-    case KeyFamily::kcdsa:
-        return flattenKcdsa(keyCode, privateKey, parameters, flatKey, hashAlg, publicKey);
-    default:
-        return refused;
-    }
+    const KeyFamily family = keyFamily(oid);
+    if (family == KeyFamily::rsa) return flattenRsa<RRSAPrivateKey>(*this, privateSide, keyCode, privateKey, flatKey);
+    if (family == KeyFamily::kcdsa) return flattenKcdsa(keyCode, privateKey, parameters, flatKey, hashAlg, publicKey);
+    return refuseFamily(*this, privateSide, family, oid);
 }
 
 int PPrivateKey::flattenKcdsa(int* keyCode, ByteString& privateKey, ByteString& parameters, ByteString& flatKey, int hashAlg,
@@ -39,9 +34,8 @@ int PPrivateKey::flattenKcdsa(int* keyCode, ByteString& privateKey, ByteString& 
     RDSAPrivateKey dsaPrivateKey;
     if (dsaPrivateKey.setKey(privateKey, publicKey ? *publicKey : none) > 0) return failed(14, "dsaPrivateKey", dsaPrivateKey);
     if (dsaPrivateKey.setParam(domain) > 0) return failed(16, "dsaPrivateKey", dsaPrivateKey);
-    flatKey = dsaPrivateKey.toASN1Object();
-    if (dsaPrivateKey.getLastError() > 0) return failed(17, "dsaPrivateKey", dsaPrivateKey);
-    return flatKey.isOutOfMemory() ? failed.memory(17, "dsaPrivateKey") : 0;
+    flatKey.swap(dsaPrivateKey.toASN1Object());
+    return dsaPrivateKey.getLastError() > 0 ? failed(17, "dsaPrivateKey", dsaPrivateKey) : 0;
 }
 
 // ---- signing ----
@@ -54,36 +48,38 @@ int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteStrin
     RAlgorithmIdentifier& algorithm = key.getPrivateKeyAlgorithm();
     ByteString& oid = algorithm.getAlgorithm();
     if (algorithm.getLastError() > 0) return fail(*this, 3, "pAlgorithmId", algorithm);
-    ByteString publicKey;
-    ByteString flatKey;
-    if (needsPublicKey(oid)) {
+    ByteString publicKey, flatKey;
+    const KeyFamily family = keyFamily(oid);
+    if (family == KeyFamily::kcdsa || family == KeyFamily::dsa) {
         if (const int code = fetchPublicKey(publicKeySource, sourceIsCertificate == 1, publicKey)) return code;
     }
     int keyCode = 0;
     if (GetPrivateKeyAlgorithm(&keyCode, oid, key.getPrivateKey(), algorithm.getParameters(), flatKey, hashAlg, &publicKey) > 0) {
         return fail(*this, 10, "this", *this);
     }
-    int signatureCode = keyCode;
-    if (keyCode != vnSha1WithKcdsa1024) {
-        if (const int code = rsaSignatureCode(*this, privateSide, keyCode, hashAlg, pss, &signatureCode)) return code;
-    }
+    const bool isPss = pss == 1;
+    const int signAlg = signatureCode(keyCode, hashAlg, isPss);
+    if (signAlg == 0) return refuseSignature(*this, privateSide, keyCode, hashAlg, isPss);
     VNSign sign;
-    return sign.SignData(signatureCode, flatKey, data, signature) > 0 ? fail(*this, 30, "sign.SignData()", sign) : 0;
+    return sign.SignData(signAlg, flatKey, data, signature) > 0 ? fail(*this, 30, "sign.SignData()", sign) : 0;
 }
 
 int PPrivateKey::fetchPublicKey(ByteString* source, bool isCertificate, ByteString& publicKey)
 {
     const FailuresOf failed{*this, "genSignature"};
+    const auto copyKey = [&](RSubjectPublicKeyInfo& info, int code, const char* name) {
+        publicKey.swap(info.getSubjectPublicKey());
+        return info.getLastError() > 0 ? failed(code, name, info) : 0;
+    };
     if (!source) return failed(5, "publicKeySource", "You must set certificate or PublicKeyInfo.");
-    RCertificate cert;
+    if (isCertificate) {
+        RCertificate cert;
+        if (cert.fromASN1Object(*source) > 0) return failed(6, "cert", cert);
+        return copyKey(cert.getTBSCertificate().getSubjectPublicKeyInfo(), 7, "pPubKeyInfo");
+    }
     RSubjectPublicKeyInfo pubKeyInfo;
-    if (isCertificate && cert.fromASN1Object(*source) > 0) return failed(6, "cert", cert);
-    if (!isCertificate && pubKeyInfo.fromASN1Object(*source) > 0) return failed(8, "pubKeyInfo", pubKeyInfo);
-    RSubjectPublicKeyInfo& info = isCertificate ? cert.getTBSCertificate().getSubjectPublicKeyInfo() : pubKeyInfo;
-    publicKey = info.getSubjectPublicKey();
-    if (publicKey.isOutOfMemory()) return failed.memory(isCertificate ? 7 : 9, isCertificate ? "pPubKeyInfo" : "pubKeyInfo");
-    if (info.getLastError() == 0) return 0;
-    return isCertificate ? failed(7, "pPubKeyInfo", info) : failed(9, "pubKeyInfo", info);
+    if (pubKeyInfo.fromASN1Object(*source) > 0) return failed(8, "pubKeyInfo", pubKeyInfo);
+    return copyKey(pubKeyInfo, 9, "pubKeyInfo");
 }
 
 // ---- the random number ----
@@ -96,9 +92,9 @@ int PPrivateKey::setRandomNumber(ByteString& privateKeyInfo, ByteString& randomN
     RAttribute randomNumAttr;
     if (const int code = keepOtherAttributes(priKeyInfo, attributes)) return code;
     if (const int code = makeRandomNumber(randomNumber, randomNumAttr)) return code;
-    const int added = attributes.add(randomNumAttr.toASN1Object());
+    ByteString& attribute = randomNumAttr.toASN1Object();
     if (randomNumAttr.getLastError() > 0) return fail(*this, 7, "randomNumAttr", randomNumAttr);
-    if (added > 0) return failMemory(*this, 8, "priKeyInfo");
+    if (attributes.add(attribute) > 0) return fail(*this, 8, "attributes", attributes.m_SEQ);
     if (priKeyInfo.setAttributes(attributes) > 0) return fail(*this, 8, "priKeyInfo", priKeyInfo);
     ByteString& encoded = priKeyInfo.toASN1Object();
     if (priKeyInfo.getLastError() > 0) return fail(*this, 9, "priKeyInfo", priKeyInfo);
@@ -106,7 +102,7 @@ int PPrivateKey::setRandomNumber(ByteString& privateKeyInfo, ByteString& randomN
     return 0;
 }
 
-// All attributes but those of the random number's type, as they stand.
+// Copies all attributes but those of the random number's type, in their encoding.
 int PPrivateKey::keepOtherAttributes(RPrivateKeyInfo& privateKeyInfo, RPKCS12Attributes& kept)
 {
     const FailuresOf failed{*this, "setRandomNumber"};

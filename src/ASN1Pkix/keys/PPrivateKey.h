@@ -16,18 +16,18 @@ public:
 
     static constexpr int badPrivateKeyInfo = 4108;
 
-    // For KCDSA the public key is needed, too: it is taken from `publicKeySource`, a certificate in DER or, with
-    // `sourceIsCertificate` 0, a SubjectPublicKeyInfo. RSA keys may come without one.
+    // A KCDSA key needs its public key, too. It is taken from `publicKeySource`: with `sourceIsCertificate` 1 a certificate in
+    // DER, otherwise a SubjectPublicKeyInfo. For an RSA key it may be null. 1 in `pss` asks for RSA-PSS.
     int genSignature(ByteString& privateKeyInfo, int hashAlg, ByteString& data, ByteString& signature, ByteString* publicKeySource,
                      unsigned char sourceIsCertificate, int pss);
 
-    // What kind of key this is, in the facade's code, and the key in the form that the engine takes. `oid` and
-    // `parameters` are those of its algorithm, `privateKey` the contents of the OCTET STRING, `publicKey` those of the BIT
-    // STRING, which KCDSA needs.
+    // Gives the facade's code of the key, for KCDSA of its signatures, and the flat key, which is the form that the engine takes.
+    // `oid` and `parameters` are those of the key's algorithm, `privateKey` is the content of the OCTET STRING, `publicKey`, for
+    // KCDSA only, that of the BIT STRING.
     int GetPrivateKeyAlgorithm(int* keyCode, ByteString& oid, ByteString& privateKey, ByteString& parameters, ByteString& flatKey,
                                int hashAlg, ByteString* publicKey);
 
-    // Replaces the random number attribute of the key, or adds one behind its other attributes. On failure the key stays.
+    // Replaces the random number attributes of the key by one behind its other attributes. A failure leaves the key as it was.
     int setRandomNumber(ByteString& privateKeyInfo, ByteString& randomNumber);
 
 private:

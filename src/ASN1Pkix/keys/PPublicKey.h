@@ -1,4 +1,4 @@
-// Encryption to, and verification under, a SubjectPublicKeyInfo (RFC 5280, 4.1.2.7) or the key of a certificate.
+// Encryption and verification with a SubjectPublicKeyInfo (RFC 5280, 4.1.2.7) or the key of a certificate.
 #pragma once
 
 #include "base/Objects.h"
@@ -10,15 +10,16 @@ class PPublicKey : public PObject {
 public:
     static constexpr const char* className = "PPublicKey";
 
-    // RSA with PKCS #1 v1.5 padding; OAEP is refused.
+    // RSA with PKCS #1 v1.5 padding. 1 in `oaep` asks for OAEP, which is refused.
     int encrypt(ByteString& subjectPublicKeyInfo, ByteString& data, ByteString& out, int oaep);
 
-    // 0: the signature holds; 21: it does not, or could not be tried; other codes for the key and the digest.
+    // 0: the signature is valid; 21: it is not, or the facade refuses the algorithm; other codes for the key and the digest.
+    // 1 in `pss` asks for RSA-PSS.
     int verifySignature(ByteString& subjectPublicKeyInfo, ByteString& data, ByteString& signature, int hashAlg, int pss);
-    // The same under a certificate in DER: 1 when it holds no key to be read, 2 for all else.
+    // The same with a certificate in DER: 1 if its key cannot be read, 2 for all other failures.
     int verifySignatureWithCert(ByteString& certificate, ByteString& data, ByteString& signature, int hashAlg, int pss);
 
-    // As PPrivateKey's, with the contents of the BIT STRING as the key.
+    // As PPrivateKey::GetPrivateKeyAlgorithm; the key is the content of the BIT STRING.
     int GetPublicKeyAlgorithm(int* keyCode, ByteString& oid, ByteString& subjectPublicKey, ByteString& parameters,
                               ByteString& flatKey, int hashAlg);
 
@@ -26,7 +27,7 @@ public:
     int getPublicKeyInfoFromCert(ByteString& certificate, ByteString& out);
 
 private:
-    int detect(ByteString& subjectPublicKeyInfo, int hashAlg, int* keyCode, ByteString& flatKey, Here at);
+    int readKey(const FailuresOf& failed, ByteString& subjectPublicKeyInfo, int hashAlg, int* keyCode, ByteString& flatKey);
     int flattenKcdsa(int* keyCode, ByteString& subjectPublicKey, ByteString& parameters, ByteString& flatKey, int hashAlg);
 };
 
