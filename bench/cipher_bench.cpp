@@ -1,4 +1,4 @@
-// The session cipher, the digests and the drawing of keys, beside the same operations of OpenSSL.
+// The session cipher, the digests and key generation, beside the same operations of OpenSSL.
 #include "engine/digest/hmac.h"
 #include "engine/digest/sha1.h"
 #include "pair.h"
@@ -38,7 +38,7 @@ struct Session {
     ~Session() { VRNO_API_Finish(&context); }
 };
 
-// One exported call, its result handed out and given back.
+// One exported call; its result is released.
 void ours(const Session& session, int (*call)(VRNO_API_CTX*, const VRNO_BINSTR*, VRNO_BINSTR*), const Bytes& data)
 {
     const VRNO_BINSTR in{const_cast<unsigned char*>(data.data()), static_cast<unsigned>(data.size())};
@@ -48,7 +48,7 @@ void ours(const Session& session, int (*call)(VRNO_API_CTX*, const VRNO_BINSTR*,
     VRNO_BINSTR_Delete(&out);
 }
 
-// What a user of OpenSSL does for one message: a context, key and IV, the data into a block of its own.
+// The same by OpenSSL for one message: a context, key and IV, the output in a block of its own.
 void peer(const Session& session, const EVP_CIPHER* algorithm, bool encrypts, const Bytes& data)
 {
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> context(EVP_CIPHER_CTX_new(), EVP_CIPHER_CTX_free);

@@ -1,4 +1,4 @@
-// Enveloped messages beside OpenSSL's, to the same recipient with the same cipher: the certificate read, the message in DER.
+// Enveloped messages beside OpenSSL's, for the same recipient and cipher: both read the certificate and write DER.
 #include "pair.h"
 #include "vrno.h"
 
@@ -17,7 +17,7 @@ void registerEnvelopePairs();
 
 namespace {
 
-// A certificate of OpenSSL's making, as both sides read it, and a content.
+// A certificate made by OpenSSL, in the form that each side reads, and a content.
 struct Mail {
     std::vector<unsigned char> certificate, content;
     VRNO_API_CTX* context = nullptr;

@@ -1,9 +1,8 @@
-// Runs all pairs and prints, behind each, how many times as fast as the peer we are.
+// Runs all pairs and prints for each how many times as fast as the peer we are.
 //
 //     vrno-bench [--benchmark_filter=REGEX] and the other options of Google Benchmark
 //
-// The two of a pair run in turns, five each, and each counts with its best run: what else goes on on the machine then
-// falls on both alike.
+// The two of a pair run in turns, five runs each, and the best run counts. So other load on the machine affects both alike.
 #include "pair.h"
 
 #include <cstdio>

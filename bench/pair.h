@@ -1,4 +1,4 @@
-// Benchmarks in pairs: ours and a peer's, measured in one run and told as a ratio.
+// Benchmarks in pairs: ours and a peer's, measured in one run and printed as a ratio.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -8,11 +8,10 @@
 
 namespace bench {
 
-// One operation, done over and over.
+// One operation, which is repeated.
 using Operation = std::function<void()>;
 
-// Registers "name/ours" and "name/peer" beside each other. `bytes` is what one operation takes in, 0 where that says
-// nothing.
+// Registers "name/ours" and "name/peer". `bytes` is the input of one operation, 0 if that has no meaning.
 void pair(const std::string& name, std::size_t bytes, Operation ours, Operation peer);
 
 } // namespace bench

@@ -1,4 +1,4 @@
-// RSA signatures and encryption beside OpenSSL: the private and the public operation as their users call them.
+// RSA signatures and verification beside OpenSSL: the private and the public operation as users call them.
 #include "engine/frame/zirc.h"
 #include "pair.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 using namespace vrno;
 
-// A key of OpenSSL's making, as both sides hold it, with a signature by it.
+// A key made by OpenSSL, in the form of each side, with a signature.
 struct Key {
     EVP_PKEY* key;
     unsigned char *publicBlob = nullptr, *privateBlob = nullptr, signature[256];

@@ -90,7 +90,7 @@ TEST(SessionCipher, EveryMessageStartsFromTheSessionIv)
         BinStr in(std::string(length, 'p'));
         ASSERT_EQ(VRNO_CRYPT_Encrypt(context, length ? static_cast<VRNO_BINSTR*>(in) : nullptr, out), 0);
         {
-            const FailingAllocation none(0); // fails nothing, and counts
+            const FailingAllocation none(0); // fails none, but counts
             ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, again), 0);
             EXPECT_LT(FailingAllocation::size(), length + 32000); // the output, which is the work block
         }
@@ -115,13 +115,13 @@ TEST(SessionCipher, FlagsChooseChainAndPadding)
     EXPECT_EQ(first.data(), one.data());
     ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, two), 0);
     EXPECT_NE(two.data(), one.data());
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0); // the chain starts afresh
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0); // starts a new chain
     ASSERT_EQ(VRNO_CRYPT_Decrypt(context, first, first), 0);
     ASSERT_EQ(VRNO_CRYPT_Decrypt(context, two, two), 0);
     EXPECT_EQ(first.data(), in.data());
     EXPECT_EQ(two.data(), in.data());
     fields.ucFlags = 1 | 4;
-    EXPECT_EQ(VRNO_CRYPT_Decrypt(context, one, first), 5006); // sixteen bytes of 0x10 are no such padding
+    EXPECT_EQ(VRNO_CRYPT_Decrypt(context, one, first), 5006); // sixteen bytes of 0x10 are not that padding
     ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, one), 0);
     ASSERT_EQ(VRNO_CRYPT_Decrypt(context, one, one), 0);
     EXPECT_EQ(one.data(), in.data());

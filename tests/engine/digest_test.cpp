@@ -182,7 +182,7 @@ TEST(Sha1, EveryKernelAgreesAtEveryLength)
 
 TEST(Sha1, CompressAddsNoPadding)
 {
-    std::uint32_t block[16]; // whose bytes count, not its values
+    std::uint32_t block[16]; // hashed as bytes in memory order
     for (std::uint32_t i = 0; i < 16; ++i) block[i] = 0x01020304 * i;
     SHA_CTX peer;
     ::SHA1_Init(&peer);

@@ -161,7 +161,7 @@ TEST(Kcdsa, VerifiesWithAndWithoutLeadingZerosOfW)
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, zero), -1);
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, key.q), -1);
         bnAdd(sum, s, key.q);
-        EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, sum), -1); // the same modulo q, and yet refused
+        EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, sum), -1); // equal modulo q, but refused
         ASSERT_EQ(kcdsaSign(key, hashId, r, s, at(digest), 20), 0);
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, s), 1);
     }

@@ -96,7 +96,7 @@ TEST(Rsa, OpensslDecryptsOursAndWeDecryptOpenssls)
         const std::string tooLong(static_cast<std::size_t>(row.longest) + 1, 'm'), shorter(row.bits / 8 - 1, 'c');
         EXPECT_EQ(cipher(true, row.id, 6, key.publicBlob, tooLong, out), 3110);
         EXPECT_EQ(cipher(false, row.id, 7, key.privateBlob, shorter, out), 2114);
-        EXPECT_EQ(cipher(true, row.id, 6, key.publicBlob, std::string(1001, 'm'), out), 2101); // more than can wait
+        EXPECT_EQ(cipher(true, row.id, 6, key.publicBlob, std::string(1001, 'm'), out), 2101); // more than the buffer holds
         if (row.id > 13000) {
             EXPECT_EQ(cipher(true, row.id, 7, key.privateBlob, "m", out), 3110);
             EXPECT_EQ(cipher(false, row.id, 6, key.publicBlob, std::string(row.bits / 8, 'c'), out), 3110);
@@ -142,7 +142,7 @@ TEST(Rsa, SignaturesAreThoseOfOpenssl)
     }
 }
 
-// Blocks that OpenSSL's bare operation puts under the key. "~" stands for as many of the octet before it as fill the block.
+// Encoded messages under OpenSSL's bare operation. `block` repeats the last octet of its front to fill the block.
 TEST(Rsa, BadPaddingsAreRefused)
 {
     const Key& key = keyOf(1024);
@@ -193,7 +193,7 @@ TEST(Rsa, BadBlobsAreRefused)
     const Key& key = keyOf(512);
     ZIRC_RsaKey read;
     const auto reads = [&read](bool isPrivate, const std::string& blob) {
-        // In a block of its own, so that a read behind it shows under AddressSanitizer.
+        // In a block of its own, so that a sanitizer sees a read behind it.
         const std::unique_ptr<unsigned char[]> copy(new unsigned char[blob.size()]);
         std::copy(blob.begin(), blob.end(), copy.get());
         return (isPrivate ? rsaReadPrivateKey : rsaReadPublicKey)(read, copy.get(), size(blob)) == 0;

@@ -1,8 +1,5 @@
 // The table of algorithm ids, and the binders that read it.
 #include "engine/frame/context.h"
-#include "engine/frame/kcdsa_slots.h"
-#include "engine/frame/rsa_slots.h"
-#include "engine/frame/seed_slots.h"
 #include "engine/frame/slots.h"
 
 namespace vrno {

@@ -79,7 +79,7 @@ int ZIRC_DecryptInit(ZIRC_Context& context, const unsigned char* key, int keyLen
 
 namespace {
 
-// Where a run over the data stands.
+// The position of a run over the data.
 struct Cursor {
     const unsigned char* input;
     int remaining; // bytes of input
@@ -232,31 +232,29 @@ int initialise(ZIRC_Context& context, const CipherJob& job)
     return job.data.inputLength > maxInput ? ZIRC_SetError(context, ZIRC_INVALID_DATA) : 0;
 }
 
-// Final writes behind what Update has written, into the room that remains.
+// Final writes behind what Update has written, into the room that remains. In the symmetric class key and iv go back to the
+// caller.
 int finish(ZIRC_Context& context, const Direction& direction, const CipherJob& job, int produced)
 {
+    const bool symmetric = context.nClass == ZIRC_CLASS_SYMMETRIC;
+    if (!symmetric) produced = 0;
     int last = *job.data.outputLength - produced;
-    unsigned char* const output = job.data.output ? job.data.output + produced : nullptr;
-    if (direction.finalStage(context, job.nEncMode, output, &last, job.nPaddintType) > 0) return 1;
+    if (direction.finalStage(context, job.nEncMode, job.data.output + produced, &last, job.nPaddintType) > 0) return 1;
     *job.data.outputLength = produced + last;
+    if (symmetric) {
+        std::memcpy(job.key, &context.keyArea, static_cast<std::size_t>(context.sizes.nKeyLen));
+        std::memcpy(job.iv, context.iv, static_cast<std::size_t>(context.sizes.nIvLen));
+    }
     return 0;
 }
 
 int wholeCipher(const Direction& direction, const CipherJob& job)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
     int produced = *job.data.outputLength;
     const Data data{job.data.output, &produced, job.data.input, job.data.inputLength};
-    const int result = stages(
-        *context, [&](ZIRC_Context& c) { return initialise(c, job); },
-        [&](ZIRC_Context& c) { return update(c, direction, job.key, job.keyLength, job.nEncMode, data); },
-        [&](ZIRC_Context& c) { return finish(c, direction, job, c.nClass == ZIRC_CLASS_SYMMETRIC ? produced : 0); });
-    if (result == 0 && context->nClass == ZIRC_CLASS_SYMMETRIC) {
-        std::memcpy(job.key, &context->keyArea, static_cast<std::size_t>(context->sizes.nKeyLen));
-        std::memcpy(job.iv, context->iv, static_cast<std::size_t>(context->sizes.nIvLen));
-    }
-    return result;
+    return stages([&](auto& c) { return initialise(c, job); },
+                  [&](auto& c) { return update(c, direction, job.key, job.keyLength, job.nEncMode, data); },
+                  [&](auto& c) { return finish(c, direction, job, produced); });
 }
 
 } // namespace

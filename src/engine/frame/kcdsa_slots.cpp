@@ -1,5 +1,4 @@
-#include "engine/frame/kcdsa_slots.h"
-
+// KCDSA as an algorithm of the engine.
 #include "engine/frame/key_slots.h"
 #include "engine/frame/slots.h"
 #include "engine/kcdsa/kcdsa.h"
@@ -62,7 +61,7 @@ int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publi
     if (kcdsaGenerateKeyPair(key, context.sizes.nKeyBits, orderBits(context.sizes.nKeyBits)) < 0) {
         return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
     }
-    return writeKeyPair<Kcdsa>(context, key, {publicBlob, publicLength, privateBlob, privateLength});
+    return writeKeyPair<Kcdsa>(context, key, publicBlob, publicLength, privateBlob, privateLength);
 }
 
 // SHA-1 that begins with z.

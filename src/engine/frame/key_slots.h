@@ -32,24 +32,19 @@ template <class Scheme> int setPrivateKey(ZIRC_Context& context, const unsigned 
     return ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
 }
 
-// The blobs of a generated key; their lengths hold the room on entry.
-struct KeyPairOut {
-    unsigned char* publicBlob;
-    int* publicLength;
-    unsigned char* privateBlob;
-    int* privateLength;
-};
-
-template <class Scheme> int writeKeyPair(ZIRC_Context& context, const typename Scheme::Key& key, const KeyPairOut& out)
+// The two blobs of a generated key.
+template <class Scheme>
+int writeKeyPair(ZIRC_Context& context, const typename Scheme::Key& key, unsigned char* publicBlob, int* publicLength,
+                 unsigned char* privateBlob, int* privateLength)
 {
-    const int publicLength = Scheme::writePublicKey(key, out.publicBlob, *out.publicLength);
-    const int privateLength = Scheme::writePrivateKey(key, out.privateBlob, *out.privateLength);
-    if (publicLength < 0 || privateLength < 0) {
-        wipe(out.privateBlob, static_cast<std::size_t>(*out.privateLength));
+    const int publicWritten = Scheme::writePublicKey(key, publicBlob, *publicLength);
+    const int privateWritten = Scheme::writePrivateKey(key, privateBlob, *privateLength);
+    if (publicWritten < 0 || privateWritten < 0) {
+        wipe(privateBlob, static_cast<std::size_t>(*privateLength));
         return ZIRC_SetError(context, ZIRC_NOT_ENOUGH_BUFFER);
     }
-    *out.publicLength = publicLength;
-    *out.privateLength = privateLength;
+    *publicLength = publicWritten;
+    *privateLength = privateWritten;
     return 0;
 }
 

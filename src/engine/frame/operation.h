@@ -23,20 +23,22 @@ inline OwnedContext newContext()
     return OwnedContext(new (std::nothrow) ZIRC_Context);
 }
 
-// Runs the stages in order up to the first that fails. 0, or the context's error with that stage's offset: 1000, 2000,
-// 3000 by position.
-template <class... Stage> int stages(ZIRC_Context& context, Stage... stage)
+// Runs the stages of an operation in a context of its own, in order up to the first that fails. 0, or the context's error with
+// that stage's offset: 1000, 2000, 3000 by position.
+template <class... Stage> int stages(Stage... stage)
 {
+    const OwnedContext context = newContext();
+    if (!context) return ZIRC_MEMORY_ERROR;
     int offset = 0;
     const auto succeeds = [&](auto& next) {
         offset += 1000;
-        return next(context) == 0;
+        return next(*context) == 0;
     };
     if ((succeeds(stage) && ...)) return 0;
-    return context.nError + offset;
+    return context->nError + offset;
 }
 
-// Runs a slot; 1 where the algorithm does not have it.
+// Runs a slot; 1 if the algorithm does not have it.
 template <class Slot, class... Argument> int runSlot(ZIRC_Context& context, Slot Slots::*slot, Argument... arguments)
 {
     const Slot run = context.slots->*slot;

@@ -35,12 +35,9 @@ int ZIRC_DigestFinal(ZIRC_Context& context, unsigned char* output, int* outputLe
 
 int ZIRC_DigestData(int nAlgID, unsigned char* output, int* outputLength, const unsigned char* input, int inputLength)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
-    return stages(
-        *context, [&](ZIRC_Context& c) { return ZIRC_DigestInit(c, nAlgID); },
-        [&](ZIRC_Context& c) { return ZIRC_DigestUpdate(c, input, inputLength); },
-        [&](ZIRC_Context& c) { return ZIRC_DigestFinal(c, output, outputLength); });
+    return stages([&](auto& c) { return ZIRC_DigestInit(c, nAlgID); },
+                  [&](auto& c) { return ZIRC_DigestUpdate(c, input, inputLength); },
+                  [&](auto& c) { return ZIRC_DigestFinal(c, output, outputLength); });
 }
 
 // ---- MAC ----
@@ -68,28 +65,23 @@ int ZIRC_MACFinal(ZIRC_Context& context, unsigned char* output, int* outputLengt
 int ZIRC_GenerateMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
-    return stages(
-        *context, [&](ZIRC_Context& c) { return ZIRC_MACInit(c, key, keyLength, nAlgID); },
-        [&](ZIRC_Context& c) { return ZIRC_MACUpdate(c, input, inputLength); },
-        [&](ZIRC_Context& c) { return ZIRC_MACFinal(c, output, outputLength); });
+    return stages([&](auto& c) { return ZIRC_MACInit(c, key, keyLength, nAlgID); },
+                  [&](auto& c) { return ZIRC_MACUpdate(c, input, inputLength); },
+                  [&](auto& c) { return ZIRC_MACFinal(c, output, outputLength); });
 }
 
 int ZIRC_ChainMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                   const unsigned char* firstLink, int linkLength, int furtherLinks)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
-    return stages(
-        *context, [&](ZIRC_Context& c) { return ZIRC_MACInit(c, key, keyLength, nAlgID); },
-        [&](ZIRC_Context& c) {
-            if (checkInput(c, firstLink, linkLength) > 0 || checkOutput(c, output, *outputLength, c.sizes.nOutputBlockLen) > 0)
-                return 1;
-            *outputLength = c.sizes.nOutputBlockLen;
-            if (linkLength != *outputLength) return ZIRC_SetError(c, ZIRC_INVALID_DATA);
-            return runStagedSlot(c, &Slots::fnMacChain, output, firstLink, furtherLinks);
-        });
+    return stages([&](auto& c) { return ZIRC_MACInit(c, key, keyLength, nAlgID); },
+                  [&](auto& c) {
+                      if (checkInput(c, firstLink, linkLength) > 0 ||
+                          checkOutput(c, output, *outputLength, c.sizes.nOutputBlockLen) > 0)
+                          return 1;
+                      *outputLength = c.sizes.nOutputBlockLen;
+                      if (linkLength != *outputLength) return ZIRC_SetError(c, ZIRC_INVALID_DATA);
+                      return runStagedSlot(c, &Slots::fnMacChain, output, firstLink, furtherLinks);
+                  });
 }
 
 // ---- signature ----
@@ -147,23 +139,17 @@ int ZIRC_VerifyFinal(ZIRC_Context& context, const unsigned char* key, int keyLen
 int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                   const unsigned char* input, int inputLength)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
-    return stages(
-        *context, [&](ZIRC_Context& c) { return ZIRC_SignInit(c, key, keyLength, nAlgID); },
-        [&](ZIRC_Context& c) { return ZIRC_DigestUpdate(c, input, inputLength); },
-        [&](ZIRC_Context& c) { return ZIRC_SignFinal(c, key, keyLength, output, outputLength); });
+    return stages([&](auto& c) { return ZIRC_SignInit(c, key, keyLength, nAlgID); },
+                  [&](auto& c) { return ZIRC_DigestUpdate(c, input, inputLength); },
+                  [&](auto& c) { return ZIRC_SignFinal(c, key, keyLength, output, outputLength); });
 }
 
 int ZIRC_VerifyData(const unsigned char* key, int keyLength, int nAlgID, const unsigned char* signature, int signatureLength,
                     const unsigned char* input, int inputLength)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
-    return stages(
-        *context, [&](ZIRC_Context& c) { return ZIRC_VerifyInit(c, key, keyLength, nAlgID); },
-        [&](ZIRC_Context& c) { return ZIRC_DigestUpdate(c, input, inputLength); },
-        [&](ZIRC_Context& c) { return ZIRC_VerifyFinal(c, key, keyLength, signature, signatureLength); });
+    return stages([&](auto& c) { return ZIRC_VerifyInit(c, key, keyLength, nAlgID); },
+                  [&](auto& c) { return ZIRC_DigestUpdate(c, input, inputLength); },
+                  [&](auto& c) { return ZIRC_VerifyFinal(c, key, keyLength, signature, signatureLength); });
 }
 
 // ---- random ----

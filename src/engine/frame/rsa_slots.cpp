@@ -1,5 +1,4 @@
-#include "engine/frame/rsa_slots.h"
-
+// RSA as an algorithm of the engine.
 #include "engine/frame/key_slots.h"
 #include "engine/frame/slots.h"
 #include "engine/rsa/rsa.h"
@@ -103,7 +102,7 @@ int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publi
     const int result = multiPrime ? rsaGenerateMultiPrimeKeyPair(key, sizes.nKeyBits, exponent, sizes.nPrimeCount)
                                   : rsaGenerateKeyPair(key, sizes.nKeyBits, exponent);
     if (result < 0) return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
-    return writeKeyPair<Rsa>(context, key, {publicBlob, publicLength, privateBlob, privateLength});
+    return writeKeyPair<Rsa>(context, key, publicBlob, publicLength, privateBlob, privateLength);
 }
 
 // ---- the constants ----

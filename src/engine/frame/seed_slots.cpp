@@ -1,6 +1,6 @@
-#include "engine/frame/seed_slots.h"
-
+// SEED as an algorithm of the engine.
 #include "base/wipe.h"
+#include "engine/frame/slots.h"
 #include "engine/seed/seed.h"
 
 #include <cstring>

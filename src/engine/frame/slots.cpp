@@ -1,5 +1,5 @@
+// HMAC and the random generator as algorithms of the engine.
 #include "engine/frame/slots.h"
-
 #include "engine/random/random.h"
 
 namespace vrno {

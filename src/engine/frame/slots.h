@@ -1,4 +1,4 @@
-// The slots of the algorithms that need no file of their own: digests, the MAC, the random generator.
+// The slots of all algorithms: constants for the rows of the algorithm table.
 #pragma once
 
 #include "engine/digest/kinds.h"
@@ -53,6 +53,10 @@ struct DigestKind {
 inline constexpr DigestKind md5Digest{hashMd5, Md5Kind::size, withDigest<Md5Kind>({})};
 inline constexpr DigestKind sha1Digest{hashSha1, Sha1Kind::size, withDigest<Sha1Kind>({})};
 
-extern const Slots hmacSlots, randomSlots;
+extern const Slots seedSlots, hmacSlots, randomSlots;
+extern const Slots rsaSlots;                  // PKCS#1 v1.5
+extern const Slots rsaMd5Slots, rsaSha1Slots; // the same with a digest, which ends as a DigestInfo
+extern const Slots rsaOaepPssSlots;           // OAEP and PSS with SHA-1
+extern const Slots kcdsaSlots;                // with SHA-1
 
 } // namespace vrno
