@@ -8,8 +8,10 @@
 #include "ASN1/ASN1Sequence.h"
 #include "ASN1/ASN1Strings.h"
 #include "ASN1/ASN1Times.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 
+#include <gtest/gtest.h>
 #include <map>
 #include <memory>
 
@@ -68,14 +70,18 @@ TEST(Values, LengthsAndHighTagsEncodeMinimally)
 {
     ASN1OctetString value;
     unsigned char out[8];
-    const auto length = [&out](unsigned int n) { return hex({reinterpret_cast<char*>(out), size_t(ASN1Object::PutLength(n, out))}); };
+    const auto length = [&out](unsigned int n) {
+        return hex({reinterpret_cast<char*>(out), size_t(ASN1Object::PutLength(n, out))});
+    };
     EXPECT_EQ(length(0), "00");
     EXPECT_EQ(length(127), "7f");
     EXPECT_EQ(length(128), "8180");
     EXPECT_EQ(length(256), "820100");
     EXPECT_EQ(length(0xFFFFFFFF), "84ffffffff");
     value.m_ucOptionTagClass = 0x80;
-    const auto tag = [&](unsigned int n, bool lead) { return hex({reinterpret_cast<char*>(out), size_t(value.PutHighTag(n, out, lead))}); };
+    const auto tag = [&](unsigned int n, bool lead) {
+        return hex({reinterpret_cast<char*>(out), size_t(value.PutHighTag(n, out, lead))});
+    };
     EXPECT_EQ(tag(0, false), "00");
     EXPECT_EQ(tag(128, true), "9f8100");
     EXPECT_EQ(tag(0xFFFFFFFF, false), "8fffffff7f");
@@ -173,19 +179,21 @@ TEST(ObjectIdentifier, TextAndOctetsBothWays)
     EXPECT_EQ(oid.setOID("7"), 2);
     EXPECT_EQ(oid.setOID(static_cast<const char*>(nullptr)), 2);
     EXPECT_EQ(oid.setOID("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20"), 1);
-    EXPECT_EQ(innermost(bytes(oid.getErrorTrail())), "Value(1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20) is not ASN1 OID Format");
+    EXPECT_EQ(innermost(bytes(oid.getErrorTrail())),
+              "Value(1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20) is not ASN1 OID Format");
     EXPECT_EQ(bytes(oid.getOID(' ')), "1 2 840 113549"); // as it was
     EXPECT_EQ(oid.setOID("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 99999999999999"), 0);
 
-    for (const auto& [octets, text] : std::map<std::string, std::string>{{"78", "3 0"},
-                                                                         {"8837 00", "26 39 0"},
-                                                                         {"2A FFFFFF7F", "1 2 268435455"},
-                                                                         {"2A 8100", "1 2 128"},
-                                                                         {"", ""},
-                                                                         {"2A 81", ""},
-                                                                         {"2A FFFFFFFF7F", ""},
-                                                                         {"2A0101010101010101010101010101010101 01", "1 2 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
-                                                                         {"2A0101010101010101010101010101010101 010101", ""}}) {
+    for (const auto& [octets, text] :
+         std::map<std::string, std::string>{{"78", "3 0"},
+                                            {"8837 00", "26 39 0"},
+                                            {"2A FFFFFF7F", "1 2 268435455"},
+                                            {"2A 8100", "1 2 128"},
+                                            {"", ""},
+                                            {"2A 81", ""},
+                                            {"2A FFFFFFFF7F", ""},
+                                            {"2A0101010101010101010101010101010101 01", "1 2 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1"},
+                                            {"2A0101010101010101010101010101010101 010101", ""}}) {
         oid.setValue(der(octets).data(), static_cast<int>(der(octets).size()));
         EXPECT_EQ(bytes(oid.getOID(' ')), text) << octets;
         EXPECT_EQ(oid.getLastError(), octets.empty() ? 2 : text.empty() ? 1 : 0);

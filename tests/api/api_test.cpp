@@ -1,6 +1,9 @@
 // The exported functions: the life of a context, the frame that all share, binary strings, files.
 #include "api/Call.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/certificates.h"
+#include "support/failing.h"
+#include "support/interface.h"
 
 #include <sys/stat.h>
 
@@ -219,7 +222,8 @@ TEST(Frame, TextGettersKeepTheirContract)
         std::string buffer(text.size() + 8, 'x');
         for (const int size : {exact - 1, 0, -1}) {
             EXPECT_EQ(getter.get(context, size, buffer.data()), 1005);
-            EXPECT_EQ(context.error(), prefix + getter.output + "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : " + std::to_string(exact) + ")");
+            EXPECT_EQ(context.error(), prefix + getter.output +
+                                           "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : " + std::to_string(exact) + ")");
             EXPECT_EQ(buffer, std::string(buffer.size(), 'x'));
         }
         EXPECT_EQ(getter.get(context, exact, buffer.data()), 0);
@@ -266,6 +270,9 @@ TEST(Files, AreReadWhole)
         EXPECT_EQ(VRNO_MEDIA_DISK_ReadFile(context, std::string(length, 'a').c_str(), out), 2500);
         EXPECT_EQ(context.error(), "");
         EXPECT_EQ(VRNO_MEDIA_DISK_ReadCert(context, std::string(length, 'a').c_str(), out), 2504);
-        EXPECT_EQ(context.error(), length < 3000 ? "" : "[VRNO_MEDIA_DISK_ReadCert] 인증서를 읽는데 실패하였습니다. ()"); // without a place that is too long
+        EXPECT_EQ(context.error(),
+                  length < 3000
+                      ? ""
+                      : "[VRNO_MEDIA_DISK_ReadCert] 인증서를 읽는데 실패하였습니다. ()"); // without a place that is too long
     }
 }

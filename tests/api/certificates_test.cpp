@@ -1,7 +1,11 @@
 // Certificates that others made, against what OpenSSL reads in them.
 #include "ASN1Pkix/records/RCertificate.h"
 #include "VNProcess/PCertUtil2.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 #include "support/certificates.h"
+#include "support/interface.h"
+#include "support/openssl.h"
 
 #include <algorithm>
 #include <cstring>
@@ -89,7 +93,8 @@ TEST(Certificates, OfTheSystemReadAsOpenSSLReadsThem)
         unsigned char* out = nullptr;
         const int length = i2d_re_X509_tbs(x.get(), &out);
         const std::unique_ptr<unsigned char, Freed> owner(out);
-        EXPECT_EQ(hex(bytes(record.getTBSCertificate().toASN1Object())), hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(length)}));
+        EXPECT_EQ(hex(bytes(record.getTBSCertificate().toASN1Object())),
+                  hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(length)}));
         ++shown;
     }
     EXPECT_GT(shown, 20);
@@ -126,8 +131,9 @@ TEST(Certificates, FieldsOfEveryKind)
     for (const auto& row : table) {
         SCOPED_TRACE(row.algorithmName);
         Context context;
-        ASSERT_EQ(context.load(certificate(
-                      {.version = row.version, .signature = "06{" + std::string(row.algorithm) + "}", .algorithm = "06{" + std::string(row.key) + "}"})),
+        ASSERT_EQ(context.load(certificate({.version = row.version,
+                                            .signature = "06{" + std::string(row.algorithm) + "}",
+                                            .algorithm = "06{" + std::string(row.key) + "}"})),
                   0)
             << context.error();
         int version = 0;
@@ -157,9 +163,10 @@ TEST(Certificates, ABrokenFieldSpoilsOnlyItsOwnGetter)
     int code = 0;
     getText(context, VRNO_CERT_GetSignatureAlgorithm, code);
     EXPECT_EQ(code, 1500);
-    EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetSignatureAlgorithm] 잘못된 인증서 형식입니다. <tarnlib> "
-                                          "PCertUtil2::getSignatureAlgorithm-pSignature(2),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),"
-                                          "ASN1ObjectIdentifier::getOID-nOID(1),ASN1 OID Format Error");
+    EXPECT_EQ(placeless(context.error()),
+              "[VRNO_CERT_GetSignatureAlgorithm] 잘못된 인증서 형식입니다. <tarnlib> "
+              "PCertUtil2::getSignatureAlgorithm-pSignature(2),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),"
+              "ASN1ObjectIdentifier::getOID-nOID(1),ASN1 OID Format Error");
     getText(context, VRNO_CERT_GetIssuerName, code);
     EXPECT_EQ(code, 1500);
     EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetIssuerName] 잘못된 인증서 형식입니다. <tarnlib> "
@@ -172,7 +179,8 @@ TEST(Certificates, AFailedLoadLeavesNoneLoaded)
 {
     Context context;
     const std::string good = readFile(SAMPLES "/hong.der");
-    for (const std::string& bad : {std::string("-----BEGIN CERTIFICATE-----"), good.substr(0, good.size() - 1), std::string("\x30", 1)}) {
+    for (const std::string& bad :
+         {std::string("-----BEGIN CERTIFICATE-----"), good.substr(0, good.size() - 1), std::string("\x30", 1)}) {
         ASSERT_EQ(context.load(good), 0);
         EXPECT_EQ(context.load(bad), 1500);
         EXPECT_EQ(context.error().find("[VRNO_CERT_Load] 잘못된 인증서 형식입니다. <tarnlib> ["), 0U);
@@ -208,7 +216,8 @@ TEST(Extensions, AreFoundAbsentOrBroken)
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.extensions + " " + row.oid);
-        vrno::ByteString cert = byteString(certificate({.version = "", .extensions = "A3{30{" + std::string(row.extensions) + "}}"}));
+        vrno::ByteString cert =
+            byteString(certificate({.version = "", .extensions = "A3{30{" + std::string(row.extensions) + "}}"}));
         vrno::PCertUtil2 loaded, other;
         ASSERT_EQ(loaded.setCertificate(cert), 0);
         EXPECT_EQ(hex(bytes(loaded.getExtensionValue(row.oid))), row.value);

@@ -1,5 +1,6 @@
 // The session cipher.
-#include "support/support.h"
+#include "support/failing.h"
+#include "support/interface.h"
 #include "vrno.h"
 
 using namespace test;

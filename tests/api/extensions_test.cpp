@@ -3,7 +3,11 @@
 #include "VNProcess/PIdentifyDataUtil.h"
 #include "VNProcess/PPolicyUtil.h"
 #include "VNProcess/PSubAltNameUtil.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 #include "support/certificates.h"
+#include "support/interface.h"
+#include "support/openssl.h"
 
 #include <openssl/conf.h>
 #include <openssl/x509v3.h>
@@ -18,7 +22,8 @@ namespace {
 
 const NamedGetter& getterNamed(const std::string& name)
 {
-    return *std::find_if(textGetters.begin(), textGetters.end(), [&](const NamedGetter& g) { return "VRNO_CERT_" + name == g.name; });
+    return *std::find_if(textGetters.begin(), textGetters.end(),
+                         [&](const NamedGetter& g) { return "VRNO_CERT_" + name == g.name; });
 }
 
 std::string unescaped(std::string text)
@@ -44,7 +49,8 @@ TEST(Extensions, RenderAsTheTableSays)
         if (code == 0) {
             EXPECT_EQ(fromKsc(text), unescaped(c[3]));
         } else {
-            EXPECT_EQ(placeless(context.error()), "[" + std::string(getter.name) + "] 잘못된 인증서 형식입니다. <tarnlib> " + unescaped(c[3]));
+            EXPECT_EQ(placeless(context.error()),
+                      "[" + std::string(getter.name) + "] 잘못된 인증서 형식입니다. <tarnlib> " + unescaped(c[3]));
         }
     }
 }
@@ -118,7 +124,8 @@ TEST(Extensions, IdentifyDataIsTakenApart)
         EXPECT_EQ(util.parseIdentifyData(value, name, vid), row.code);
         EXPECT_EQ(hex(bytes(vid)), row.vid);
         if (row.code == 0) { EXPECT_EQ(fromKsc(bytes(name)), "홍"); }
-        const std::string frame = "PIdentifyDataUtil::parseIdentifyData-" + std::string(row.frame) + "(" + std::to_string(row.code) + ")";
+        const std::string frame =
+            "PIdentifyDataUtil::parseIdentifyData-" + std::string(row.frame) + "(" + std::to_string(row.code) + ")";
         if (row.code > 0) { EXPECT_EQ(outermost(bytes(util.getErrorTrail())), frame); }
     }
 }
@@ -225,7 +232,10 @@ std::string urls(const CRL_DIST_POINTS& points)
             const GENERAL_NAME* const general = sk_GENERAL_NAME_value(name->name.fullname, j);
             EXPECT_EQ(general->type, GEN_URI);
             const ASN1_IA5STRING* const uri = general->d.uniformResourceIdentifier;
-            if (count++ < 3) append(list, "|", {reinterpret_cast<const char*>(ASN1_STRING_get0_data(uri)), static_cast<std::size_t>(ASN1_STRING_length(uri))});
+            if (count++ < 3)
+                append(
+                    list, "|",
+                    {reinterpret_cast<const char*>(ASN1_STRING_get0_data(uri)), static_cast<std::size_t>(ASN1_STRING_length(uri))});
         }
     }
     return list;
@@ -267,7 +277,8 @@ Certificate made(const std::string& extensions)
     ASN1_INTEGER_set(X509_get_serialNumber(x.get()), 0x80);
     X509_gmtime_adj(X509_getm_notBefore(x.get()), 0);
     X509_gmtime_adj(X509_getm_notAfter(x.get()), 1000);
-    X509_NAME_add_entry_by_txt(X509_get_subject_name(x.get()), "CN", MBSTRING_UTF8, reinterpret_cast<const unsigned char*>("홍길동"), -1, -1, 0);
+    X509_NAME_add_entry_by_txt(X509_get_subject_name(x.get()), "CN", MBSTRING_UTF8,
+                               reinterpret_cast<const unsigned char*>("홍길동"), -1, -1, 0);
     X509_set_issuer_name(x.get(), X509_get_subject_name(x.get()));
     X509_set_pubkey(x.get(), key.get());
 
@@ -292,10 +303,13 @@ TEST(Extensions, ThatOpenSSLMakesReadAsItReadsThem)
                                  "[point]\nfullname=URI:http://c\nreasons=keyCompromise,CACompromise\nCRLissuer=dirName:dir\n"
                                  "[relative]\nrelativename=name\n[name]\nCN=r\n";
     const char* const table[] = {
-        "keyUsage=digitalSignature,keyEncipherment,decipherOnly\nbasicConstraints=critical,CA:TRUE,pathlen:3\nextendedKeyUsage=serverAuth,OCSPSigning,1.2.3.4",
-        "keyUsage=nonRepudiation,dataEncipherment,keyAgreement,keyCertSign,cRLSign,encipherOnly\nbasicConstraints=CA:FALSE\nextendedKeyUsage=timeStamping",
+        "keyUsage=digitalSignature,keyEncipherment,decipherOnly\nbasicConstraints=critical,CA:TRUE,pathlen:3\nextendedKeyUsage="
+        "serverAuth,OCSPSigning,1.2.3.4",
+        "keyUsage=nonRepudiation,dataEncipherment,keyAgreement,keyCertSign,cRLSign,encipherOnly\nbasicConstraints=CA:"
+        "FALSE\nextendedKeyUsage=timeStamping",
         "basicConstraints=CA:TRUE\nsubjectKeyIdentifier=hash\nauthorityKeyIdentifier=keyid:always,issuer:always",
-        "certificatePolicies=1.2.3.4,2.5.29.32.0,@policy\ncrlDistributionPoints=URI:http://a,URI:http://b,point,relative,URI:http://d",
+        "certificatePolicies=1.2.3.4,2.5.29.32.0,@policy\ncrlDistributionPoints=URI:http://a,URI:http://b,point,relative,URI:http:/"
+        "/d",
         ("subjectAltName=email:a@b.kr,DNS:a.kr,URI:http://a,IP:1.2.3.4,RID:1.2.3,dirName:dir,otherName:1.2.3;UTF8:x\n"
          "authorityInfoAccess=OCSP;URI:http://o,caIssuers;URI:http://i"),
     };

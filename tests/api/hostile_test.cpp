@@ -5,7 +5,12 @@
 #include "ASN1Pkix/records/RPrivateKeyInfo.h"
 #include "ASN1Pkix/records/UDNSettings.h"
 #include "VNProcess/PCertUtil2.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
+#include "support/certificates.h"
+#include "support/failing.h"
+#include "support/interface.h"
+#include "support/scenarios.h"
 
 #include <cstring>
 #include <functional>
@@ -15,7 +20,8 @@
 using namespace vrno;
 using namespace test;
 
-static const std::string hong = readFile(SAMPLES "/hong.der"), hongsKey = readFile(SAMPLES "/hong.key"), hongsBlob = useKey(hong, hongsKey, "").at(1).output;
+static const std::string hong = readFile(SAMPLES "/hong.der"), hongsKey = readFile(SAMPLES "/hong.key"),
+                         hongsBlob = useKey(hong, hongsKey, "").at(1).output;
 
 static void expectDocumented(const std::vector<Result>& results)
 {
@@ -59,7 +65,8 @@ TEST(Hostile, EveryChangedByteOfAKeyGivesDocumentedCodes)
     for (std::size_t at = 0; at < hong.size(); ++at) expectDocumented(useKey(changed(hong, at), hongsKey, "x"));
     for (std::size_t at = 0; at < hongsKey.size(); ++at) {
         expectDocumented(useKey(hong, changed(hongsKey, at), "x"));
-        EXPECT_EQ(useKey(hong, hongsKey.substr(0, at + 1), "x").at(3), at + 1 < hongsKey.size() ? (Result{2003, ""}) : (Result{0, ""}));
+        EXPECT_EQ(useKey(hong, hongsKey.substr(0, at + 1), "x").at(3),
+                  at + 1 < hongsKey.size() ? (Result{2003, ""}) : (Result{0, ""}));
     }
     for (std::size_t at = 0; at < hongsBlob.size(); ++at) {
         expectDocumented(useKey("x", "x", changed(hongsBlob, at)));
@@ -81,7 +88,8 @@ TEST(Hostile, DeepNestingCostsNoStack)
     constexpr int levels = 400000;
     const std::string open = repeated("\x30\x80", levels), close(2 * levels, '\0'), tagged = repeated("\xA0\x80", levels);
     ASN1Object closed, cut, wrappers;
-    ByteString data = byteString(open + close), unclosed = byteString(open + close.substr(levels)), unclosedTags = byteString("\x30\x80" + tagged);
+    ByteString data = byteString(open + close), unclosed = byteString(open + close.substr(levels)),
+               unclosedTags = byteString("\x30\x80" + tagged);
     EXPECT_EQ(closed.fromASN1Object(data), 0);
     EXPECT_EQ(closed.getValueLength(), 4 * (levels - 1));
     EXPECT_EQ(cut.fromASN1Object(unclosed), 10);
@@ -100,7 +108,8 @@ TEST(Hostile, NestedFailureTellsEachLevel)
     EXPECT_EQ(object.fromASN1Object(data), 10);
     const std::string trail = bytes(object.getErrorTrail()), method = "ASN1Object::findIndefiniteLengEnd-Value Length";
     std::string frames;
-    for (std::size_t at = 0; (at = trail.find(method, at)) != std::string::npos; at += method.size()) frames += trail.substr(at + method.size(), 3);
+    for (std::size_t at = 0; (at = trail.find(method, at)) != std::string::npos; at += method.size())
+        frames += trail.substr(at + method.size(), 3);
     EXPECT_EQ(frames, "(3)(4)(5)");
 }
 
@@ -131,8 +140,8 @@ TEST(Hostile, HundredsOfThousandsOfPiecesCostLinearTime)
     EXPECT_EQ(text.getLength(), 60000 * 5 - 1);
 
     const std::string extension = "30{06{551D0F} 040141}", utc = "17{\"0401011200Z\"}";
-    ByteString cert = byteString(der("30{30{020101 30{06{2A03}} 3000 30{" + utc + utc + "} 3000 30{30{06{2A03}} 030100} A3{30{" + repeated(extension, 80000) +
-                                     "}}} 30{06{2A03}} 030100}"));
+    ByteString cert = byteString(der("30{30{020101 30{06{2A03}} 3000 30{" + utc + utc + "} 3000 30{30{06{2A03}} 030100} A3{30{" +
+                                     repeated(extension, 80000) + "}}} 30{06{2A03}} 030100}"));
     PCertUtil2 util;
     ASSERT_EQ(util.setCertificate(cert), 0);
     util.getExtensionValue("2 5 29 14");
@@ -204,7 +213,9 @@ static void failEachAllocation(const Scenario& use)
             for (std::size_t i = 0; i < results.size(); ++i) {
                 for (const int lie : {1502, 2000, 2004})
                     EXPECT_TRUE(results[i].code != lie || well[i].code == lie) << "call " << i << ", allocation " << number;
-                if (results[i].code == 0) { EXPECT_EQ(results[i].output, well[i].output) << "call " << i << ", allocation " << number; }
+                if (results[i].code == 0) {
+                    EXPECT_EQ(results[i].output, well[i].output) << "call " << i << ", allocation " << number;
+                }
             }
         }
     }

@@ -3,8 +3,10 @@
 #include "base/ByteBuilder.h"
 #include "base/DateTime.h"
 #include "base/Objects.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/failing.h"
 
+#include <gtest/gtest.h>
 #include <openssl/evp.h>
 
 #include <cstdlib>
@@ -163,8 +165,8 @@ TEST(Base64, IsThatOfOpenSSLForEveryLength)
         ByteString in = byteString(data), text, back;
         ASSERT_EQ(base64Encode(in, text), 0);
         std::string expected(data.size() * 2 + 8, '\0');
-        expected.resize(static_cast<std::size_t>(
-            EVP_EncodeBlock(reinterpret_cast<unsigned char*>(expected.data()), reinterpret_cast<const unsigned char*>(data.data()), length)));
+        expected.resize(static_cast<std::size_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(expected.data()),
+                                                                 reinterpret_cast<const unsigned char*>(data.data()), length)));
         ASSERT_EQ(bytes(text), expected);
         ASSERT_EQ(base64Decode(text, back), 0);
         ASSERT_EQ(bytes(back), data);
@@ -173,7 +175,8 @@ TEST(Base64, IsThatOfOpenSSLForEveryLength)
 
 TEST(Base64, DecodesNothingButTheAlphabet)
 {
-    for (const char* text : {"====", "A===", "A", "AA", "AAA", "AA=A", "AA\nA", "AA A", "=AAA", "AAA\xC0", "AAAA\n", "AA==AAAA", "-_AA"}) {
+    for (const char* text :
+         {"====", "A===", "A", "AA", "AAA", "AA=A", "AA\nA", "AA A", "=AAA", "AAA\xC0", "AAAA\n", "AA==AAAA", "-_AA"}) {
         ByteString in = byteString(text), out("kept", 4);
         EXPECT_EQ(base64Decode(in, out), 1) << text;
         EXPECT_TRUE(out == "kept");

@@ -1,7 +1,12 @@
 // Enveloped messages: what libcrypto makes of them, and what the builder and the exported function refuse.
 #include "ASN1Pkix/envelope/PEnvelopedData.h"
 #include "api/envelope.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
+#include "support/certificates.h"
+#include "support/failing.h"
+#include "support/interface.h"
+#include "support/openssl.h"
 
 #include <openssl/cms.h>
 #include <openssl/evp.h>
@@ -16,7 +21,8 @@ using P = PEnvelopedData;
 namespace {
 
 const std::string rsa = "06{2A864886F70D010101} 0500", seed = "06{2A831A8C9A440104}", dataOid = "06{2A864886F70D010701}";
-const std::string issuer = "30{31{30{06{550403} 0C{\"CA\"}}}}", keyUsage = "06{551D0F}", forEncryption = "30{" + keyUsage + "04{03020520}}";
+const std::string issuer = "30{31{30{06{550403} 0C{\"CA\"}}}}", keyUsage = "06{551D0F}",
+                  forEncryption = "30{" + keyUsage + "04{03020520}}";
 
 EVP_PKEY* rsaKey(unsigned bits)
 {
@@ -35,10 +41,15 @@ std::string publicKey(unsigned bits)
     return key;
 }
 
-std::string certificateOf(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption, const std::string& serial = "2A")
+std::string certificateOf(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption,
+                          const std::string& serial = "2A")
 {
     const std::string keyId = "30{06{551D0E} 04{04{" + hex(sha1ByOpenssl(key)) + "}}}";
-    return certificate({.serial = serial, .name = issuer, .algorithm = algorithm, .key = hex(key), .extensions = "A3{30{" + extensions + keyId + "}}"});
+    return certificate({.serial = serial,
+                        .name = issuer,
+                        .algorithm = algorithm,
+                        .key = hex(key),
+                        .extensions = "A3{30{" + extensions + keyId + "}}"});
 }
 
 std::string holder(unsigned bits, const std::string& extensions = forEncryption)
@@ -133,8 +144,8 @@ TEST(Envelope, FieldsStandInTheirOrderAndTheSessionKeyIsTheMessages)
             const std::string encryptedKey = hex(part(result.message, {1, 0, 3}));
             const std::string ktri = "30{020100 30{" + issuer + "02{" + serial + "}} 30{" + rsa + "}" + encryptedKey + "}";
             const std::string cipherText = seedByOpenssl(result.key, result.iv, "content", true);
-            EXPECT_EQ(hex(result.message),
-                      hex(der("30{020100 31{" + ktri + "} 30{" + dataOid + "30{" + seed + "04{" + hex(result.iv) + "}} 80{" + hex(cipherText) + "}}}")));
+            EXPECT_EQ(hex(result.message), hex(der("30{020100 31{" + ktri + "} 30{" + dataOid + "30{" + seed + "04{" +
+                                                   hex(result.iv) + "}} 80{" + hex(cipherText) + "}}}")));
             const Sealed again = sealed(cert, "content", 0);
             EXPECT_NE(again.key, result.key);
             EXPECT_NE(again.iv, result.iv);
@@ -180,7 +191,8 @@ TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
     const std::string add = "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-",
                       ktri = "this(10),PEnvelopedData::recipientInfoIsKTRI-";
     const std::string noAlgorithm = add + "this(1),PEnvelopedData::makeSymetricKey-nEncAlg(1),Unknown symmetric algoritm.";
-    const std::string noDsa = add + "cert(5),Can't encrypt key by dsa or kcdsa algorithm.", make = "PEnvelopedData::makeEnvelopedData-";
+    const std::string noDsa = add + "cert(5),Can't encrypt key by dsa or kcdsa algorithm.",
+                      make = "PEnvelopedData::makeEnvelopedData-";
     const struct {
         std::string trail;
         std::function<void(P&)> prepare = [](P&) {};
@@ -190,16 +202,21 @@ TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
         {noAlgorithm, [](P& p) { p.setEncAlgorithm(3011, 4); }},
         {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.",
          [](P& p) { p.setEncAlgorithm(3090, 4); }},
-        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeSymmetricAlgID-pAlgOID(2),The nMode(5) is not supported.", [](P& p) { p.setEncAlgorithm(3020, 5); }},
+        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeSymmetricAlgID-pAlgOID(2),The nMode(5) is not supported.",
+         [](P& p) { p.setEncAlgorithm(3020, 5); }},
         {make + "m_bsContentType(4),REncryptedContentInfo::setContentType-m_contentType(1)", [](P& p) { p.setContentType(""); }},
         {make + "encrypt(14),Encryption Error", [](P& p) { p.m_bsKey.setData("short", 5); }},
-        {"PEnvelopedData::choiceRecipientIdentifier-m_nRecIdentifier(1),input error(input ISSUERANDSERIALNUMBER or SUBJECT_KEY_IDENTIFIER)",
+        {"PEnvelopedData::choiceRecipientIdentifier-m_nRecIdentifier(1),input error(input ISSUERANDSERIALNUMBER or "
+         "SUBJECT_KEY_IDENTIFIER)",
          [](P& p) { p.choiceRecipientIdentifier(3); }},
         {add + ktri + "keyEncAlgId(12),The RSA OAEP is not supported.", [](P& p) { p.setOption(P::rsaOaep); }},
-        {add + "this(12),PEnvelopedData::encrypt-Algorithm(51),The KARI recipientInfoType is not supported.", [](P& p) { p.m_nRecipientType = 2; }},
-        {"PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipient-pKeyEncryptionKey(2),KeyEncrytionKey does not set.",
+        {add + "this(12),PEnvelopedData::encrypt-Algorithm(51),The KARI recipientInfoType is not supported.",
+         [](P& p) { p.m_nRecipientType = 2; }},
+        {"PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipient-pKeyEncryptionKey(2),KeyEncrytionKey does not "
+         "set.",
          [](P& p) { p.m_nRecipientType = 3; }},
-        {"PEnvelopedData::addRecipientByCert-this(3),PEnvelopedData::encrypt-Algorithm(14),The KEKRI recipientInfoType is not supported.",
+        {"PEnvelopedData::addRecipientByCert-this(3),PEnvelopedData::encrypt-Algorithm(14),The KEKRI recipientInfoType is not "
+         "supported.",
          [](P& p) {
              ByteString kek("key", 3), none;
              p.m_nRecipientType = 3;
@@ -208,9 +225,12 @@ TEST(Envelope, BuilderTellsWhatItDoesNotSupport)
         {add + "m_nRecipientType(13),The recipientType is not chosen.", [](P& p) { p.m_nRecipientType = 4; }},
         {noDsa, {}, "06{2A831A8C9A440101}"},
         {noDsa, {}, "06{2A8648CE380401}"},
-        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-kcdsaParams(5)", {}, "06{2A831A8C9A440115}"},
+        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-kcdsaParams(5)",
+         {},
+         "06{2A831A8C9A440115}"},
         {add + ktri +
-             "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nPrivateKey(2),nLen(8) is not proper RSA public key length.",
+             "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nPrivateKey(2),nLen(8) is not "
+             "proper RSA public key length.",
          {},
          rsa,
          der("30{020103 020103}")},
@@ -243,7 +263,8 @@ TEST(Envelope, RefusalsComeInTheirOrderAndKeepTheSessionKey)
     const std::string badCert = function + "잘못된 인증서 형식입니다. <tarnlib> PCertUtil2::getExtensionValue-cert(1)",
                       badRecipient = function + "잘못된 수신자의 인증서입니다. <tarnlib> ";
     const std::string badUsage = "[VRNO_CERT_GetKeyUsage] 잘못된 인증서 형식입니다. <tarnlib> ASN1BitString::",
-                      notForThis = function + "암호화용 인증서가 아닙니다.", noAlgorithm = function + "지원하지 않는 대칭키 알고리즘입니다.";
+                      notForThis = function + "암호화용 인증서가 아닙니다.",
+                      noAlgorithm = function + "지원하지 않는 대칭키 알고리즘입니다.";
     const auto usage = [](const std::string& value) { return holder(1024, "30{" + keyUsage + "04{" + value + "}}"); };
     const struct {
         std::string cert;

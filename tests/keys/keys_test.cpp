@@ -5,7 +5,11 @@
 #include "ASN1Pkix/keys/PPrivateKey.h"
 #include "ASN1Pkix/keys/PPublicKey.h"
 #include "engine/kcdsa/kcdsa.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 #include "support/certificates.h"
+#include "support/interface.h"
+#include "support/openssl.h"
 
 #include <openssl/rsa.h>
 
@@ -51,7 +55,8 @@ const Pair& rsa(unsigned bits)
     return pairs.contains(bits) ? pairs[bits] : pairs[bits] = makeRsa(bits);
 }
 
-const std::string oidRsa = "06{2A864886F70D010101}", oidKcdsa = "06{2A831A8C9A440101}", oidKcdsa1 = "06{2A831A8C9A440115}", oidDsa = "06{2A8648CE380401}";
+const std::string oidRsa = "06{2A864886F70D010101}", oidKcdsa = "06{2A831A8C9A440101}", oidKcdsa1 = "06{2A831A8C9A440115}",
+                  oidDsa = "06{2A8648CE380401}";
 
 std::string integer(const ZIRC_BN& number)
 {
@@ -104,10 +109,13 @@ int check(const std::string& certificate, const std::string& privateKey, std::st
 
 TEST(KeyPairs, FitOrAreToldApart)
 {
-    const Pair &small = rsa(1024), &large = rsa(2048), odd = rsa(1536), other = makeRsa(1024), first = kcdsa().pair(oidKcdsa), second = kcdsa().pair(oidKcdsa1);
+    const Pair &small = rsa(1024), &large = rsa(2048), odd = rsa(1536), other = makeRsa(1024), first = kcdsa().pair(oidKcdsa),
+               second = kcdsa().pair(oidKcdsa1);
     const std::string head = "[VRNO_PRIKEY_CheckKeyPair] 키쌍이 맞지 않습니다. <tarnlib> PCryptUtil::verifySignatureWithCert-";
-    const std::string byPrivate = head + "privateKey(1),PPrivateKey::genSignature-", byPublic = head + "publicKey(2),PPublicKey::verifySignatureWithCert-";
-    const std::string doesNotHold = byPublic + "this(2),PPublicKey::verifySignature-sign.VerifyData(21),VNSign::VerifyData-ZIRC_VerifyData(13),";
+    const std::string byPrivate = head + "privateKey(1),PPrivateKey::genSignature-",
+                      byPublic = head + "publicKey(2),PPublicKey::verifySignatureWithCert-";
+    const std::string doesNotHold =
+        byPublic + "this(2),PPublicKey::verifySignature-sign.VerifyData(21),VNSign::VerifyData-ZIRC_VerifyData(13),";
     const std::string detection = byPrivate + "this(10),PPrivateKey::GetPrivateKeyAlgorithm-";
     Pair stranger = first;
     stranger.privateKey.back() = static_cast<char>(stranger.privateKey.back() ^ 1);
@@ -120,17 +128,22 @@ TEST(KeyPairs, FitOrAreToldApart)
         {"KCDSA", first.certificate, first.privateKey, "none"},
         {"KCDSA under its other identifier", second.certificate, second.privateKey, "none"},
         {"another RSA key", small.certificate, other.privateKey, doesNotHold + "Final stage; Verification of signature or"},
-        {"an RSA key of another size", small.certificate, large.privateKey, doesNotHold + "Final stage; Verification of signature or"},
+        {"an RSA key of another size", small.certificate, large.privateKey,
+         doesNotHold + "Final stage; Verification of signature or"},
         {"another KCDSA key", first.certificate, stranger.privateKey, doesNotHold + "Final stage; Verification of signature or"},
-        {"an RSA key of no supported size", odd.certificate, odd.privateKey, detection + "nPrivateKey(5),The RSA 1536bit is not supported."},
+        {"an RSA key of no supported size", odd.certificate, odd.privateKey,
+         detection + "nPrivateKey(5),The RSA 1536bit is not supported."},
         {"no private key", small.certificate, "x",
-         byPrivate + "privateKeyInfo(4108),RPrivateKeyInfo::fromASN1Object-asnSeq(1),ASN1Sequence::fromASN1Object-ASN1Object::fromASN1Object(1),"},
-        {"no certificate", "x", small.privateKey, byPublic + "this(1),PPublicKey::getPublicKeyInfoFromCert-unCertKind(6),Unknown certificate type."},
+         byPrivate + "privateKeyInfo(4108),RPrivateKeyInfo::fromASN1Object-asnSeq(1),ASN1Sequence::fromASN1Object-ASN1Object::"
+                     "fromASN1Object(1),"},
+        {"no certificate", "x", small.privateKey,
+         byPublic + "this(1),PPublicKey::getPublicKeyInfoFromCert-unCertKind(6),Unknown certificate type."},
         {"a wireless certificate", "\x01", small.privateKey,
          byPublic + "this(1),PPublicKey::getPublicKeyInfoFromCert-WCertUtil(5),The WCertUtil class dose not suppot."},
         {"KCDSA without its certificate", "x", first.privateKey, byPrivate + "cert(6),RCertificate::fromASN1Object-asnSeq(1),"},
         {"a refused certificate", certificate({.algorithm = oidDsa, .key = "0500"}), small.privateKey,
-         byPublic + "this(2),PPublicKey::verifySignature-this(5),PPublicKey::GetPublicKeyAlgorithm-bsPublicKeyAlgorithm(21),DSA is not supported"},
+         byPublic + "this(2),PPublicKey::verifySignature-this(5),PPublicKey::GetPublicKeyAlgorithm-bsPublicKeyAlgorithm(21),DSA is "
+                    "not supported"},
     };
     for (const auto& row : table) {
         std::string told;
@@ -187,7 +200,8 @@ TEST(KeyPairs, SignaturesKnowTheirDigests)
 TEST(KeyPairs, OpenSSLVerifiesAndDeciphers)
 {
     const Pair& pair = rsa(2048);
-    ByteString key = byteString(pair.privateKey), cert = byteString(pair.certificate), data("data", 4), signature, spki, cipherText, none;
+    ByteString key = byteString(pair.privateKey), cert = byteString(pair.certificate), data("data", 4), signature, spki, cipherText,
+               none;
     PPrivateKey secret;
     PPublicKey open;
     ASSERT_EQ(secret.genSignature(key, 1011, data, signature, nullptr, 0, 0), 0);
@@ -209,7 +223,8 @@ TEST(KeyPairs, OpenSSLVerifiesAndDeciphers)
 
 TEST(KeyPairs, TheRandomNumberComesLastAndOnce)
 {
-    const std::string head = "020100 30{" + oidRsa + " 0500} 04{\"key\"}", other = "30{06{2A03} 31{020101}}", type = "06{2A831A8C9A440A010103}";
+    const std::string head = "020100 30{" + oidRsa + " 0500} 04{\"key\"}", other = "30{06{2A03} 31{020101}}",
+                      type = "06{2A831A8C9A440A010103}";
     const auto number = [&](const std::string& value) { return "30{" + type + " 31{03{00 " + value + "}}}"; };
     const struct {
         std::string before, after;
@@ -236,7 +251,8 @@ TEST(KeyPairs, AlgorithmsOfContents)
     RAlgorithmIdentifier algorithm;
     ByteString iv("iv", 2);
     EXPECT_EQ(util.makeSymmetricAlgID(3090, 4, iv, algorithm), 8);
-    EXPECT_EQ(placeless(bytes(util.getErrorTrail())), "PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.");
+    EXPECT_EQ(placeless(bytes(util.getErrorTrail())),
+              "PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.");
     EXPECT_EQ(util.makeSymmetricAlgID(3020, 1, iv, algorithm), 2);
     EXPECT_EQ(util.makeSymmetricAlgID(3020, 4, iv, algorithm), 0);
     EXPECT_EQ(hex(bytes(algorithm.toASN1Object())), hex(der("30{06{2A831A8C9A440104} 04{\"iv\"}}")));
@@ -259,7 +275,10 @@ public:
     ~Card() { std::filesystem::remove_all(m_folder); }
     Card(const Card&) = delete;
     Card& operator=(const Card&) = delete;
-    void put(const std::string& name, const std::string& content) const { std::ofstream(m_folder + "/" + name, std::ios::binary) << content; }
+    void put(const std::string& name, const std::string& content) const
+    {
+        std::ofstream(m_folder + "/" + name, std::ios::binary) << content;
+    }
     void remove(const std::string& name) const { std::filesystem::remove(m_folder + "/" + name); }
 
 private:
@@ -280,7 +299,8 @@ TEST(Cards, LibrariesComeAndGo)
     EXPECT_EQ(fields.hMediaLib, nullptr);
     EXPECT_EQ(VRNO_MEDIA_Load(context, "libc.so.6"), 0); // has no such function
     EXPECT_EQ(VRNO_MEDIA_CARD_ReadCert(context, 1, "1234", out), 2512);
-    EXPECT_EQ(context.error(), "[VRNO_MEDIA_CARD_ReadCert] 함수 PKI_STORAGE_Read()의 포인터 획득 실패 (fnc=GetProcAddress,errcode=2)");
+    EXPECT_EQ(context.error(),
+              "[VRNO_MEDIA_CARD_ReadCert] 함수 PKI_STORAGE_Read()의 포인터 획득 실패 (fnc=GetProcAddress,errcode=2)");
     void* const first = fields.hMediaLib;
     EXPECT_EQ(VRNO_MEDIA_Load(context, STORAGE_LIBRARY), 2509);
     EXPECT_EQ(context.error(), "[VRNO_MEDIA_Load] 이미 로드되어있습니다.");
@@ -339,12 +359,15 @@ TEST(Cards, EveryResultIsTold)
         SCOPED_TRACE(row.output.substr(0, 200));
         BinStr out("old");
         if (!row.result.empty()) card.put("0010.result", row.result);
-        const int code =
-            row.isKey ? VRNO_MEDIA_CARD_ReadPriKey(context, row.type, "1234", nullptr, out) : VRNO_MEDIA_CARD_ReadCert(context, row.type, "1234", out);
+        const int code = row.isKey ? VRNO_MEDIA_CARD_ReadPriKey(context, row.type, "1234", nullptr, out)
+                                   : VRNO_MEDIA_CARD_ReadCert(context, row.type, "1234", out);
         card.remove("0010.result");
         EXPECT_EQ(code, row.code);
         EXPECT_EQ(out.data(), code == 0 ? row.output : "old");
-        if (code != 0) { EXPECT_EQ(context.error(), std::string(row.isKey ? "[VRNO_MEDIA_CARD_ReadPriKey] " : "[VRNO_MEDIA_CARD_ReadCert] ") + row.output); }
+        if (code != 0) {
+            EXPECT_EQ(context.error(),
+                      std::string(row.isKey ? "[VRNO_MEDIA_CARD_ReadPriKey] " : "[VRNO_MEDIA_CARD_ReadCert] ") + row.output);
+        }
     }
     BinStr out;
     EXPECT_EQ(VRNO_MEDIA_CARD_ReadCert(context, 1, "12345", out), 2515);
@@ -362,7 +385,9 @@ TEST(Cards, KeysAreOpenedAndGetTheirRandomNumber)
     BinStr key(plain), blob, out;
     ASSERT_EQ(VRNO_PRIKEY_Encrypt(context, 48, "password", key, blob), 0);
     for (const char* name : {"0020.item", "2020.item", "0050.item"}) card.put(name, blob.data());
-    const auto read = [&](int type, const char* password) { return VRNO_MEDIA_CARD_ReadPriKey(context, type, "1234", password, out); };
+    const auto read = [&](int type, const char* password) {
+        return VRNO_MEDIA_CARD_ReadPriKey(context, type, "1234", password, out);
+    };
     EXPECT_EQ(read(1, ""), 0); // as it lies there, and no random value asked for
     EXPECT_EQ(out.data(), blob.data());
     EXPECT_EQ(read(2, "password"), 0);
@@ -370,8 +395,8 @@ TEST(Cards, KeysAreOpenedAndGetTheirRandomNumber)
     EXPECT_EQ(read(0x2001, "password"), 0);
     EXPECT_EQ(out.data(), plain);
     EXPECT_EQ(read(1, "password"), 2519);
-    EXPECT_EQ(context.error(),
-              "[VRNO_MEDIA_CARD_ReadPriKey] 본인확인을 위한 랜덤값 읽기 실패하였습니다. <dynamiclib> fnc=PKI_STORAGE_Read,errcode=0x6a82,msg=no such item");
+    EXPECT_EQ(context.error(), "[VRNO_MEDIA_CARD_ReadPriKey] 본인확인을 위한 랜덤값 읽기 실패하였습니다. <dynamiclib> "
+                               "fnc=PKI_STORAGE_Read,errcode=0x6a82,msg=no such item");
     for (const std::string& value : {std::string(), std::string("\0value", 6)}) {
         card.put("0030.item", value);
         EXPECT_EQ(read(1, "password"), 0);
@@ -400,8 +425,10 @@ TEST(Cards, KeysAreOpenedAndGetTheirRandomNumber)
     ASSERT_EQ(VRNO_PRIKEY_Encrypt(context, 48, "password", odd, blob), 0);
     card.put("0020.item", blob.data());
     EXPECT_EQ(read(1, "password"), 2000);
-    EXPECT_EQ(placeless(context.error()).find("[VRNO_MEDIA_CARD_ReadPriKey] 잘못된 개인키 형식입니다. <tarnlib> PPrivateKey::setRandomNumber-attribute(2),"),
-              0U);
+    EXPECT_EQ(
+        placeless(context.error())
+            .find("[VRNO_MEDIA_CARD_ReadPriKey] 잘못된 개인키 형식입니다. <tarnlib> PPrivateKey::setRandomNumber-attribute(2),"),
+        0U);
 }
 
 // A library that the system does not let go: its handle is given back behind our back.

@@ -1,7 +1,9 @@
 // Enveloped messages: what only encodes, and messages that are not ours.
 #include "ASN1Pkix/records/RCms.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 
+#include <gtest/gtest.h>
 #include <openssl/cms.h>
 #include <openssl/evp.h>
 #include <openssl/x509.h>
@@ -63,7 +65,9 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     EXPECT_EQ(enveloped.setVersion(2), 0);
     EXPECT_EQ(enveloped.setRecipientInfos(recipients), 0);
     EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0);
-    const auto ktri = [](const std::string& id, const std::string& key) { return "30{020102 80{" + id + "} 30{06{2A03}} 04{\"" + key + "\"}}"; };
+    const auto ktri = [](const std::string& id, const std::string& key) {
+        return "30{020102 80{" + id + "} 30{06{2A03}} 04{\"" + key + "\"}}";
+    };
     const std::string version = "020102", set = "31{" + ktri("BB", "two") + ktri("AA", "one") + "}";
     const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}", plain = "30{" + version + set + info + "}";
     EXPECT_EQ(encoded(enveloped), hex(der(plain)));
@@ -184,7 +188,8 @@ TEST(Cms, AMessageOfAnotherProgramIsWrittenBack)
             if (recipient.getBitMask() != RRecipientInfo::keyTransRecipientInfo) continue;
             ASSERT_EQ(ktri.fromASN1Object(element), 0);
             EXPECT_EQ(encoded(ktri), hex(bytes(element)));
-            EXPECT_EQ(ktri.m_rid.getBitMask(), flags ? RRecipientIdentifier::subjectKeyIdentifier : RRecipientIdentifier::issuerAndSerialNumber);
+            EXPECT_EQ(ktri.m_rid.getBitMask(),
+                      flags ? RRecipientIdentifier::subjectKeyIdentifier : RRecipientIdentifier::issuerAndSerialNumber);
         }
         EXPECT_EQ(kinds, 1 << RRecipientInfo::keyTransRecipientInfo | 1 << RRecipientInfo::kEKRecipientInfo);
 

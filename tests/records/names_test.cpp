@@ -1,6 +1,9 @@
 // Names as text, and the forms of GeneralName.
 #include "ASN1Pkix/records/UDNSettings.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
+
+#include <gtest/gtest.h>
 
 using namespace vrno;
 using namespace test;

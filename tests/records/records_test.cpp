@@ -8,8 +8,10 @@
 #include "ASN1Pkix/records/RPbe.h"
 #include "ASN1Pkix/records/RPolicies.h"
 #include "ASN1Pkix/records/RPrivateKeyInfo.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 
+#include <gtest/gtest.h>
 #include <map>
 
 using namespace vrno;
@@ -116,7 +118,8 @@ TEST(Records, TBSCertificateKnowsItsOptionalParts)
     const std::string name = "30{31{30{06{550406} 13{\"KR\"}}}}", utc = "17{\"0401011200Z\"}";
     const std::string six = "0203FFC302 30{06{2A03}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{2A03}} 030100}";
     RTBSCertificate tbs;
-    ByteString full = byteString(der("30{A0{020102}" + six + "A3{30{30{06{2A03} 0401AA}}}}")), bare = byteString(der("30{" + six + "}"));
+    ByteString full = byteString(der("30{A0{020102}" + six + "A3{30{30{06{2A03} 0401AA}}}}")),
+               bare = byteString(der("30{" + six + "}"));
     ASSERT_EQ(tbs.fromASN1Object(full), 0);
     EXPECT_EQ(tbs.m_ucBitMask, 0x09);
     EXPECT_EQ(tbs.getVersion(), 2);
@@ -176,7 +179,8 @@ TEST(Records, ChoicesAndDefaultsOfAKeyDerivation)
 {
     RPBKDF2_params params;
     EXPECT_EQ(bytes(params.toASN1Object()), "");
-    EXPECT_EQ(placeless(bytes(params.getErrorTrail())), "RPBKDF2_params::toASN1Object-m_ucBitMask(3),Any component does not chosen.");
+    EXPECT_EQ(placeless(bytes(params.getErrorTrail())),
+              "RPBKDF2_params::toASN1Object-m_ucBitMask(3),Any component does not chosen.");
     ByteString other = byteString(der("30{30{06{2A03}} 020105}")), salt = byteString("salt");
     ASSERT_EQ(params.fromASN1Object(other), 0);
     EXPECT_EQ(params.getBitMask(), RPBKDF2_params::otherSource);
@@ -189,8 +193,8 @@ TEST(Records, ChoicesAndDefaultsOfAKeyDerivation)
 
 TEST(Records, FlatKeysOfKcdsa)
 {
-    ByteString domain = byteString(der("30{020103 020105 020107}")), four = byteString(der("30{020103 020105 020107 020109}")), x = byteString(der("020111")),
-               y = byteString(der("020113")), bad = byteString(der("0401AA"));
+    ByteString domain = byteString(der("30{020103 020105 020107}")), four = byteString(der("30{020103 020105 020107 020109}")),
+               x = byteString(der("020111")), y = byteString(der("020113")), bad = byteString(der("0401AA"));
     RDSAPublicKey key;
     EXPECT_EQ(key.setParam(four), 2);
     EXPECT_EQ(placeless(bytes(key.getErrorTrail())), "RDSAPublicKey::setParam-asnSeq(2),The number of components is not 3.");
