@@ -1,6 +1,9 @@
 // Cases from tests/data, and what a trail says.
 #pragma once
 
+#include <initializer_list>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +16,19 @@ struct Case {
     const std::string& operator[](std::size_t i) const { return fields.at(i); }
 };
 std::vector<Case> cases(const std::string& file, std::size_t fieldCount);
+
+// Things by their names, which come as a macro's arguments do: "A, B, C".
+template <class T> std::map<std::string, T> byName(const char* names, std::initializer_list<T> things)
+{
+    std::map<std::string, T> all;
+    std::istringstream words(names);
+    for (const T& thing : things) {
+        std::string name;
+        words >> name;
+        all[name.substr(0, name.find(','))] = thing;
+    }
+    return all;
+}
 
 // All frames of a trail and the text behind them, without their places: "A::f-x(1),B::g-y(2),text".
 std::string placeless(const std::string& trail);
