@@ -92,7 +92,7 @@ TEST(Certificates, OfTheSystemReadAsOpenSSLReadsThem)
         ASSERT_EQ(record.fromASN1Object(data), 0);
         unsigned char* out = nullptr;
         const int length = i2d_re_X509_tbs(x.get(), &out);
-        const std::unique_ptr<unsigned char, Freed> owner(out);
+        const Owned<unsigned char> owner(out);
         EXPECT_EQ(hex(bytes(record.getTBSCertificate().toASN1Object())),
                   hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(length)}));
         ++shown;
@@ -224,18 +224,18 @@ TEST(Extensions, AreFoundAbsentOrBroken)
         EXPECT_EQ(loaded.getLastError(), row.status);
         EXPECT_EQ(hex(bytes(other.getExtensionValue(cert, row.oid))), row.value);
         EXPECT_EQ(other.getLastError(), row.status);
-        if (row.status) { EXPECT_EQ(innermost(bytes(loaded.getErrorTrail())), row.message); }
+        if (row.status) { EXPECT_EQ(innermost(trail(loaded)), row.message); }
     }
     vrno::PCertUtil2 none;
     vrno::ByteString garbage = byteString("garbage");
     none.getExtensionValue("2 5 29 14");
-    EXPECT_EQ(outermost(bytes(none.getErrorTrail())), "PCertUtil2::getExtensionValue-m_pTBSCert(1)");
+    EXPECT_EQ(outermost(trail(none)), "PCertUtil2::getExtensionValue-m_pTBSCert(1)");
     none.getExtensionValue(garbage, "2 5 29 14");
-    EXPECT_EQ(outermost(bytes(none.getErrorTrail())), "PCertUtil2::getExtensionValue-cert(1)");
+    EXPECT_EQ(outermost(trail(none)), "PCertUtil2::getExtensionValue-cert(1)");
     int time = 7;
     EXPECT_EQ(none.getValidityNotBefore_value(&time), 1);
     EXPECT_EQ(time, 7);
     none.getSerialNo();
     EXPECT_EQ(none.getLastError(), 1);
-    EXPECT_EQ(innermost(bytes(none.getErrorTrail())), "The certificate does not set.");
+    EXPECT_EQ(innermost(trail(none)), "The certificate does not set.");
 }

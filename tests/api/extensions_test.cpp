@@ -126,7 +126,7 @@ TEST(Extensions, IdentifyDataIsTakenApart)
         if (row.code == 0) { EXPECT_EQ(fromKsc(bytes(name)), "홍"); }
         const std::string frame =
             "PIdentifyDataUtil::parseIdentifyData-" + std::string(row.frame) + "(" + std::to_string(row.code) + ")";
-        if (row.code > 0) { EXPECT_EQ(outermost(bytes(util.getErrorTrail())), frame); }
+        if (row.code > 0) { EXPECT_EQ(outermost(trail(util)), frame); }
     }
 }
 
@@ -151,7 +151,7 @@ TEST(Extensions, PolicyIdentifiersAreCounted)
     for (const int index : {-1, 2}) {
         EXPECT_EQ(bytes(util.getPolicyOid(index, ' ')), "");
         EXPECT_EQ(util.getLastError(), 1);
-        EXPECT_EQ(placeless(bytes(util.getErrorTrail())), "PPolicyUtil::getPolicyOid-index(1),Index invalid");
+        EXPECT_EQ(placeless(trail(util)), "PPolicyUtil::getPolicyOid-index(1),Index invalid");
     }
 }
 
@@ -259,7 +259,7 @@ void compare(const X509* x, std::map<std::string, int>& texts)
         SCOPED_TRACE(getter.name);
         const std::string encodedOid = der("06{" + std::string(getter.extension) + "}");
         const unsigned char* from = at(encodedOid);
-        const std::unique_ptr<ASN1_OBJECT, Freed> oid(d2i_ASN1_OBJECT(nullptr, &from, static_cast<long>(encodedOid.size())));
+        const Owned<ASN1_OBJECT> oid(d2i_ASN1_OBJECT(nullptr, &from, static_cast<long>(encodedOid.size())));
         int code = 0;
         const std::string text = getText(context, getter.get, code);
         EXPECT_EQ(code, X509_get_ext_by_OBJ(x, oid.get(), -1) < 0 ? 1502 : 0) << context.error();
@@ -272,7 +272,7 @@ void compare(const X509* x, std::map<std::string, int>& texts)
 Certificate made(const std::string& extensions)
 {
     Certificate x(X509_new());
-    const std::unique_ptr<EVP_PKEY, Freed> key(EVP_EC_gen("P-256"));
+    const Owned<EVP_PKEY> key(EVP_EC_gen("P-256"));
     X509_set_version(x.get(), X509_VERSION_3);
     ASN1_INTEGER_set(X509_get_serialNumber(x.get()), 0x80);
     X509_gmtime_adj(X509_getm_notBefore(x.get()), 0);
@@ -282,8 +282,8 @@ Certificate made(const std::string& extensions)
     X509_set_issuer_name(x.get(), X509_get_subject_name(x.get()));
     X509_set_pubkey(x.get(), key.get());
 
-    const std::unique_ptr<BIO, Freed> text(BIO_new_mem_buf(extensions.data(), static_cast<int>(extensions.size())));
-    const std::unique_ptr<CONF, Freed> configuration(NCONF_new(nullptr));
+    const Owned<BIO> text(BIO_new_mem_buf(extensions.data(), static_cast<int>(extensions.size())));
+    const Owned<CONF> configuration(NCONF_new(nullptr));
     X509V3_CTX issuing;
     X509V3_set_ctx(&issuing, x.get(), x.get(), nullptr, nullptr, 0);
     X509V3_set_nconf(&issuing, configuration.get());

@@ -21,22 +21,39 @@ struct Freed {
     void operator()(EVP_PKEY_CTX* c) const { EVP_PKEY_CTX_free(c); }
     void operator()(PKCS8_PRIV_KEY_INFO* p) const { PKCS8_PRIV_KEY_INFO_free(p); }
     void operator()(CONF* c) const { NCONF_free(c); }
+    void operator()(EVP_CIPHER* c) const { EVP_CIPHER_free(c); }
+    void operator()(EVP_MD_CTX* c) const { EVP_MD_CTX_free(c); }
+    void operator()(CMS_ContentInfo* c) const { CMS_ContentInfo_free(c); }
+    void operator()(X509_SIG* s) const { X509_SIG_free(s); }
     void operator()(unsigned char* p) const { OPENSSL_free(p); }
 };
-using Certificate = std::unique_ptr<X509, Freed>;
+template <class T> using Owned = std::unique_ptr<T, Freed>;
+using Certificate = Owned<X509>;
 
 inline Certificate readPem(const std::string& path)
 {
-    const std::unique_ptr<BIO, Freed> file(BIO_new_file(path.c_str(), "r"));
+    const Owned<BIO> file(BIO_new_file(path.c_str(), "r"));
     return Certificate(PEM_read_bio_X509(file.get(), nullptr, nullptr, nullptr));
 }
-
-template <class T> std::string encoded(int (*encode)(const T*, unsigned char**), const T* object)
+// What an i2d function writes, and what a d2i function reads.
+template <class Encode, class T> std::string encoded(Encode encode, T* object)
 {
     unsigned char* out = nullptr;
     const int length = encode(object, &out);
-    const std::unique_ptr<unsigned char, Freed> owner(out);
+    const Owned<unsigned char> owner(out);
     return {reinterpret_cast<char*>(out), static_cast<std::size_t>(length)};
+}
+
+template <class T> Owned<T> decoded(T* (*decode)(T**, const unsigned char**, long), const std::string& from)
+{
+    const unsigned char* octets = at(from);
+    return Owned<T>(decode(nullptr, &octets, static_cast<long>(from.size())));
+}
+inline std::string contents(BIO* memory)
+{
+    const char* data = nullptr;
+    const long length = BIO_get_mem_data(memory, &data);
+    return {data, static_cast<std::size_t>(length)};
 }
 
 inline std::string hexOf(const ASN1_STRING* octets)
