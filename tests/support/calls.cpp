@@ -34,7 +34,7 @@ public:
             return pointer;
         }
     }
-    // All outputs, which must be as they were after a failure.
+    // All outputs, which must be as they were after a failure, but for memory.
     std::string outputs(int code)
     {
         std::string all;
