@@ -2,6 +2,7 @@
 #include "api/Call.h"
 #include "support/bytes.h"
 #include "support/calls.h"
+#include "support/cases.h"
 #include "support/certificates.h"
 #include "support/failing.h"
 #include "support/folder.h"
@@ -132,29 +133,25 @@ TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
 
 TEST(Frame, TextGettersFillNoMoreThanTheirBuffer)
 {
-    for (const NamedGetter& getter : textGetters) {
-        SCOPED_TRACE(getter.name);
+    for (const Case& c : cases("getters.txt", 6)) {
+        SCOPED_TRACE(c.where);
+        const std::string name = "VRNO_CERT_" + c[0], prefix = "[" + name + "] ";
         Context context;
-        const std::string prefix = "[" + std::string(getter.name) + "] ";
-        EXPECT_EQ(getter.get(nullptr, 0, nullptr), 1001);
-        EXPECT_EQ(getter.get(context, 0, nullptr), 1501);
+        EXPECT_EQ(call(nullptr, name + " 0 null").code, 1001);
+        EXPECT_EQ(call(context, name + " 0 null").code, 1501);
         EXPECT_EQ(context.error(), prefix + "인증서가 로드되어있지 않습니다.");
         ASSERT_EQ(context.load(everyExtension), 0);
-        EXPECT_EQ(getter.get(context, 64, nullptr), 1004);
-        EXPECT_EQ(context.error(), prefix + (getter.nullOutput ? getter.nullOutput : getter.output) + "의 포인터가 NULL입니다.");
-
-        const std::string text = field(context, getter.get);
+        EXPECT_EQ(call(context, name + " 64 null").code, 1004);
+        EXPECT_EQ(context.error(), prefix + (c[2].empty() ? c[1] : c[2]) + "의 포인터가 NULL입니다.");
+        const std::string text = field(context, c[0]);
         ASSERT_FALSE(text.empty());
-        const int exact = static_cast<int>(text.size()) + 1 + getter.slack;
-        const std::string tooSmall = prefix + getter.output + "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : ";
-        std::string buffer(text.size() + 8, 'x');
+        const int exact = static_cast<int>(text.size()) + 1 + std::atoi(c[5].c_str());
         for (const int size : {exact - 1, 0, -1}) {
-            EXPECT_EQ(getter.get(context, size, buffer.data()), 1005);
-            EXPECT_EQ(context.error(), tooSmall + std::to_string(exact) + ")");
-            EXPECT_EQ(buffer, std::string(buffer.size(), 'x'));
+            EXPECT_EQ(call(context, name + " " + std::to_string(size) + " out").code, 1005);
+            EXPECT_EQ(context.error(),
+                      prefix + c[1] + "에 할당된 메모리가 부족합니다. (필요한 메모리 크기 : " + std::to_string(exact) + ")");
         }
-        EXPECT_EQ(getter.get(context, exact, buffer.data()), 0);
-        EXPECT_EQ(buffer, text + '\0' + std::string(7, 'x'));
+        EXPECT_EQ(call(context, name + " " + std::to_string(exact) + " out"), (Result{0, text}));
         EXPECT_EQ(context.error(), "none");
     }
 }

@@ -2,9 +2,9 @@
 #include "ASN1Pkix/records/RCertificate.h"
 #include "VNProcess/PCertUtil2.h"
 #include "support/bytes.h"
+#include "support/calls.h"
 #include "support/cases.h"
 #include "support/certificates.h"
-#include "support/interface.h"
 #include "support/openssl.h"
 
 #include <algorithm>
@@ -36,10 +36,10 @@ void compare(const Context& context, const X509* x)
     int version = 0;
     EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 0);
     EXPECT_EQ(version, X509_get_version(x) + 1);
-    EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), hexOf(X509_get0_serialNumber(x)));
+    EXPECT_EQ(field(context, "GetSerialNum"), hexOf(X509_get0_serialNumber(x)));
     const ASN1_BIT_STRING* signature = nullptr;
     X509_get0_signature(&signature, nullptr, x);
-    EXPECT_EQ(field(context, VRNO_CERT_GetSignature), hexOf(signature));
+    EXPECT_EQ(field(context, "GetSignature"), hexOf(signature));
 
     const ASN1_OBJECT* algorithm = nullptr;
     const unsigned char* key = nullptr;
@@ -81,11 +81,7 @@ TEST(Certificates, OfTheSystemReadAsOpenSSLReadsThem)
         }
         ASSERT_EQ(code, 0) << context.error();
         compare(context, x.get());
-        for (const TextGetter get : {VRNO_CERT_GetIssuerName, VRNO_CERT_GetSubjectName}) {
-            int named = 0;
-            getText(context, get, named);
-            EXPECT_EQ(named, 0) << context.error();
-        }
+        for (const char* const name : {"GetIssuerName", "GetSubjectName"}) field(context, name);
 
         vrno::ByteString data = byteString(der), tbs;
         vrno::RCertificate record;
@@ -106,10 +102,10 @@ TEST(Certificates, SampleShowsHangul)
 {
     Context context;
     ASSERT_EQ(context.load(readFile(SAMPLES "/hong.der")), 0);
-    EXPECT_EQ(fromKsc(field(context, VRNO_CERT_GetSubjectName)), "cn=홍길동(Gildong)0001,ou=개인,o=한국시험인증,c=KR");
-    EXPECT_EQ(fromKsc(field(context, VRNO_CERT_GetIssuerName)), "cn=시험 최상위 인증기관,ou=인증센터,o=한국시험인증,c=KR");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSignatureAlgorithm), "sha1 With RSAEncryption");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), "c35a2b1f");
+    EXPECT_EQ(fromKsc(field(context, "GetSubjectName")), "cn=홍길동(Gildong)0001,ou=개인,o=한국시험인증,c=KR");
+    EXPECT_EQ(fromKsc(field(context, "GetIssuerName")), "cn=시험 최상위 인증기관,ou=인증센터,o=한국시험인증,c=KR");
+    EXPECT_EQ(field(context, "GetSignatureAlgorithm"), "sha1 With RSAEncryption");
+    EXPECT_EQ(field(context, "GetSerialNum"), "c35a2b1f");
 }
 
 // ---- certificates in notation, for what the real ones do not show ----
@@ -139,8 +135,8 @@ TEST(Certificates, FieldsOfEveryKind)
         int version = 0;
         EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 0);
         EXPECT_EQ(version, row.versionNumber);
-        EXPECT_EQ(field(context, VRNO_CERT_GetSignatureAlgorithm), row.algorithmName);
-        EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), "c3");
+        EXPECT_EQ(field(context, "GetSignatureAlgorithm"), row.algorithmName);
+        EXPECT_EQ(field(context, "GetSerialNum"), "c3");
         char algorithm[51], key[16];
         std::memset(algorithm, 'x', sizeof algorithm);
         EXPECT_EQ(VRNO_CERT_GetPubKey(context, 2, algorithm, key), 1005);
@@ -160,19 +156,16 @@ TEST(Certificates, ABrokenFieldSpoilsOnlyItsOwnGetter)
     broken.replace(broken.find(der("30{06{2A03}}")), 6, der("30{06{2AFF}}"));
     broken.replace(broken.find(der("06{550403}")), 5, der("06{550441}"));
     ASSERT_EQ(context.load(broken), 0);
-    int code = 0;
-    getText(context, VRNO_CERT_GetSignatureAlgorithm, code);
-    EXPECT_EQ(code, 1500);
+    EXPECT_EQ(getText(context, "GetSignatureAlgorithm").code, 1500);
     EXPECT_EQ(placeless(context.error()),
               "[VRNO_CERT_GetSignatureAlgorithm] 잘못된 인증서 형식입니다. <tarnlib> "
               "PCertUtil2::getSignatureAlgorithm-pSignature(2),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),"
               "ASN1ObjectIdentifier::getOID-nOID(1),ASN1 OID Format Error");
-    getText(context, VRNO_CERT_GetIssuerName, code);
-    EXPECT_EQ(code, 1500);
+    EXPECT_EQ(getText(context, "GetIssuerName").code, 1500);
     EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetIssuerName] 잘못된 인증서 형식입니다. <tarnlib> "
                                           "PCertUtil2::getIssuerDN-UDNSettings::RDN2Str()(2),Wrong RDNSequence form.");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSubjectName), "cn=A");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), "c3");
+    EXPECT_EQ(field(context, "GetSubjectName"), "cn=A");
+    EXPECT_EQ(field(context, "GetSerialNum"), "c3");
 }
 
 TEST(Certificates, AFailedLoadLeavesNoneLoaded)

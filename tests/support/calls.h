@@ -21,9 +21,14 @@ struct Result {
 
 // Makes one call, as in "VRNO_CRYPT_SetKeyAndIV 48 key iv": numbers, names out of `values` or the text itself, and for a
 // pointer "null". An input record may also be "noData", "noLength" or "huge", an input text "empty"; an output is "out".
-// A text has room for 16,384 bytes. A call that fails, but for memory, must leave its outputs as they were.
+// A text has as much room as the number in front of it says, or 20 bytes, behind which nothing must be written. A call that
+// fails, but for memory, must leave its outputs as they were.
 // "chain" makes the context's session cipher chain its messages.
 Result call(VRNO_API_CTX* context, const std::string& line, const Values& values = {});
+
+// The text that VRNO_CERT_<name> gives; and of one that must not fail.
+Result getText(VRNO_API_CTX* context, const std::string& name);
+std::string field(const Context& context, const std::string& name);
 
 // A user's session: good input for every function that takes a context, in an order in which each finds what it needs.
 struct Step {

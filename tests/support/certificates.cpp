@@ -11,9 +11,9 @@ std::string certificate(const CertificateParts& parts)
                "}" + subject + parts.extensions + "} 30{06{2A03}} 0303004142}");
 }
 
-std::string certificateWith(const char* extensionOid, const std::string& value)
+std::string certificateWith(const std::string& extensionOid, const std::string& value)
 {
-    return certificate({.extensions = "A3{30{30{06{" + std::string(extensionOid) + "} 04{" + value + "}}}}"});
+    return certificate({.extensions = "A3{30{30{06{" + extensionOid + "} 04{" + value + "}}}}"});
 }
 
 static std::string extension(const std::string& oid, const std::string& value)

@@ -11,7 +11,7 @@ struct CertificateParts {
                 algorithm = "06{2A03}", key = "3F", extensions = "";
 };
 std::string certificate(const CertificateParts& parts);
-std::string certificateWith(const char* extensionOid, const std::string& value);
+std::string certificateWith(const std::string& extensionOid, const std::string& value);
 // One with every extension that a getter shows, and every branch of their renderings that gives a text.
 extern const std::string everyExtension;
 

@@ -1,4 +1,4 @@
-// The exported interface: contexts and binary strings that release themselves, and the text getters.
+// The exported interface: contexts and binary strings that release themselves.
 #pragma once
 
 #include "vrno.h"
@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace test {
 
@@ -43,22 +42,5 @@ public:
 private:
     VRNO_BINSTR m_record;
 };
-
-// All text getters, by name.
-using TextGetter = int (*)(VRNO_API_CTX*, int, char*);
-struct NamedGetter {
-    const char* name;
-    const char* output; // the argument's name
-    TextGetter get;
-    const char* extension = nullptr;  // the octets of its identifier, in notation
-    int slack = 0;                    // room that the buffer needs beyond the text
-    const char* nullOutput = nullptr; // the name in the message of a null pointer, where it is another one
-};
-extern const std::vector<NamedGetter> textGetters;
-
-// The text of a getter, whatever its length; the code in `code`.
-std::string getText(VRNO_API_CTX* context, TextGetter get, int& code);
-// The text of a getter that succeeds.
-std::string field(const Context& context, TextGetter get);
 
 } // namespace test
