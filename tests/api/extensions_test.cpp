@@ -94,29 +94,14 @@ TEST(Extensions, DistributionPointNameInAWrapperOfItsOwn)
 
 TEST(Extensions, IdentifyDataIsTakenApart)
 {
-    const struct {
-        const char* value;
-        int code;
-        const char *vid, *frame;
-    } table[] = {
-        {"30{0C{ED998D}}", 0, "", ""},
-        {"30{0C{ED998D} 30{30{06{2A831A8C9A440A010101} 3003020105} 30{06{2A03} 0500}}}", 0, "3003020105", ""},
-        {"0500", 1, "", "identifyData"},
-        {"30{0C00 3000}", 4, "", "identifyData"},
-        {"30{0C00 30{0500}}", 5, "", "attrTypeAndValue"},
-        {"30{0C00 30{30{0600 0500}}}", 6, "", "attrTypeAndValue"},
-        {"30{0C00 30{30{06{2A03} 0500}}}", 7, "", "bsType"},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.value);
+    for (const Case& c : cases("identify.txt", 5)) {
+        SCOPED_TRACE(c.where);
         vrno::PIdentifyDataUtil util;
-        vrno::ByteString value = byteString(der(row.value)), name, vid;
-        EXPECT_EQ(util.parseIdentifyData(value, name, vid), row.code);
-        EXPECT_EQ(hex(bytes(vid)), row.vid);
-        if (row.code == 0) { EXPECT_EQ(fromKsc(bytes(name)), "홍"); }
-        const std::string frame =
-            "PIdentifyDataUtil::parseIdentifyData-" + std::string(row.frame) + "(" + std::to_string(row.code) + ")";
-        if (row.code > 0) { EXPECT_EQ(outermost(trail(util)), frame); }
+        vrno::ByteString value = byteString(der(c[0])), name, vid;
+        EXPECT_EQ(util.parseIdentifyData(value, name, vid), std::stoi(c[1]));
+        EXPECT_EQ(fromKsc(bytes(name)), c[2]);
+        EXPECT_EQ(hex(bytes(vid)), c[3]);
+        EXPECT_EQ(outermost(trail(util)), c[4]);
     }
 }
 

@@ -55,6 +55,11 @@ private:
     const std::string& input(const std::string& word)
     {
         const auto named = m_values.find(word);
+        if (word.starts_with("der:")) {
+            std::string rest;
+            std::getline(m_words, rest);
+            return m_inputs.emplace_back(der(word.substr(4) + rest));
+        }
         return m_inputs.emplace_back(word == "empty" ? "" : named == m_values.end() ? word : named->second);
     }
     void make(const std::string& word, const char*& pointer) { pointer = input(word).c_str(); }
