@@ -4,6 +4,7 @@
 #include "base/DateTime.h"
 #include "base/Objects.h"
 #include "support/bytes.h"
+#include "support/cases.h"
 #include "support/failing.h"
 
 #include <gtest/gtest.h>
@@ -105,10 +106,10 @@ TEST(Trail, FramesStandFromTheOutermostInwards)
     PObject inner;
     VNObject outer;
     inner.addTrailFrame("C:\\src\\a.cpp", 7, "A", "f", "x", 3, nullptr);
-    EXPECT_TRUE(inner.getErrorTrail().text() == "[a.cpp:7]A::f-x(3)");
-    inner.addTrailFrame("/src/b.cpp", 8, "B", "g", "y", 4, inner.getErrorTrail().getText());
-    outer.addTrailFrame("c.cpp", 9, "C", "h", "z", 5, inner.getErrorTrail().getText());
-    EXPECT_TRUE(outer.getErrorTrail().text() == "[c.cpp:9]C::h-z(5),[b.cpp:8]B::g-y(4),[a.cpp:7]A::f-x(3)");
+    EXPECT_EQ(trail(inner), "[a.cpp:7]A::f-x(3)");
+    inner.addTrailFrame("/src/b.cpp", 8, "B", "g", "y", 4, trail(inner).c_str());
+    outer.addTrailFrame("c.cpp", 9, "C", "h", "z", 5, trail(inner).c_str());
+    EXPECT_EQ(trail(outer), "[c.cpp:9]C::h-z(5),[b.cpp:8]B::g-y(4),[a.cpp:7]A::f-x(3)");
 }
 
 TEST(Builder, StaysFailed)
@@ -131,23 +132,12 @@ TEST(DateTime, ShowsLocalTimeInSummerAndWinter)
     if (started == "Asia/Seoul") {
         EXPECT_EQ(DateTime().getZoneOffset(), -32400); // read once a process
     }
-    const struct {
-        const char* zone;
-        int value;
-        const char* text;
-    } table[] = {
-        {"UTC", 0, "1970-01-01 00:00:00"},
-        {"Asia/Seoul", 1078056000, "2004-02-29 21:00:00"},
-        {"America/New_York", 1078056000, "2004-02-29 07:00:00"},
-        {"America/New_York", 1088683200, "2004-07-01 08:00:00"},
-        {"Asia/Seoul", 0x7FFFFFFF, "2038-01-19 12:14:07"},
-    };
-    for (const auto& row : table) {
-        setenv("TZ", row.zone, 1);
+    for (const Case& c : cases("zones.txt", 3)) {
+        setenv("TZ", c[0].c_str(), 1);
         tzset();
         DateTime time;
-        time.setTime(row.value, true);
-        EXPECT_TRUE(time.formatTime("%Y-%m-%d %H:%M:%S") == row.text) << row.zone << " " << bytes(time.m_bsText);
+        time.setTime(std::stoi(c[1]), true);
+        EXPECT_EQ(bytes(time.formatTime("%Y-%m-%d %H:%M:%S")), c[2]) << c.where;
     }
     setenv("TZ", started.c_str(), 1);
     tzset();

@@ -8,6 +8,7 @@
 #include "support/interface.h"
 #include "support/openssl.h"
 
+#include <cctype>
 #include <functional>
 #include <map>
 
@@ -173,67 +174,49 @@ TEST(Envelope, RecipientsShareOneKeyAndOneMayBeNamedByIt)
 
 TEST(Envelope, BuilderRefusesWhatItDoesNotSupport)
 {
-    const std::string add = "PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipientByCert-",
-                      ktri = "this(10),PEnvelopedData::recipientInfoIsKTRI-";
-    const std::string noAlgorithm = add + "this(1),PEnvelopedData::makeSymetricKey-nEncAlg(1),Unknown symmetric algoritm.";
-    const std::string noDsa = add + "cert(5),Can't encrypt key by dsa or kcdsa algorithm.",
-                      make = "PEnvelopedData::makeEnvelopedData-";
-    const struct {
-        std::string trail;
-        std::function<void(P&)> prepare = [](P&) {};
-        std::string algorithm = rsa, key = publicKey(1024);
-    } table[] = {
-        {noAlgorithm, [](P& p) { p.setEncAlgorithm(3000, 4); }},
-        {noAlgorithm, [](P& p) { p.setEncAlgorithm(3011, 4); }},
-        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.",
-         [](P& p) { p.setEncAlgorithm(3090, 4); }},
-        {make + "findSymetricAlgOid(5),PAlgorithmUtil::makeSymmetricAlgID-pAlgOID(2),The nMode(5) is not supported.",
-         [](P& p) { p.setEncAlgorithm(3020, 5); }},
-        {make + "m_bsContentType(4),REncryptedContentInfo::setContentType-m_contentType(1)", [](P& p) { p.setContentType(""); }},
-        {make + "encrypt(14),Encryption Error", [](P& p) { p.m_bsKey.setData("short", 5); }},
-        {"PEnvelopedData::choiceRecipientIdentifier-m_nRecIdentifier(1),input error(input ISSUERANDSERIALNUMBER or "
-         "SUBJECT_KEY_IDENTIFIER)",
-         [](P& p) { p.choiceRecipientIdentifier(3); }},
-        {add + ktri + "keyEncAlgId(12),The RSA OAEP is not supported.", [](P& p) { p.setOption(P::rsaOaep); }},
-        {add + "this(12),PEnvelopedData::encrypt-Algorithm(51),The KARI recipientInfoType is not supported.",
-         [](P& p) { p.m_nRecipientType = 2; }},
-        {"PEnvelopedData::addRecipientByCert-this(1),PEnvelopedData::addRecipient-pKeyEncryptionKey(2),KeyEncrytionKey does not "
-         "set.",
-         [](P& p) { p.m_nRecipientType = 3; }},
-        {"PEnvelopedData::addRecipientByCert-this(3),PEnvelopedData::encrypt-Algorithm(14),The KEKRI recipientInfoType is not "
-         "supported.",
-         [](P& p) {
-             ByteString kek("key", 3), none;
-             p.m_nRecipientType = 3;
-             p.addRecipient(none, &kek);
-         }},
-        {add + "m_nRecipientType(13),The recipientType is not chosen.", [](P& p) { p.m_nRecipientType = 4; }},
-        {noDsa, {}, "06{2A831A8C9A440101}"},
-        {noDsa, {}, "06{2A8648CE380401}"},
-        {add + ktri + "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-kcdsaParams(5)",
-         {},
-         "06{2A831A8C9A440115}"},
-        {add + ktri +
-             "bsPublickeyInfo(17),PPublicKey::encrypt-this(5),PPublicKey::GetPublicKeyAlgorithm-nPrivateKey(2),nLen(8) is not "
-             "proper RSA public key length.",
-         {},
-         rsa,
-         der("30{020103 020103}")},
-        {add + "pAlgorithmId(6),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1)", {}, "0600"},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.trail);
+    for (const Case& c : cases("builder.txt", 3)) {
+        SCOPED_TRACE(c.where);
+        const bool isKey = !std::isalpha(c[0][0]);
+        const int value = isKey ? 0 : std::stoi(c[1]);
         PEnvelopedData enveloped;
-        enveloped.setEncAlgorithm(3020, 4);
-        if (row.prepare) row.prepare(enveloped);
-        ByteString cert = byteString(certificateOf(row.algorithm, row.key)), out("old", 3);
-        const bool adds = enveloped.getErrorTrail().text().getLength() == 0,
-                   added = adds && enveloped.addRecipientByCert(cert) == 0;
+        enveloped.setEncAlgorithm(c[0] == "algorithm" ? value : 3020, c[0] == "mode" ? value : 4);
+        if (c[0] == "option") enveloped.setOption(static_cast<unsigned char>(value));
+        if (c[0] == "recipientType") enveloped.m_nRecipientType = value;
+        ByteString cert = byteString(isKey ? certificateOf(c[0], c[1].empty() ? publicKey(1024) : der(c[1])) : holder(1024));
+        ByteString out("old", 3);
+        const bool added = enveloped.addRecipientByCert(cert) == 0;
         EXPECT_EQ(enveloped.m_pRecipientInfos->getCount(), added ? 1 : 0);
         if (added) enveloped.makeEnvelopedData(out);
-        EXPECT_EQ(placeless(trail(enveloped)).substr(0, row.trail.size()), row.trail);
+        EXPECT_EQ(placeless(trail(enveloped)).substr(0, c[2].size()), c[2]);
         EXPECT_EQ(bytes(out), "old");
     }
+}
+
+TEST(Envelope, BuilderRefusesWrongContentTypesKeysAndIdentifiers)
+{
+    ByteString cert = byteString(holder(1024)), kek("key", 3), none, out;
+    const auto expectTold = [&](const std::string& told, const std::function<int(P&)>& make) {
+        PEnvelopedData enveloped;
+        enveloped.setEncAlgorithm(3020, 4);
+        EXPECT_EQ(enveloped.addRecipientByCert(cert), 0);
+        EXPECT_GT(make(enveloped), 0);
+        EXPECT_TRUE(placeless(trail(enveloped)).starts_with("PEnvelopedData::" + told)) << trail(enveloped);
+    };
+    expectTold("makeEnvelopedData-m_bsContentType(4),REncryptedContentInfo::setContentType-m_contentType(1)", [&](P& p) {
+        p.setContentType("");
+        return p.makeEnvelopedData(out);
+    });
+    expectTold("makeEnvelopedData-encrypt(14),Encryption Error", [&](P& p) {
+        p.m_bsKey.setData("short", 5);
+        return p.makeEnvelopedData(out);
+    });
+    expectTold("choiceRecipientIdentifier-m_nRecIdentifier(1),input error(input ISSUERANDSERIALNUMBER or SUBJECT_KEY_IDENTIFIER)",
+               [](P& p) { return p.choiceRecipientIdentifier(3); });
+    expectTold("addRecipientByCert-this(3),PEnvelopedData::encrypt-Algorithm(14),The KEKRI recipientInfoType is not supported.",
+               [&](P& p) {
+                   p.m_nRecipientType = 3;
+                   return p.addRecipient(none, &kek);
+               });
 }
 
 TEST(Envelope, RefusedCertificatesKeepTheSessionKey)

@@ -10,7 +10,7 @@
 #include <openssl/pkcs12.h>
 #include <openssl/x509.h>
 
-#include <set>
+#include <map>
 
 using namespace vrno;
 using namespace test;
@@ -135,32 +135,18 @@ TEST(Pkcs8, OpenSSLOpensWhatWeWriteAndTheOtherWayRound)
 
 TEST(Pkcs8, OpensEveryScheme)
 {
-    const std::string salt = "NaCl", s = octets(salt), iv = octets(fixedVector);
-    const std::string t = pbkdf2(password, salt, 300), given = t.substr(0, 16) + fixedVector, unsalted = pbkdf2(password, "", 1);
-    const std::string t1 = pbkdf1(password, salt, 300), ownIv = t1.substr(0, 16) + sha1ByOpenssl(t1.substr(16)).substr(0, 16);
-    const std::string classic = "30{" + s + "0202012C}", derivation = s + "0202012C";
-    const struct {
-        const char* what;
-        std::string algorithm, keyAndIv;
-    } table[] = {
-        {"an IV that is given", pbes2(derivation, oidSeed + iv), given},
-        {"the other identifier inside PBES2", pbes2(derivation, oidSeedPkcs12 + iv), given},
-        {"no IV", pbes2(derivation, oidSeed), t},
-        {"an empty IV", pbes2(derivation, oidSeed + "0400"), t},
-        {"a keyLength without effect", pbes2(derivation + "02012A", oidSeed + iv), given},
-        {"a prf that is named", pbes2(derivation + "30{06{2B06010505080102}}", oidSeed + iv), given},
-        {"a salt from elsewhere, and one iteration", pbes2("30{06{2A03}} 020101", oidSeed), unsalted},
-        {"a derivation that is not looked at", "30{" + oidPbes2 + "30{30{06{2A03} 30{" + derivation + "}} 30{" + oidSeed + "}}}",
-         t},
-        {"PBKDF1 inside PBES2, whose IV gives way", pbes2(derivation, oidSeedSha1 + iv), ownIv},
-        {"PBKDF1", "30{" + oidSeedSha1 + classic + "}", ownIv},
-        {"PBKDF1 and the fixed vector", "30{" + oidSeed + classic + "}", t1.substr(0, 16) + fixedVector},
-        {"PKCS #12", "30{" + oidSeedPkcs12 + classic + "}",
-         pkcs12(password, salt, 1, 300, 16) + pkcs12(password, salt, 2, 300, 16)},
+    const std::string salt = "NaCl", t = pbkdf2(password, salt, 300), t1 = pbkdf1(password, salt, 300);
+    const std::map<std::string, std::string> keysAndIvs = {
+        {"PBKDF2", t},
+        {"PBKDF2 and a vector", t.substr(0, 16) + fixedVector},
+        {"PBKDF2 without a salt", pbkdf2(password, "", 1)},
+        {"PBKDF1", t1.substr(0, 16) + sha1ByOpenssl(t1.substr(16)).substr(0, 16)},
+        {"PBKDF1 and a vector", t1.substr(0, 16) + fixedVector},
+        {"PKCS #12", pkcs12(password, salt, 1, 300, 16) + pkcs12(password, salt, 2, 300, 16)},
     };
-    for (const auto& row : table) {
-        const Opened result = opened(blob(row.algorithm, row.keyAndIv));
-        EXPECT_EQ(result.key, key) << row.what << ": " << result.trail;
+    for (const Case& c : cases("opened.txt", 2)) {
+        const Opened result = opened(blob(c[1], keysAndIvs.at(c[0])));
+        EXPECT_EQ(result.key, key) << c.where << ": " << result.trail;
     }
 }
 

@@ -16,34 +16,16 @@ template <class Record> std::string written(Record& record)
     return hex(bytes(record.toASN1Object()));
 }
 
-template <class Record> std::string frame(Record& record)
-{
-    return outermost(trail(record));
-}
-
 void makeRecipient(RRecipientInfo& recipient, const std::string& keyId, const std::string& key)
 {
     ByteString id = byteString(keyId), octets = byteString(key);
     RRecipientIdentifier rid;
     RAlgorithmIdentifier rsa;
     RKeyTransRecipientInfo ktri;
-    EXPECT_EQ(rid.setSubjectKeyIdentifier(id), 0);
     EXPECT_EQ(rsa.setAlgorithm("1 2 3", true), 0);
-    EXPECT_EQ(ktri.setVersion(2), 0);
-    EXPECT_EQ(ktri.setRid(rid), 0);
-    EXPECT_EQ(ktri.setKeyEncryptionAlgorithm(rsa), 0);
-    EXPECT_EQ(ktri.setEncryptedKey(octets), 0);
+    EXPECT_EQ(rid.setSubjectKeyIdentifier(id) + ktri.setVersion(2) + ktri.setRid(rid), 0);
+    EXPECT_EQ(ktri.setKeyEncryptionAlgorithm(rsa) + ktri.setEncryptedKey(octets), 0);
     EXPECT_EQ(recipient.setKeyTransRecipientInfo(ktri), 0);
-}
-
-void makeContent(REncryptedContentInfo& content, const std::string& ciphertext)
-{
-    ByteString oid = byteString("1 2 4"), octets = byteString(ciphertext);
-    RAlgorithmIdentifier cipher;
-    EXPECT_EQ(cipher.setAlgorithm("1 2 5", true), 0);
-    EXPECT_EQ(content.setContentType(oid), 0);
-    EXPECT_EQ(content.setContentEncryptionAlgorithm(cipher), 0);
-    EXPECT_EQ(content.setEncryptedContent(std::move(octets)), 0);
 }
 
 } // namespace
@@ -53,80 +35,60 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     RRecipientInfo second, first;
     makeRecipient(second, "\xBB", "two");
     makeRecipient(first, "\xAA", "one");
-    RRecipientInfos recipients;
-    EXPECT_EQ(recipients.addRecipientInfo(second), 0);
-    EXPECT_EQ(recipients.addRecipientInfo(first), 0); // the set is not sorted
+    RRecipientInfos recipients; // the set is not sorted
+    EXPECT_EQ(recipients.addRecipientInfo(second) + recipients.addRecipientInfo(first), 0);
 
+    ByteString oid = byteString("1 2 4"), octets = byteString("ciphertext");
+    RAlgorithmIdentifier cipher;
     REncryptedContentInfo content;
-    makeContent(content, "ciphertext");
+    EXPECT_EQ(cipher.setAlgorithm("1 2 5", true) + content.setContentType(oid), 0);
+    EXPECT_EQ(content.setContentEncryptionAlgorithm(cipher) + content.setEncryptedContent(std::move(octets)), 0);
     REnvelopedData enveloped;
-    EXPECT_EQ(enveloped.setVersion(2), 0);
-    EXPECT_EQ(enveloped.setRecipientInfos(recipients), 0);
-    EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0);
-    const auto ktri = [](const std::string& id, const std::string& key) {
-        return "30{020102 80{" + id + "} 30{06{2A03}} 04{\"" + key + "\"}}";
-    };
-    const std::string version = "020102", set = "31{" + ktri("BB", "two") + ktri("AA", "one") + "}";
-    const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}", plain = "30{" + version + set + info + "}";
-    EXPECT_EQ(written(enveloped), hex(der(plain)));
-    EXPECT_EQ(written(enveloped), hex(der(plain))); // encoding uses nothing up
-
-    RContentInfo message;
-    EXPECT_EQ(message.setContentType("1 2 840 113549 1 7 3"), 0);
-    EXPECT_EQ(written(message), hex(der("30{06{2A864886F70D010703}}")));
-    message.setContent(enveloped.toASN1Object());
-    const std::string wrapped = hex(der("30{06{2A864886F70D010703} A0{" + plain + "}}"));
-    EXPECT_EQ(written(message), wrapped);
-    EXPECT_EQ(written(message), wrapped);
+    EXPECT_EQ(enveloped.setVersion(2) + enveloped.setRecipientInfos(recipients) +
+                  enveloped.setEncryptedContentInfo(std::move(content)),
+              0);
+    const std::string set = "31{ 30{020102 80{BB} 30{06{2A03}} 04{\"two\"}} 30{020102 80{AA} 30{06{2A03}} 04{\"one\"}} }";
+    const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}";
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(written(enveloped), hex(der("30{020102" + set + info + "}"))); // uses nothing up
 
     ROriginatorInfo originator;
     RAttributes attributes;
     ByteString certs = byteString(der("30{A0{30{020101}}}")), attribute = byteString(der("30{06{2A06} 31{0500}}"));
     EXPECT_EQ(originator.fromASN1Object(certs), 0);
     attributes.m_SET.addComponent(attribute, -1);
-    EXPECT_EQ(enveloped.setOriginatorInfo(originator), 0);
-    EXPECT_EQ(enveloped.setUnprotectedAttrs(attributes), 0);
-    makeContent(content, "ciphertext");
-    EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0); // over the first one
-    EXPECT_EQ(written(enveloped), hex(der("30{" + version + "A0{A0{30{020101}}}" + set + info + "A1{30{06{2A06} 31{0500}}}}")));
+    EXPECT_EQ(enveloped.setOriginatorInfo(originator) + enveloped.setUnprotectedAttrs(attributes), 0);
+    EXPECT_EQ(written(enveloped), hex(der("30{020102 A0{A0{30{020101}}}" + set + info + "A1{30{06{2A06} 31{0500}}}}")));
 }
 
-TEST(Cms, SettersAndEncodingTellWhatIsMissing)
+TEST(Cms, NothingIsWrittenOfAnIncompleteRecord)
 {
     RKeyTransRecipientInfo ktri;
     REnvelopedData enveloped;
     EXPECT_EQ(enveloped.setVersion(5), 1);
     EXPECT_EQ(ktri.setVersion(4), 0);
-    for (const int version : {-1, 5}) {
-        EXPECT_EQ(ktri.setVersion(version), 1);
-        EXPECT_EQ(frame(ktri), "RKeyTransRecipientInfo::setVersion-version(1)");
-        EXPECT_EQ(innermost(trail(ktri)), "Data version is incorrect.");
-    }
+    for (const int version : {-1, 5}) EXPECT_EQ(ktri.setVersion(version), 1);
+    EXPECT_EQ(placeless(trail(ktri)), "RKeyTransRecipientInfo::setVersion-version(1),Data version is incorrect.");
     EXPECT_EQ(ktri.m_version.getIntValue(), 4);
 
     RRecipientIdentifier rid;
     EXPECT_EQ(ktri.setRid(rid), 1); // nothing chosen
-    EXPECT_EQ(frame(ktri), "RKeyTransRecipientInfo::setRid-data(1)");
+    EXPECT_EQ(outermost(trail(ktri)), "RKeyTransRecipientInfo::setRid-data(1)");
     EXPECT_EQ(written(ktri), "");
-    EXPECT_EQ(frame(ktri), "RKeyTransRecipientInfo::toASN1Object-m_rid(2)");
+    EXPECT_EQ(outermost(trail(ktri)), "RKeyTransRecipientInfo::toASN1Object-m_rid(2)");
     EXPECT_EQ(innermost(trail(ktri)), "Any component is not chosen.");
 
     RRecipientInfo recipient;
     EXPECT_EQ(written(recipient), "");
-    EXPECT_EQ(recipient.getLastError(), 1);
-    EXPECT_EQ(frame(recipient), "RRecipientInfo::toASN1Object-m_ucBitMask(1)");
+    EXPECT_EQ(outermost(trail(recipient)), "RRecipientInfo::toASN1Object-m_ucBitMask(1)");
     EXPECT_EQ(recipient.setKeyTransRecipientInfo(ktri), 1);
     RRecipientInfos recipients;
     EXPECT_EQ(recipients.addRecipientInfo(recipient), 1);
     EXPECT_EQ(recipients.getCount(), 0);
 
-    ByteString empty;
     REncryptedContentInfo content;
-    EXPECT_EQ(content.setContentType(empty), 1);
-    EXPECT_EQ(frame(content), "REncryptedContentInfo::setContentType-m_contentType(1)");
     content.setImplicitTag(0, 0x80); // reads as a wrapper around the first component
     EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 2);
-    EXPECT_EQ(frame(enveloped), "REnvelopedData::setEncryptedContentInfo-m_encryptedContentInfo(2)");
+    EXPECT_EQ(outermost(trail(enveloped)), "REnvelopedData::setEncryptedContentInfo-m_encryptedContentInfo(2)");
 }
 
 namespace {
