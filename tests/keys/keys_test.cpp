@@ -1,7 +1,4 @@
 // Key objects, the test of a key pair, and items from a card.
-#include "ASN1/ASN1Integer.h"
-#include "ASN1Pkix/keys/PAlgorithmUtil.h"
-#include "ASN1Pkix/keys/PCryptUtil.h"
 #include "ASN1Pkix/keys/PPrivateKey.h"
 #include "ASN1Pkix/keys/PPublicKey.h"
 #include "engine/kcdsa/kcdsa.h"
@@ -203,18 +200,6 @@ TEST(KeyPairs, TheRandomNumberComesLastAndOnce)
     ByteString bad = byteString(der("30{" + head + "A0{0500}}"));
     EXPECT_EQ(secret.setRandomNumber(bad, value), 2);
     EXPECT_EQ(secret.setRandomNumber(value, value), 1);
-}
-
-TEST(KeyPairs, ContentAlgorithmIsSeedWithItsIv)
-{
-    PAlgorithmUtil util;
-    RAlgorithmIdentifier algorithm;
-    ByteString iv("iv", 2);
-    EXPECT_EQ(util.makeSymmetricAlgID(3090, 4, iv, algorithm), 8);
-    EXPECT_EQ(placeless(trail(util)), "PAlgorithmUtil::makeAlgorithmID-nAlg(8),nAlg (3090) is unknown algorithm code.");
-    EXPECT_EQ(util.makeSymmetricAlgID(3020, 1, iv, algorithm), 2);
-    EXPECT_EQ(util.makeSymmetricAlgID(3020, 4, iv, algorithm), 0);
-    EXPECT_EQ(hex(bytes(algorithm.toASN1Object())), hex(der("30{06{2A831A8C9A440104} 04{\"iv\"}}")));
 }
 
 // ---- cards ----

@@ -68,21 +68,14 @@ TEST(Names, GeneralNameInAWrapperOfItsOwn)
     EXPECT_EQ(innermost(trail(name)), "Any component does not chosen.");
 }
 
-TEST(Names, IdentifyDataHoldsAName)
+TEST(Names, IdentifyDataHoldsANameAndItsUserInfo)
 {
     RIdentifyData data;
     ByteString in = byteString(der("30{0C{ED998D} 30{0500}}"));
     ASSERT_EQ(data.fromASN1Object(in), 0);
-    EXPECT_EQ(data.getBitMask(), 1);
     EXPECT_EQ(hex(bytes(data.getRealName())), "4dd6");
     EXPECT_EQ(hex(bytes(data.getUserInfo(0))), "0500");
     data.getUserInfo(1);
     EXPECT_EQ(data.getLastError(), 1);
     EXPECT_EQ(outermost(trail(data)), "RIdentifyData::getUserInfo-m_userInfo(1)");
-
-    RVID vid;
-    ByteString encoded = byteString(der("30{30{06{2A03}} A0{0402AABB}}"));
-    ASSERT_EQ(vid.fromASN1Object(encoded), 0);
-    EXPECT_EQ(hex(bytes(vid.getVirtualID())), "aabb");
-    EXPECT_EQ(bytes(vid.getHashAlg().getAlgorithm()), "1 2 3");
 }
