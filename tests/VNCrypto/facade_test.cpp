@@ -5,7 +5,10 @@
 #include "VNCrypto/VNMac.h"
 #include "VNCrypto/VNRandom.h"
 #include "VNCrypto/VNSign.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
+
+#include <gtest/gtest.h>
 
 using namespace vrno;
 using namespace test;

@@ -1,10 +1,10 @@
 // Certificates that others made, against what OpenSSL reads in them.
 #include "ASN1Pkix/records/RCertificate.h"
-#include "VNProcess/PCertUtil2.h"
-#include "support/certificates.h"
+#include "support/bytes.h"
+#include "support/calls.h"
+#include "support/openssl.h"
 
 #include <algorithm>
-#include <cstring>
 #include <ctime>
 #include <filesystem>
 
@@ -32,10 +32,10 @@ void compare(const Context& context, const X509* x)
     int version = 0;
     EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 0);
     EXPECT_EQ(version, X509_get_version(x) + 1);
-    EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), hexOf(X509_get0_serialNumber(x)));
+    EXPECT_EQ(field(context, "GetSerialNum"), hexOf(X509_get0_serialNumber(x)));
     const ASN1_BIT_STRING* signature = nullptr;
     X509_get0_signature(&signature, nullptr, x);
-    EXPECT_EQ(field(context, VRNO_CERT_GetSignature), hexOf(signature));
+    EXPECT_EQ(field(context, "GetSignature"), hexOf(signature));
 
     const ASN1_OBJECT* algorithm = nullptr;
     const unsigned char* key = nullptr;
@@ -77,19 +77,16 @@ TEST(Certificates, OfTheSystemReadAsOpenSSLReadsThem)
         }
         ASSERT_EQ(code, 0) << context.error();
         compare(context, x.get());
-        for (const TextGetter get : {VRNO_CERT_GetIssuerName, VRNO_CERT_GetSubjectName}) {
-            int named = 0;
-            getText(context, get, named);
-            EXPECT_EQ(named, 0) << context.error();
-        }
+        for (const char* const name : {"GetIssuerName", "GetSubjectName"}) field(context, name);
 
         vrno::ByteString data = byteString(der), tbs;
         vrno::RCertificate record;
         ASSERT_EQ(record.fromASN1Object(data), 0);
         unsigned char* out = nullptr;
         const int length = i2d_re_X509_tbs(x.get(), &out);
-        const std::unique_ptr<unsigned char, Freed> owner(out);
-        EXPECT_EQ(hex(bytes(record.getTBSCertificate().toASN1Object())), hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(length)}));
+        const Owned<unsigned char> owner(out);
+        EXPECT_EQ(hex(bytes(record.getTBSCertificate().toASN1Object())),
+                  hex({reinterpret_cast<char*>(out), static_cast<std::size_t>(length)}));
         ++shown;
     }
     EXPECT_GT(shown, 20);
@@ -101,132 +98,29 @@ TEST(Certificates, SampleShowsHangul)
 {
     Context context;
     ASSERT_EQ(context.load(readFile(SAMPLES "/hong.der")), 0);
-    EXPECT_EQ(fromKsc(field(context, VRNO_CERT_GetSubjectName)), "cn=홍길동(Gildong)0001,ou=개인,o=한국시험인증,c=KR");
-    EXPECT_EQ(fromKsc(field(context, VRNO_CERT_GetIssuerName)), "cn=시험 최상위 인증기관,ou=인증센터,o=한국시험인증,c=KR");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSignatureAlgorithm), "sha1 With RSAEncryption");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), "c35a2b1f");
+    EXPECT_EQ(fromKsc(field(context, "GetSubjectName")), "cn=홍길동(Gildong)0001,ou=개인,o=한국시험인증,c=KR");
+    EXPECT_EQ(fromKsc(field(context, "GetIssuerName")), "cn=시험 최상위 인증기관,ou=인증센터,o=한국시험인증,c=KR");
+    EXPECT_EQ(field(context, "GetSignatureAlgorithm"), "sha1 With RSAEncryption");
+    EXPECT_EQ(field(context, "GetSerialNum"), "c35a2b1f");
 }
 
-// ---- certificates in notation, for what the real ones do not show ----
-
-TEST(Certificates, FieldsOfEveryKind)
+TEST(Certificates, FieldsAndExtensionsAreThoseOfTheNotation)
 {
-    const std::string longOid = "2A FFFFFF7F FFFFFF7F FFFFFF7F FFFFFF7F FFFFFF7F"; // 53 characters of text
-    const struct {
-        std::string version, algorithm, key;
-        int versionNumber;
-        const char *algorithmName, *keyAlgorithm;
-    } table[] = {
-        {"", "2A864886F70D010105", "2A03", 1, "sha1 With RSAEncryption", "1 2 3"},
-        {"A0{020102}", "2A8648CE3D0401", longOid, 3, "ECDSA with SHA1", "1 2 268435455 268435455 268435455 268435455 26843"},
-        {"A0{02047FFFFFFF}", "2A03", "2A03", -0x7FFFFFFF - 1, "1 2 3 : Unknown AlgorithmIdentifier", "1 2 3"},
-        {"A0{020101}", "2A831A8C9A440117", "2A03", 2, "KCDSA1 With SHA1", "1 2 3"},
-        {"", "2A8648CE3D040302", "2A03", 1, "1 2 840 10045 4 3 2 : Unknown AlgorithmIdentifier", "1 2 3"},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.algorithmName);
-        Context context;
-        ASSERT_EQ(context.load(certificate(
-                      {.version = row.version, .signature = "06{" + std::string(row.algorithm) + "}", .algorithm = "06{" + std::string(row.key) + "}"})),
-                  0)
-            << context.error();
-        int version = 0;
-        EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 0);
-        EXPECT_EQ(version, row.versionNumber);
-        EXPECT_EQ(field(context, VRNO_CERT_GetSignatureAlgorithm), row.algorithmName);
-        EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), "c3");
-        char algorithm[51], key[16];
-        std::memset(algorithm, 'x', sizeof algorithm);
-        EXPECT_EQ(VRNO_CERT_GetPubKey(context, 2, algorithm, key), 1005);
-        EXPECT_EQ(algorithm[0], 'x');
-        EXPECT_EQ(VRNO_CERT_GetPubKey(context, sizeof key, algorithm, key), 0);
-        EXPECT_STREQ(algorithm, row.keyAlgorithm);
-        EXPECT_EQ(algorithm[50], 'x');
-        EXPECT_STREQ(key, "3f");
-    }
-}
-
-TEST(Certificates, ABrokenFieldSpoilsOnlyItsOwnGetter)
-{
-    Context context;
-    std::string broken = certificate({.version = ""});
-    ASSERT_EQ(context.load(broken), 0);
-    broken.replace(broken.find(der("30{06{2A03}}")), 6, der("30{06{2AFF}}"));
-    broken.replace(broken.find(der("06{550403}")), 5, der("06{550441}"));
-    ASSERT_EQ(context.load(broken), 0);
-    int code = 0;
-    getText(context, VRNO_CERT_GetSignatureAlgorithm, code);
-    EXPECT_EQ(code, 1500);
-    EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetSignatureAlgorithm] 잘못된 인증서 형식입니다. <tarnlib> "
-                                          "PCertUtil2::getSignatureAlgorithm-pSignature(2),RAlgorithmIdentifier::getAlgorithm-m_algorithm(1),"
-                                          "ASN1ObjectIdentifier::getOID-nOID(1),ASN1 OID Format Error");
-    getText(context, VRNO_CERT_GetIssuerName, code);
-    EXPECT_EQ(code, 1500);
-    EXPECT_EQ(placeless(context.error()), "[VRNO_CERT_GetIssuerName] 잘못된 인증서 형식입니다. <tarnlib> "
-                                          "PCertUtil2::getIssuerDN-UDNSettings::RDN2Str()(2),Wrong RDNSequence form.");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSubjectName), "cn=A");
-    EXPECT_EQ(field(context, VRNO_CERT_GetSerialNum), "c3");
+    expectCalls("certificates.txt", {});
 }
 
 TEST(Certificates, AFailedLoadLeavesNoneLoaded)
 {
     Context context;
     const std::string good = readFile(SAMPLES "/hong.der");
-    for (const std::string& bad : {std::string("-----BEGIN CERTIFICATE-----"), good.substr(0, good.size() - 1), std::string("\x30", 1)}) {
+    for (const std::string& bad :
+         {std::string("-----BEGIN CERTIFICATE-----"), good.substr(0, good.size() - 1), std::string("\x30", 1)}) {
         ASSERT_EQ(context.load(good), 0);
         EXPECT_EQ(context.load(bad), 1500);
         EXPECT_EQ(context.error().find("[VRNO_CERT_Load] 잘못된 인증서 형식입니다. <tarnlib> ["), 0U);
-        int version = 0;
-        EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 1501);
+        EXPECT_EQ(getText(context, "GetSubjectName").code, 1501);
     }
     ASSERT_EQ(context.load(good), 0);
     EXPECT_EQ(VRNO_CERT_Load(context, nullptr), 1004);
-    int version = 0;
-    EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 0); // a failed check changes nothing
-    EXPECT_EQ(VRNO_CERT_Unload(context), 0);
-    EXPECT_EQ(VRNO_CERT_Unload(context), 0);
-    EXPECT_EQ(VRNO_CERT_GetVersion(context, &version), 1501);
-}
-
-TEST(Extensions, AreFoundAbsentOrBroken)
-{
-    const std::string one = "30{06{551D0E} 0402AABB}", empty = "30{06{551D0F} 0101FF 0400}", broken = "30{0500 0400}";
-    const struct {
-        std::string extensions;
-        const char* oid;
-        int status;
-        const char *value, *message;
-    } table[] = {
-        {one, "2 5 29 14", 0, "aabb", ""},
-        {empty + one, "2 5 29 14", 0, "aabb", ""},
-        {one + "30{06{551D0E} 0401CC}", "2 5 29 14", 0, "aabb", ""},
-        {one, "2 5 29 1", 4096, "", "The extension does not exist."},
-        {one, "2 5 29 140", 4096, "", "The extension does not exist."},
-        {empty, "2 5 29 15", 4096, "", "The extension does not exist."},
-        {one + broken, "2 5 29 14", 0, "aabb", ""},
-        {broken + one, "2 5 29 14", 2, "", "extnID component is not ASN1_TAG_OID."},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.extensions + " " + row.oid);
-        vrno::ByteString cert = byteString(certificate({.version = "", .extensions = "A3{30{" + std::string(row.extensions) + "}}"}));
-        vrno::PCertUtil2 loaded, other;
-        ASSERT_EQ(loaded.setCertificate(cert), 0);
-        EXPECT_EQ(hex(bytes(loaded.getExtensionValue(row.oid))), row.value);
-        EXPECT_EQ(loaded.getLastError(), row.status);
-        EXPECT_EQ(hex(bytes(other.getExtensionValue(cert, row.oid))), row.value);
-        EXPECT_EQ(other.getLastError(), row.status);
-        if (row.status) { EXPECT_EQ(innermost(bytes(loaded.getErrorTrail())), row.message); }
-    }
-    vrno::PCertUtil2 none;
-    vrno::ByteString garbage = byteString("garbage");
-    none.getExtensionValue("2 5 29 14");
-    EXPECT_EQ(outermost(bytes(none.getErrorTrail())), "PCertUtil2::getExtensionValue-m_pTBSCert(1)");
-    none.getExtensionValue(garbage, "2 5 29 14");
-    EXPECT_EQ(outermost(bytes(none.getErrorTrail())), "PCertUtil2::getExtensionValue-cert(1)");
-    int time = 7;
-    EXPECT_EQ(none.getValidityNotBefore_value(&time), 1);
-    EXPECT_EQ(time, 7);
-    none.getSerialNo();
-    EXPECT_EQ(none.getLastError(), 1);
-    EXPECT_EQ(innermost(bytes(none.getErrorTrail())), "The certificate does not set.");
+    field(context, "GetSubjectName"); // a failed check changes nothing
 }

@@ -3,7 +3,11 @@
 #include "VNProcess/PIdentifyDataUtil.h"
 #include "VNProcess/PPolicyUtil.h"
 #include "VNProcess/PSubAltNameUtil.h"
+#include "support/bytes.h"
+#include "support/calls.h"
+#include "support/cases.h"
 #include "support/certificates.h"
+#include "support/openssl.h"
 
 #include <openssl/conf.h>
 #include <openssl/x509v3.h>
@@ -16,9 +20,13 @@ using namespace test;
 
 namespace {
 
-const NamedGetter& getterNamed(const std::string& name)
+// The octets of the extension that a getter shows.
+std::string extensionOf(const std::string& getter)
 {
-    return *std::find_if(textGetters.begin(), textGetters.end(), [&](const NamedGetter& g) { return "VRNO_CERT_" + name == g.name; });
+    for (const Case& c : cases("getters.txt", 6)) {
+        if (c[0] == getter) return c[3];
+    }
+    return "";
 }
 
 std::string unescaped(std::string text)
@@ -35,42 +43,30 @@ TEST(Extensions, RenderAsTheTableSays)
 {
     for (const Case& c : cases("extensions.txt", 4)) {
         SCOPED_TRACE(c.where);
-        const NamedGetter& getter = getterNamed(c[0]);
         Context context;
-        ASSERT_EQ(context.load(certificateWith(getter.extension, c[1])), 0) << context.error();
-        int code = 0;
-        const std::string text = getText(context, getter.get, code);
-        EXPECT_EQ(code, std::stoi(c[2])) << context.error();
-        if (code == 0) {
-            EXPECT_EQ(fromKsc(text), unescaped(c[3]));
-        } else {
-            EXPECT_EQ(placeless(context.error()), "[" + std::string(getter.name) + "] 잘못된 인증서 형식입니다. <tarnlib> " + unescaped(c[3]));
-        }
+        ASSERT_EQ(context.load(certificateWith(extensionOf(c[0]), c[1])), 0) << context.error();
+        const Result result = getText(context, c[0]);
+        EXPECT_EQ(result.code, std::stoi(c[2])) << context.error();
+        const std::string failure = "[VRNO_CERT_" + c[0] + "] 잘못된 인증서 형식입니다. <tarnlib> ";
+        const std::string told = result.code == 0 ? fromKsc(result.output) : placeless(context.error());
+        EXPECT_EQ(told, (result.code == 0 ? "" : failure) + unescaped(c[3]));
     }
 }
 
-TEST(Extensions, AnAbsentOneIsToldSo)
+TEST(Extensions, AbsentAndBrokenOnesGiveTheirCodes)
 {
-    const std::map<std::string, std::string> messages = {
-        {"551D0F", "키 용도"},       {"551D13", "기본 제한"},     {"551D0E", "주체키 식별자"},
-        {"551D20", "인증서 정책"},   {"551D25", "확장 키 용도"},  {"551D11", "주체 대체 이름"},
-        {"551D23", "기관키 식별자"}, {"551D1F", "CRL 배포 지점"}, {"2B06010505070101", "기관 정보 액세스(AIA)"},
-    };
-    for (const NamedGetter& getter : textGetters) {
-        if (!getter.extension) continue;
-        SCOPED_TRACE(getter.name);
-        char untouched[] = "untouched";
-        for (const std::string& without : {certificate({.version = ""}), certificateWith(getter.extension, "")}) {
-            Context context;
+    for (const Case& c : cases("getters.txt", 6)) {
+        if (c[3].empty()) continue;
+        SCOPED_TRACE(c[0]);
+        Context context;
+        for (const std::string& without : {certificate({.version = ""}), certificateWith(c[3], "")}) {
             ASSERT_EQ(context.load(without), 0);
-            EXPECT_EQ(getter.get(context, sizeof untouched, untouched), 1502);
-            EXPECT_EQ(context.error(), "[" + std::string(getter.name) + "] " + messages.at(getter.extension) + " 필드가 없습니다.");
+            EXPECT_EQ(getText(context, c[0]).code, 1502);
+            EXPECT_EQ(context.error(), "[VRNO_CERT_" + c[0] + "] " + c[4] + " 필드가 없습니다.");
         }
-        Context broken;
-        ASSERT_EQ(broken.load(certificate({.extensions = "A3{30{30{0500 0400}}}"})), 0);
-        EXPECT_EQ(getter.get(broken, sizeof untouched, untouched), 1500);
-        EXPECT_EQ(innermost(broken.error()), "extnID component is not ASN1_TAG_OID.");
-        EXPECT_STREQ(untouched, "untouched");
+        ASSERT_EQ(context.load(certificate({.extensions = "A3{30{30{0500 0400}}}"})), 0);
+        EXPECT_EQ(getText(context, c[0]).code, 1500);
+        EXPECT_EQ(innermost(context.error()), "extnID component is not ASN1_TAG_OID.");
     }
 }
 
@@ -98,28 +94,14 @@ TEST(Extensions, DistributionPointNameInAWrapperOfItsOwn)
 
 TEST(Extensions, IdentifyDataIsTakenApart)
 {
-    const struct {
-        const char* value;
-        int code;
-        const char *vid, *frame;
-    } table[] = {
-        {"30{0C{ED998D}}", 0, "", ""},
-        {"30{0C{ED998D} 30{30{06{2A831A8C9A440A010101} 3003020105} 30{06{2A03} 0500}}}", 0, "3003020105", ""},
-        {"0500", 1, "", "identifyData"},
-        {"30{0C00 3000}", 4, "", "identifyData"},
-        {"30{0C00 30{0500}}", 5, "", "attrTypeAndValue"},
-        {"30{0C00 30{30{0600 0500}}}", 6, "", "attrTypeAndValue"},
-        {"30{0C00 30{30{06{2A03} 0500}}}", 7, "", "bsType"},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.value);
+    for (const Case& c : cases("identify.txt", 5)) {
+        SCOPED_TRACE(c.where);
         vrno::PIdentifyDataUtil util;
-        vrno::ByteString value = byteString(der(row.value)), name, vid;
-        EXPECT_EQ(util.parseIdentifyData(value, name, vid), row.code);
-        EXPECT_EQ(hex(bytes(vid)), row.vid);
-        if (row.code == 0) { EXPECT_EQ(fromKsc(bytes(name)), "홍"); }
-        const std::string frame = "PIdentifyDataUtil::parseIdentifyData-" + std::string(row.frame) + "(" + std::to_string(row.code) + ")";
-        if (row.code > 0) { EXPECT_EQ(outermost(bytes(util.getErrorTrail())), frame); }
+        vrno::ByteString value = byteString(der(c[0])), name, vid;
+        EXPECT_EQ(util.parseIdentifyData(value, name, vid), std::stoi(c[1]));
+        EXPECT_EQ(fromKsc(bytes(name)), c[2]);
+        EXPECT_EQ(hex(bytes(vid)), c[3]);
+        EXPECT_EQ(outermost(trail(util)), c[4]);
     }
 }
 
@@ -144,7 +126,7 @@ TEST(Extensions, PolicyIdentifiersAreCounted)
     for (const int index : {-1, 2}) {
         EXPECT_EQ(bytes(util.getPolicyOid(index, ' ')), "");
         EXPECT_EQ(util.getLastError(), 1);
-        EXPECT_EQ(placeless(bytes(util.getErrorTrail())), "PPolicyUtil::getPolicyOid-index(1),Index invalid");
+        EXPECT_EQ(placeless(trail(util)), "PPolicyUtil::getPolicyOid-index(1),Index invalid");
     }
 }
 
@@ -225,7 +207,10 @@ std::string urls(const CRL_DIST_POINTS& points)
             const GENERAL_NAME* const general = sk_GENERAL_NAME_value(name->name.fullname, j);
             EXPECT_EQ(general->type, GEN_URI);
             const ASN1_IA5STRING* const uri = general->d.uniformResourceIdentifier;
-            if (count++ < 3) append(list, "|", {reinterpret_cast<const char*>(ASN1_STRING_get0_data(uri)), static_cast<std::size_t>(ASN1_STRING_length(uri))});
+            if (count++ < 3)
+                append(
+                    list, "|",
+                    {reinterpret_cast<const char*>(ASN1_STRING_get0_data(uri)), static_cast<std::size_t>(ASN1_STRING_length(uri))});
         }
     }
     return list;
@@ -235,44 +220,42 @@ std::string urls(const CRL_DIST_POINTS& points)
 void compare(const X509* x, std::map<std::string, int>& texts)
 {
     const std::map<std::string, std::string> values = {
-        {"VRNO_CERT_GetKeyUsage", expected(x, NID_key_usage, ASN1_BIT_STRING_free, keyUsage)},
-        {"VRNO_CERT_GetBasicConstraints", expected(x, NID_basic_constraints, BASIC_CONSTRAINTS_free, basicConstraints)},
-        {"VRNO_CERT_GetSubKeyID", expected(x, NID_subject_key_identifier, ASN1_OCTET_STRING_free, keyIdentifier)},
-        {"VRNO_CERT_GetExtKeyUsage", expected(x, NID_ext_key_usage, EXTENDED_KEY_USAGE_free, purposes)},
-        {"VRNO_CERT_GetCertPolicy_PolicyID", expected(x, NID_certificate_policies, CERTIFICATEPOLICIES_free, policies)},
-        {"VRNO_CERT_GetCRLDP_URL", expected(x, NID_crl_distribution_points, CRL_DIST_POINTS_free, urls)},
+        {"GetKeyUsage", expected(x, NID_key_usage, ASN1_BIT_STRING_free, keyUsage)},
+        {"GetBasicConstraints", expected(x, NID_basic_constraints, BASIC_CONSTRAINTS_free, basicConstraints)},
+        {"GetSubKeyID", expected(x, NID_subject_key_identifier, ASN1_OCTET_STRING_free, keyIdentifier)},
+        {"GetExtKeyUsage", expected(x, NID_ext_key_usage, EXTENDED_KEY_USAGE_free, purposes)},
+        {"GetCertPolicy_PolicyID", expected(x, NID_certificate_policies, CERTIFICATEPOLICIES_free, policies)},
+        {"GetCRLDP_URL", expected(x, NID_crl_distribution_points, CRL_DIST_POINTS_free, urls)},
     };
     Context context;
     ASSERT_EQ(context.load(encoded(i2d_X509, x)), 0) << context.error();
-    for (const NamedGetter& getter : textGetters) {
-        if (!getter.extension) continue;
-        SCOPED_TRACE(getter.name);
-        const std::string encodedOid = der("06{" + std::string(getter.extension) + "}");
-        const unsigned char* from = at(encodedOid);
-        const std::unique_ptr<ASN1_OBJECT, Freed> oid(d2i_ASN1_OBJECT(nullptr, &from, static_cast<long>(encodedOid.size())));
-        int code = 0;
-        const std::string text = getText(context, getter.get, code);
-        EXPECT_EQ(code, X509_get_ext_by_OBJ(x, oid.get(), -1) < 0 ? 1502 : 0) << context.error();
-        texts[getter.name] += code == 0;
-        const auto value = values.find(getter.name);
-        if (value != values.end()) { EXPECT_EQ(text, value->second); }
+    for (const Case& c : cases("getters.txt", 6)) {
+        if (c[3].empty()) continue;
+        SCOPED_TRACE(c[0]);
+        const Owned<ASN1_OBJECT> oid = decoded(d2i_ASN1_OBJECT, der("06{" + c[3] + "}"));
+        const Result result = getText(context, c[0]);
+        EXPECT_EQ(result.code, X509_get_ext_by_OBJ(x, oid.get(), -1) < 0 ? 1502 : 0) << context.error();
+        texts[c[0]] += result.code == 0;
+        const auto value = values.find(c[0]);
+        if (value != values.end()) { EXPECT_EQ(result.output, value->second); }
     }
 }
 
 Certificate made(const std::string& extensions)
 {
     Certificate x(X509_new());
-    const std::unique_ptr<EVP_PKEY, Freed> key(EVP_EC_gen("P-256"));
+    const Owned<EVP_PKEY> key(EVP_EC_gen("P-256"));
     X509_set_version(x.get(), X509_VERSION_3);
     ASN1_INTEGER_set(X509_get_serialNumber(x.get()), 0x80);
     X509_gmtime_adj(X509_getm_notBefore(x.get()), 0);
     X509_gmtime_adj(X509_getm_notAfter(x.get()), 1000);
-    X509_NAME_add_entry_by_txt(X509_get_subject_name(x.get()), "CN", MBSTRING_UTF8, reinterpret_cast<const unsigned char*>("홍길동"), -1, -1, 0);
+    X509_NAME_add_entry_by_txt(X509_get_subject_name(x.get()), "CN", MBSTRING_UTF8,
+                               reinterpret_cast<const unsigned char*>("홍길동"), -1, -1, 0);
     X509_set_issuer_name(x.get(), X509_get_subject_name(x.get()));
     X509_set_pubkey(x.get(), key.get());
 
-    const std::unique_ptr<BIO, Freed> text(BIO_new_mem_buf(extensions.data(), static_cast<int>(extensions.size())));
-    const std::unique_ptr<CONF, Freed> configuration(NCONF_new(nullptr));
+    const Owned<BIO> text(BIO_new_mem_buf(extensions.data(), static_cast<int>(extensions.size())));
+    const Owned<CONF> configuration(NCONF_new(nullptr));
     X509V3_CTX issuing;
     X509V3_set_ctx(&issuing, x.get(), x.get(), nullptr, nullptr, 0);
     X509V3_set_nconf(&issuing, configuration.get());
@@ -292,10 +275,13 @@ TEST(Extensions, ThatOpenSSLMakesReadAsItReadsThem)
                                  "[point]\nfullname=URI:http://c\nreasons=keyCompromise,CACompromise\nCRLissuer=dirName:dir\n"
                                  "[relative]\nrelativename=name\n[name]\nCN=r\n";
     const char* const table[] = {
-        "keyUsage=digitalSignature,keyEncipherment,decipherOnly\nbasicConstraints=critical,CA:TRUE,pathlen:3\nextendedKeyUsage=serverAuth,OCSPSigning,1.2.3.4",
-        "keyUsage=nonRepudiation,dataEncipherment,keyAgreement,keyCertSign,cRLSign,encipherOnly\nbasicConstraints=CA:FALSE\nextendedKeyUsage=timeStamping",
+        "keyUsage=digitalSignature,keyEncipherment,decipherOnly\nbasicConstraints=critical,CA:TRUE,pathlen:3\nextendedKeyUsage="
+        "serverAuth,OCSPSigning,1.2.3.4",
+        "keyUsage=nonRepudiation,dataEncipherment,keyAgreement,keyCertSign,cRLSign,encipherOnly\nbasicConstraints=CA:"
+        "FALSE\nextendedKeyUsage=timeStamping",
         "basicConstraints=CA:TRUE\nsubjectKeyIdentifier=hash\nauthorityKeyIdentifier=keyid:always,issuer:always",
-        "certificatePolicies=1.2.3.4,2.5.29.32.0,@policy\ncrlDistributionPoints=URI:http://a,URI:http://b,point,relative,URI:http://d",
+        "certificatePolicies=1.2.3.4,2.5.29.32.0,@policy\ncrlDistributionPoints=URI:http://a,URI:http://b,point,relative,URI:http:/"
+        "/d",
         ("subjectAltName=email:a@b.kr,DNS:a.kr,URI:http://a,IP:1.2.3.4,RID:1.2.3,dirName:dir,otherName:1.2.3;UTF8:x\n"
          "authorityInfoAccess=OCSP;URI:http://o,caIssuers;URI:http://i"),
     };

@@ -3,8 +3,11 @@
 #include "base/ByteBuilder.h"
 #include "base/DateTime.h"
 #include "base/Objects.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
+#include "support/failing.h"
 
+#include <gtest/gtest.h>
 #include <openssl/evp.h>
 
 #include <cstdlib>
@@ -103,10 +106,10 @@ TEST(Trail, FramesStandFromTheOutermostInwards)
     PObject inner;
     VNObject outer;
     inner.addTrailFrame("C:\\src\\a.cpp", 7, "A", "f", "x", 3, nullptr);
-    EXPECT_TRUE(inner.getErrorTrail().text() == "[a.cpp:7]A::f-x(3)");
-    inner.addTrailFrame("/src/b.cpp", 8, "B", "g", "y", 4, inner.getErrorTrail().getText());
-    outer.addTrailFrame("c.cpp", 9, "C", "h", "z", 5, inner.getErrorTrail().getText());
-    EXPECT_TRUE(outer.getErrorTrail().text() == "[c.cpp:9]C::h-z(5),[b.cpp:8]B::g-y(4),[a.cpp:7]A::f-x(3)");
+    EXPECT_EQ(trail(inner), "[a.cpp:7]A::f-x(3)");
+    inner.addTrailFrame("/src/b.cpp", 8, "B", "g", "y", 4, trail(inner).c_str());
+    outer.addTrailFrame("c.cpp", 9, "C", "h", "z", 5, trail(inner).c_str());
+    EXPECT_EQ(trail(outer), "[c.cpp:9]C::h-z(5),[b.cpp:8]B::g-y(4),[a.cpp:7]A::f-x(3)");
 }
 
 TEST(Builder, StaysFailed)
@@ -129,23 +132,12 @@ TEST(DateTime, ShowsLocalTimeInSummerAndWinter)
     if (started == "Asia/Seoul") {
         EXPECT_EQ(DateTime().getZoneOffset(), -32400); // read once a process
     }
-    const struct {
-        const char* zone;
-        int value;
-        const char* text;
-    } table[] = {
-        {"UTC", 0, "1970-01-01 00:00:00"},
-        {"Asia/Seoul", 1078056000, "2004-02-29 21:00:00"},
-        {"America/New_York", 1078056000, "2004-02-29 07:00:00"},
-        {"America/New_York", 1088683200, "2004-07-01 08:00:00"},
-        {"Asia/Seoul", 0x7FFFFFFF, "2038-01-19 12:14:07"},
-    };
-    for (const auto& row : table) {
-        setenv("TZ", row.zone, 1);
+    for (const Case& c : cases("zones.txt", 3)) {
+        setenv("TZ", c[0].c_str(), 1);
         tzset();
         DateTime time;
-        time.setTime(row.value, true);
-        EXPECT_TRUE(time.formatTime("%Y-%m-%d %H:%M:%S") == row.text) << row.zone << " " << bytes(time.m_bsText);
+        time.setTime(std::stoi(c[1]), true);
+        EXPECT_EQ(bytes(time.formatTime("%Y-%m-%d %H:%M:%S")), c[2]) << c.where;
     }
     setenv("TZ", started.c_str(), 1);
     tzset();
@@ -163,8 +155,8 @@ TEST(Base64, IsThatOfOpenSSLForEveryLength)
         ByteString in = byteString(data), text, back;
         ASSERT_EQ(base64Encode(in, text), 0);
         std::string expected(data.size() * 2 + 8, '\0');
-        expected.resize(static_cast<std::size_t>(
-            EVP_EncodeBlock(reinterpret_cast<unsigned char*>(expected.data()), reinterpret_cast<const unsigned char*>(data.data()), length)));
+        expected.resize(static_cast<std::size_t>(EVP_EncodeBlock(reinterpret_cast<unsigned char*>(expected.data()),
+                                                                 reinterpret_cast<const unsigned char*>(data.data()), length)));
         ASSERT_EQ(bytes(text), expected);
         ASSERT_EQ(base64Decode(text, back), 0);
         ASSERT_EQ(bytes(back), data);
@@ -173,7 +165,8 @@ TEST(Base64, IsThatOfOpenSSLForEveryLength)
 
 TEST(Base64, DecodesNothingButTheAlphabet)
 {
-    for (const char* text : {"====", "A===", "A", "AA", "AAA", "AA=A", "AA\nA", "AA A", "=AAA", "AAA\xC0", "AAAA\n", "AA==AAAA", "-_AA"}) {
+    for (const char* text :
+         {"====", "A===", "A", "AA", "AAA", "AA=A", "AA\nA", "AA A", "=AAA", "AAA\xC0", "AAAA\n", "AA==AAAA", "-_AA"}) {
         ByteString in = byteString(text), out("kept", 4);
         EXPECT_EQ(base64Decode(in, out), 1) << text;
         EXPECT_TRUE(out == "kept");

@@ -3,7 +3,9 @@
 #include "engine/bignum/primes.h"
 #include "engine/bignum/rows.h"
 #include "engine/peer.h"
-#include "support/support.h"
+#include "support/bytes.h"
+
+#include <gtest/gtest.h>
 
 #include <cstring>
 #include <random>

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "engine/frame/zirc.h"
-#include "support/support.h"
+#include "support/bytes.h"
+
+#include <gtest/gtest.h>
 
 namespace test {
 

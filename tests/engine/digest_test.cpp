@@ -5,8 +5,10 @@
 #include "engine/digest/hmac.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1_kernels.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 
+#include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <openssl/sha.h>
 

@@ -4,7 +4,11 @@
 #include "engine/seed/padding.h"
 #include "engine/seed/seed_kernels.h"
 #include "engine/words.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
+#include "support/failing.h"
+#include "support/interface.h"
+#include "support/openssl.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

@@ -6,6 +6,7 @@
 #include "engine/frame/context.h"
 #include "engine/kcdsa/kcdsa.h"
 #include "engine/peer.h"
+#include "support/cases.h"
 
 #include <memory>
 

@@ -1,24 +1,19 @@
 // Enveloped messages: what only encodes, and messages that are not ours.
 #include "ASN1Pkix/records/RCms.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
+#include "support/openssl.h"
 
-#include <openssl/cms.h>
-#include <openssl/evp.h>
-#include <openssl/x509.h>
+#include <gtest/gtest.h>
 
 using namespace vrno;
 using namespace test;
 
 namespace {
 
-template <class Record> std::string encoded(Record& record)
+template <class Record> std::string written(Record& record)
 {
     return hex(bytes(record.toASN1Object()));
-}
-
-template <class Record> std::string frame(Record& record)
-{
-    return outermost(bytes(record.getErrorTrail()));
 }
 
 void makeRecipient(RRecipientInfo& recipient, const std::string& keyId, const std::string& key)
@@ -27,23 +22,10 @@ void makeRecipient(RRecipientInfo& recipient, const std::string& keyId, const st
     RRecipientIdentifier rid;
     RAlgorithmIdentifier rsa;
     RKeyTransRecipientInfo ktri;
-    EXPECT_EQ(rid.setSubjectKeyIdentifier(id), 0);
     EXPECT_EQ(rsa.setAlgorithm("1 2 3", true), 0);
-    EXPECT_EQ(ktri.setVersion(2), 0);
-    EXPECT_EQ(ktri.setRid(rid), 0);
-    EXPECT_EQ(ktri.setKeyEncryptionAlgorithm(rsa), 0);
-    EXPECT_EQ(ktri.setEncryptedKey(octets), 0);
+    EXPECT_EQ(rid.setSubjectKeyIdentifier(id) + ktri.setVersion(2) + ktri.setRid(rid), 0);
+    EXPECT_EQ(ktri.setKeyEncryptionAlgorithm(rsa) + ktri.setEncryptedKey(octets), 0);
     EXPECT_EQ(recipient.setKeyTransRecipientInfo(ktri), 0);
-}
-
-void makeContent(REncryptedContentInfo& content, const std::string& ciphertext)
-{
-    ByteString oid = byteString("1 2 4"), octets = byteString(ciphertext);
-    RAlgorithmIdentifier cipher;
-    EXPECT_EQ(cipher.setAlgorithm("1 2 5", true), 0);
-    EXPECT_EQ(content.setContentType(oid), 0);
-    EXPECT_EQ(content.setContentEncryptionAlgorithm(cipher), 0);
-    EXPECT_EQ(content.setEncryptedContent(std::move(octets)), 0);
 }
 
 } // namespace
@@ -53,78 +35,60 @@ TEST(Cms, MessageIsWrittenAsItWasPutTogether)
     RRecipientInfo second, first;
     makeRecipient(second, "\xBB", "two");
     makeRecipient(first, "\xAA", "one");
-    RRecipientInfos recipients;
-    EXPECT_EQ(recipients.addRecipientInfo(second), 0);
-    EXPECT_EQ(recipients.addRecipientInfo(first), 0); // the set is not sorted
+    RRecipientInfos recipients; // the set is not sorted
+    EXPECT_EQ(recipients.addRecipientInfo(second) + recipients.addRecipientInfo(first), 0);
 
+    ByteString oid = byteString("1 2 4"), octets = byteString("ciphertext");
+    RAlgorithmIdentifier cipher;
     REncryptedContentInfo content;
-    makeContent(content, "ciphertext");
+    EXPECT_EQ(cipher.setAlgorithm("1 2 5", true) + content.setContentType(oid), 0);
+    EXPECT_EQ(content.setContentEncryptionAlgorithm(cipher) + content.setEncryptedContent(std::move(octets)), 0);
     REnvelopedData enveloped;
-    EXPECT_EQ(enveloped.setVersion(2), 0);
-    EXPECT_EQ(enveloped.setRecipientInfos(recipients), 0);
-    EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0);
-    const auto ktri = [](const std::string& id, const std::string& key) { return "30{020102 80{" + id + "} 30{06{2A03}} 04{\"" + key + "\"}}"; };
-    const std::string version = "020102", set = "31{" + ktri("BB", "two") + ktri("AA", "one") + "}";
-    const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}", plain = "30{" + version + set + info + "}";
-    EXPECT_EQ(encoded(enveloped), hex(der(plain)));
-    EXPECT_EQ(encoded(enveloped), hex(der(plain))); // encoding uses nothing up
-
-    RContentInfo message;
-    EXPECT_EQ(message.setContentType("1 2 840 113549 1 7 3"), 0);
-    EXPECT_EQ(encoded(message), hex(der("30{06{2A864886F70D010703}}")));
-    message.setContent(std::move(enveloped.toASN1Object()));
-    const std::string wrapped = hex(der("30{06{2A864886F70D010703} A0{" + plain + "}}"));
-    EXPECT_EQ(encoded(message), wrapped);
-    EXPECT_EQ(encoded(message), wrapped);
+    EXPECT_EQ(enveloped.setVersion(2) + enveloped.setRecipientInfos(recipients) +
+                  enveloped.setEncryptedContentInfo(std::move(content)),
+              0);
+    const std::string set = "31{ 30{020102 80{BB} 30{06{2A03}} 04{\"two\"}} 30{020102 80{AA} 30{06{2A03}} 04{\"one\"}} }";
+    const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}";
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(written(enveloped), hex(der("30{020102" + set + info + "}"))); // uses nothing up
 
     ROriginatorInfo originator;
     RAttributes attributes;
     ByteString certs = byteString(der("30{A0{30{020101}}}")), attribute = byteString(der("30{06{2A06} 31{0500}}"));
     EXPECT_EQ(originator.fromASN1Object(certs), 0);
     attributes.m_SET.addComponent(attribute, -1);
-    EXPECT_EQ(enveloped.setOriginatorInfo(originator), 0);
-    EXPECT_EQ(enveloped.setUnprotectedAttrs(attributes), 0);
-    makeContent(content, "ciphertext");
-    EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0); // over the first one
-    EXPECT_EQ(encoded(enveloped), hex(der("30{" + version + "A0{A0{30{020101}}}" + set + info + "A1{30{06{2A06} 31{0500}}}}")));
+    EXPECT_EQ(enveloped.setOriginatorInfo(originator) + enveloped.setUnprotectedAttrs(attributes), 0);
+    EXPECT_EQ(written(enveloped), hex(der("30{020102 A0{A0{30{020101}}}" + set + info + "A1{30{06{2A06} 31{0500}}}}")));
 }
 
-TEST(Cms, SettersAndEncodingTellWhatIsMissing)
+TEST(Cms, NothingIsWrittenOfAnIncompleteRecord)
 {
     RKeyTransRecipientInfo ktri;
     REnvelopedData enveloped;
     EXPECT_EQ(enveloped.setVersion(5), 1);
     EXPECT_EQ(ktri.setVersion(4), 0);
-    for (const int version : {-1, 5}) {
-        EXPECT_EQ(ktri.setVersion(version), 1);
-        EXPECT_EQ(frame(ktri), "RKeyTransRecipientInfo::setVersion-version(1)");
-        EXPECT_EQ(innermost(bytes(ktri.getErrorTrail())), "Data version is incorrect.");
-    }
+    for (const int version : {-1, 5}) EXPECT_EQ(ktri.setVersion(version), 1);
+    EXPECT_EQ(placeless(trail(ktri)), "RKeyTransRecipientInfo::setVersion-version(1),Data version is incorrect.");
     EXPECT_EQ(ktri.m_version.getIntValue(), 4);
 
     RRecipientIdentifier rid;
     EXPECT_EQ(ktri.setRid(rid), 1); // nothing chosen
-    EXPECT_EQ(frame(ktri), "RKeyTransRecipientInfo::setRid-data(1)");
-    EXPECT_EQ(encoded(ktri), "");
-    EXPECT_EQ(frame(ktri), "RKeyTransRecipientInfo::toASN1Object-m_rid(2)");
-    EXPECT_EQ(innermost(bytes(ktri.getErrorTrail())), "Any component is not chosen.");
+    EXPECT_EQ(outermost(trail(ktri)), "RKeyTransRecipientInfo::setRid-data(1)");
+    EXPECT_EQ(written(ktri), "");
+    EXPECT_EQ(outermost(trail(ktri)), "RKeyTransRecipientInfo::toASN1Object-m_rid(2)");
+    EXPECT_EQ(innermost(trail(ktri)), "Any component is not chosen.");
 
     RRecipientInfo recipient;
-    EXPECT_EQ(encoded(recipient), "");
-    EXPECT_EQ(recipient.getLastError(), 1);
-    EXPECT_EQ(frame(recipient), "RRecipientInfo::toASN1Object-m_ucBitMask(1)");
+    EXPECT_EQ(written(recipient), "");
+    EXPECT_EQ(outermost(trail(recipient)), "RRecipientInfo::toASN1Object-m_ucBitMask(1)");
     EXPECT_EQ(recipient.setKeyTransRecipientInfo(ktri), 1);
     RRecipientInfos recipients;
     EXPECT_EQ(recipients.addRecipientInfo(recipient), 1);
     EXPECT_EQ(recipients.getCount(), 0);
 
-    ByteString empty;
     REncryptedContentInfo content;
-    EXPECT_EQ(content.setContentType(empty), 1);
-    EXPECT_EQ(frame(content), "REncryptedContentInfo::setContentType-m_contentType(1)");
     content.setImplicitTag(0, 0x80); // reads as a wrapper around the first component
     EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 2);
-    EXPECT_EQ(frame(enveloped), "REnvelopedData::setEncryptedContentInfo-m_encryptedContentInfo(2)");
+    EXPECT_EQ(outermost(trail(enveloped)), "REnvelopedData::setEncryptedContentInfo-m_encryptedContentInfo(2)");
 }
 
 namespace {
@@ -132,31 +96,28 @@ namespace {
 // A message by OpenSSL to the certificate and to a shared key. `stream` writes it in indefinite form, the content in segments.
 std::string foreignMessage(unsigned flags, bool stream)
 {
-    const std::string certificate = readFile(SAMPLES "/hong.der"), text(5000, 'x');
-    const unsigned char* der = at(certificate);
-    X509* const x509 = d2i_X509(nullptr, &der, static_cast<long>(certificate.size()));
-    BIO* const in = BIO_new_mem_buf(text.data(), static_cast<int>(text.size()));
-    BIO* const out = BIO_new(BIO_s_mem());
+    const Certificate recipient = decoded(d2i_X509, readFile(SAMPLES "/hong.der"));
+    const std::string content(5000, 'x');
+    const Owned<BIO> in(BIO_new_mem_buf(content.data(), static_cast<int>(content.size()))), out(BIO_new(BIO_s_mem()));
     flags |= CMS_BINARY | (stream ? CMS_STREAM : CMS_PARTIAL);
-    CMS_ContentInfo* const cms = CMS_encrypt(nullptr, nullptr, EVP_aes_128_cbc(), flags | CMS_PARTIAL);
-    EXPECT_TRUE(CMS_add1_recipient_cert(cms, x509, flags));
+    const Owned<CMS_ContentInfo> cms(CMS_encrypt(nullptr, nullptr, EVP_aes_128_cbc(), flags | CMS_PARTIAL));
+    EXPECT_TRUE(CMS_add1_recipient_cert(cms.get(), recipient.get(), flags));
     const auto copy = [](const char* octets) { return static_cast<unsigned char*>(OPENSSL_memdup(octets, 16)); };
-    EXPECT_TRUE(CMS_add0_recipient_key(cms, NID_id_aes128_wrap, copy("0123456789abcdef"), 16, copy("the shared key's"), 16,
+    EXPECT_TRUE(CMS_add0_recipient_key(cms.get(), NID_id_aes128_wrap, copy("0123456789abcdef"), 16, copy("the shared key's"), 16,
                                        ASN1_GENERALIZEDTIME_set(nullptr, 1700000000), nullptr, nullptr));
-    if (stream) {
-        EXPECT_TRUE(i2d_CMS_bio_stream(out, cms, in, static_cast<int>(flags)));
-    } else {
-        EXPECT_TRUE(CMS_final(cms, in, nullptr, flags));
-        EXPECT_TRUE(i2d_CMS_bio(out, cms));
-    }
-    const char* data = nullptr;
-    const long length = BIO_get_mem_data(out, &data);
-    const std::string message(data, static_cast<std::size_t>(length));
-    CMS_ContentInfo_free(cms);
-    BIO_free_all(out);
-    BIO_free_all(in);
-    X509_free(x509);
-    return message;
+    if (!stream) { EXPECT_TRUE(CMS_final(cms.get(), in.get(), nullptr, flags)); }
+    EXPECT_TRUE(stream ? i2d_CMS_bio_stream(out.get(), cms.get(), in.get(), static_cast<int>(flags))
+                       : i2d_CMS_bio(out.get(), cms.get()));
+    return contents(out.get());
+}
+
+// The components of the EnvelopedData in a message.
+void open(const std::string& message, ASN1Sequence& enveloped)
+{
+    ByteString data = byteString(message);
+    ASN1Sequence contentInfo;
+    ASSERT_EQ(contentInfo.fromASN1Object(data), 0);
+    ASSERT_EQ(enveloped.fromASN1Object(contentInfo.getComponent(1)), 0);
 }
 
 } // namespace
@@ -164,10 +125,8 @@ std::string foreignMessage(unsigned flags, bool stream)
 TEST(Cms, AMessageOfAnotherProgramIsWrittenBack)
 {
     for (const unsigned flags : {0U, unsigned{CMS_USE_KEYID}}) {
-        ByteString message = byteString(foreignMessage(flags, false));
-        ASN1Sequence contentInfo, enveloped;
-        ASSERT_EQ(contentInfo.fromASN1Object(message), 0);
-        ASSERT_EQ(enveloped.fromASN1Object(contentInfo.getComponent(1)), 0);
+        ASN1Sequence enveloped;
+        open(foreignMessage(flags, false), enveloped);
         ByteString set = enveloped.getComponent(1), info = enveloped.getComponent(2);
 
         RRecipientInfos recipients;
@@ -177,32 +136,31 @@ TEST(Cms, AMessageOfAnotherProgramIsWrittenBack)
         for (int i = 0; i < 2; ++i) {
             ByteString element = recipients.get(i);
             RRecipientInfo recipient(element);
-            ASSERT_EQ(recipient.getLastError(), 0) << bytes(recipient.getErrorTrail());
-            EXPECT_EQ(encoded(recipient), hex(bytes(element)));
+            ASSERT_EQ(recipient.getLastError(), 0) << trail(recipient);
+            EXPECT_EQ(written(recipient), hex(bytes(element)));
             kinds |= 1 << recipient.getBitMask();
             RKeyTransRecipientInfo ktri;
             if (recipient.getBitMask() != RRecipientInfo::keyTransRecipientInfo) continue;
             ASSERT_EQ(ktri.fromASN1Object(element), 0);
-            EXPECT_EQ(encoded(ktri), hex(bytes(element)));
-            EXPECT_EQ(ktri.m_rid.getBitMask(), flags ? RRecipientIdentifier::subjectKeyIdentifier : RRecipientIdentifier::issuerAndSerialNumber);
+            EXPECT_EQ(written(ktri), hex(bytes(element)));
+            EXPECT_EQ(ktri.m_rid.getBitMask(),
+                      flags ? RRecipientIdentifier::subjectKeyIdentifier : RRecipientIdentifier::issuerAndSerialNumber);
         }
         EXPECT_EQ(kinds, 1 << RRecipientInfo::keyTransRecipientInfo | 1 << RRecipientInfo::kEKRecipientInfo);
 
         REncryptedContentInfo content;
         ASSERT_EQ(content.fromASN1Object(info), 0);
-        EXPECT_EQ(encoded(content), hex(bytes(info)));
+        EXPECT_EQ(written(content), hex(bytes(info)));
         EXPECT_EQ(content.m_encryptedContent.getValueLength(), 5008);
     }
 }
 
 TEST(Cms, SegmentsOfAnotherProgramAreJoined)
 {
-    ByteString message = byteString(foreignMessage(0, true));
-    ASN1Sequence contentInfo, enveloped;
-    ASSERT_EQ(contentInfo.fromASN1Object(message), 0);
-    ASSERT_EQ(enveloped.fromASN1Object(contentInfo.getComponent(1)), 0);
+    ASN1Sequence enveloped;
+    open(foreignMessage(0, true), enveloped);
     REncryptedContentInfo content;
-    ASSERT_EQ(content.fromASN1Object(enveloped.getComponent(2)), 0) << bytes(content.getErrorTrail());
+    ASSERT_EQ(content.fromASN1Object(enveloped.getComponent(2)), 0) << trail(content);
     EXPECT_GT(content.m_encryptedContent2.getComponentCount(), 1);
     EXPECT_EQ(content.m_encryptedContent.getValueLength(), 5008);
 }

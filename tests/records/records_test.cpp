@@ -8,9 +8,10 @@
 #include "ASN1Pkix/records/RPbe.h"
 #include "ASN1Pkix/records/RPolicies.h"
 #include "ASN1Pkix/records/RPrivateKeyInfo.h"
-#include "support/support.h"
+#include "support/bytes.h"
+#include "support/cases.h"
 
-#include <map>
+#include <gtest/gtest.h>
 
 using namespace vrno;
 using namespace test;
@@ -23,77 +24,35 @@ struct Outcome {
     int mask = -1;
 };
 
+using Decode = Outcome (*)(ByteString&);
 template <class Record> Outcome decoded(ByteString& data)
 {
     Record record;
-    Outcome outcome{record.fromASN1Object(data), bytes(record.getErrorTrail()), ""};
+    Outcome outcome{record.fromASN1Object(data), trail(record), ""};
     if constexpr (requires { record.m_ucBitMask; }) outcome.mask = static_cast<int>(record.m_ucBitMask);
     if constexpr (requires { record.toASN1Object(); }) outcome.encoded = bytes(record.toASN1Object());
     return outcome;
 }
+template <class... Record> std::map<std::string, Decode> decoders(const char* names)
+{
+    return byName<Decode>(names, {decoded<Record>...});
+}
+#define RECORDS(...) decoders<__VA_ARGS__>(#__VA_ARGS__)
 
 } // namespace
 
 TEST(Records, DecodeAndEncodeAsTheTableSays)
 {
-    const std::map<std::string, Outcome (*)(ByteString&)> records = {
-        {"RAlgorithmIdentifier", decoded<RAlgorithmIdentifier>},
-        {"RTime", decoded<RTime>},
-        {"RValidity", decoded<RValidity>},
-        {"RSubjectPublicKeyInfo", decoded<RSubjectPublicKeyInfo>},
-        {"RExtension", decoded<RExtension>},
-        {"RExtensions", decoded<RExtensions>},
-        {"RRDNSequence", decoded<RRDNSequence>},
-        {"RRelativeDistinguishedName", decoded<RRelativeDistinguishedName>},
-        {"RGeneralNames", decoded<RGeneralNames>},
-        {"RTBSCertificate", decoded<RTBSCertificate>},
-        {"RCertificate", decoded<RCertificate>},
-        {"RAttributeTypeAndValue", decoded<RAttributeTypeAndValue>},
-        {"RGeneralName", decoded<RGeneralName>},
-        {"RAnotherName", decoded<RAnotherName>},
-        {"RVID", decoded<RVID>},
-        {"RIdentifyData", decoded<RIdentifyData>},
-        {"RPrivateKeyInfo", decoded<RPrivateKeyInfo>},
-        {"REncryptedPrivateKeyInfo", decoded<REncryptedPrivateKeyInfo>},
-        {"RPBEParameter", decoded<RPBEParameter>},
-        {"RPBES2_params", decoded<RPBES2_params>},
-        {"RPBKDF2_params", decoded<RPBKDF2_params>},
-        {"RRSAPrivateKey", decoded<RRSAPrivateKey>},
-        {"RRSAPublicKey", decoded<RRSAPublicKey>},
-        {"RKCDSAParameters", decoded<RKCDSAParameters>},
-        {"RAttribute", decoded<RAttribute>},
-        {"RAttributes", decoded<RAttributes>},
-        {"RIssuerAndSerialNumber", decoded<RIssuerAndSerialNumber>},
-        {"RRecipientIdentifier", decoded<RRecipientIdentifier>},
-        {"RKeyTransRecipientInfo", decoded<RKeyTransRecipientInfo>},
-        {"RRecipientInfo", decoded<RRecipientInfo>},
-        {"RRecipientInfos", decoded<RRecipientInfos>},
-        {"ROriginatorInfo", decoded<ROriginatorInfo>},
-        {"RCertificateSet", decoded<RCertificateSet>},
-        {"RCertificateRevocationLists", decoded<RCertificateRevocationLists>},
-        {"REncryptedContentInfo", decoded<REncryptedContentInfo>},
-        {"RKeyAgreeRecipientInfo", decoded<RKeyAgreeRecipientInfo>},
-        {"RKEKRecipientInfo", decoded<RKEKRecipientInfo>},
-        {"ROriginatorIdentifierOrKey", decoded<ROriginatorIdentifierOrKey>},
-        {"ROriginatorPublicKey", decoded<ROriginatorPublicKey>},
-        {"RRecipientEncryptedKeys", decoded<RRecipientEncryptedKeys>},
-        {"RKEKIdentifier", decoded<RKEKIdentifier>},
-        {"ROtherKeyAttribute", decoded<ROtherKeyAttribute>},
-        {"RBasicConstraints", decoded<RBasicConstraints>},
-        {"RCertificatePolicies", decoded<RCertificatePolicies>},
-        {"RPolicyInformation", decoded<RPolicyInformation>},
-        {"RPolicyQualifierInfo", decoded<RPolicyQualifierInfo>},
-        {"RUserNotice", decoded<RUserNotice>},
-        {"RDisplayText", decoded<RDisplayText>},
-        {"RNoticeReference", decoded<RNoticeReference>},
-        {"RExtKeyUsageSyntax", decoded<RExtKeyUsageSyntax>},
-        {"RAuthorityKeyIdentifier", decoded<RAuthorityKeyIdentifier>},
-        {"RCRLDistPointsSyntax", decoded<RCRLDistPointsSyntax>},
-        {"RDistributionPoint", decoded<RDistributionPoint>},
-        {"RDistributionPointName", decoded<RDistributionPointName>},
-        {"RAuthorityInfoAccessSyntax", decoded<RAuthorityInfoAccessSyntax>},
-        {"RAccessDescription", decoded<RAccessDescription>},
-    };
+    const std::map<std::string, Decode> records = RECORDS(
+        RAlgorithmIdentifier, RTime, RValidity, RSubjectPublicKeyInfo, RExtension, RExtensions, RRDNSequence,
+        RRelativeDistinguishedName, RGeneralNames, RTBSCertificate, RCertificate, RAttributeTypeAndValue, RGeneralName,
+        RAnotherName, RVID, RIdentifyData, RPrivateKeyInfo, REncryptedPrivateKeyInfo, RPBEParameter, RPBES2_params, RPBKDF2_params,
+        RRSAPrivateKey, RRSAPublicKey, RKCDSAParameters, RAttribute, RAttributes, RIssuerAndSerialNumber, RRecipientIdentifier,
+        RKeyTransRecipientInfo, RRecipientInfo, RRecipientInfos, ROriginatorInfo, RCertificateSet, RCertificateRevocationLists,
+        REncryptedContentInfo, RKeyAgreeRecipientInfo, RKEKRecipientInfo, ROriginatorIdentifierOrKey, ROriginatorPublicKey,
+        RRecipientEncryptedKeys, RKEKIdentifier, ROtherKeyAttribute, RBasicConstraints, RCertificatePolicies, RPolicyInformation,
+        RPolicyQualifierInfo, RUserNotice, RDisplayText, RNoticeReference, RExtKeyUsageSyntax, RAuthorityKeyIdentifier,
+        RCRLDistPointsSyntax, RDistributionPoint, RDistributionPointName, RAuthorityInfoAccessSyntax, RAccessDescription);
     for (const Case& c : cases("records.txt", 5)) {
         SCOPED_TRACE(c.where);
         const std::string input = der(c[1]);
@@ -108,6 +67,10 @@ TEST(Records, DecodeAndEncodeAsTheTableSays)
         } else if (!c[4].empty()) {
             EXPECT_EQ(hex(outcome.encoded), hex(c[4] == "=" ? input : der(c[4])));
         }
+        for (std::size_t length = 0; length < input.size() && outcome.code == 0; ++length) {
+            ByteString cut = byteString(input.substr(0, length));
+            EXPECT_GT(records.at(c[0])(cut).code, 0) << length;
+        }
     }
 }
 
@@ -116,7 +79,8 @@ TEST(Records, TBSCertificateKnowsItsOptionalParts)
     const std::string name = "30{31{30{06{550406} 13{\"KR\"}}}}", utc = "17{\"0401011200Z\"}";
     const std::string six = "0203FFC302 30{06{2A03}}" + name + "30{" + utc + utc + "}" + name + "30{30{06{2A03}} 030100}";
     RTBSCertificate tbs;
-    ByteString full = byteString(der("30{A0{020102}" + six + "A3{30{30{06{2A03} 0401AA}}}}")), bare = byteString(der("30{" + six + "}"));
+    ByteString full = byteString(der("30{A0{020102}" + six + "A3{30{30{06{2A03} 0401AA}}}}")),
+               bare = byteString(der("30{" + six + "}"));
     ASSERT_EQ(tbs.fromASN1Object(full), 0);
     EXPECT_EQ(tbs.m_ucBitMask, 0x09);
     EXPECT_EQ(tbs.getVersion(), 2);
@@ -126,7 +90,7 @@ TEST(Records, TBSCertificateKnowsItsOptionalParts)
     EXPECT_EQ(hex(bytes(tbs.getExtensions().get(0))), "300706022a030401aa");
     EXPECT_EQ(bytes(tbs.getExtensions().get(1)), "");
     EXPECT_EQ(tbs.getExtensions().getLastError(), 1);
-    EXPECT_EQ(outermost(bytes(tbs.getExtensions().getErrorTrail())), "RExtensions::get-m_SEQ(1)");
+    EXPECT_EQ(outermost(trail(tbs.getExtensions())), "RExtensions::get-m_SEQ(1)");
     ASSERT_EQ(tbs.fromASN1Object(bare), 0); // over the first one
     EXPECT_EQ(tbs.m_ucBitMask, 0);
     EXPECT_EQ(tbs.getVersion(), 0);
@@ -147,9 +111,9 @@ TEST(Records, GettersTellWhatTheyCouldNotRead)
     RAlgorithmIdentifier algorithm;
     EXPECT_EQ(bytes(algorithm.getAlgorithm()), "");
     EXPECT_EQ(algorithm.getLastError(), 1);
-    EXPECT_EQ(outermost(bytes(algorithm.getErrorTrail())), "RAlgorithmIdentifier::getAlgorithm-m_algorithm(1)");
+    EXPECT_EQ(outermost(trail(algorithm)), "RAlgorithmIdentifier::getAlgorithm-m_algorithm(1)");
     EXPECT_EQ(algorithm.setAlgorithm("1", true), 1);
-    EXPECT_EQ(outermost(bytes(algorithm.getErrorTrail())), "RAlgorithmIdentifier::setAlgorithm-m_algorithm(1)");
+    EXPECT_EQ(outermost(trail(algorithm)), "RAlgorithmIdentifier::setAlgorithm-m_algorithm(1)");
     EXPECT_EQ(algorithm.setAlgorithm("1 2 3", true), 0);
     ByteString null = byteString(der("0500"));
     algorithm.setParameters(null);
@@ -160,7 +124,7 @@ TEST(Records, GettersTellWhatTheyCouldNotRead)
     RSubjectPublicKeyInfo key;
     EXPECT_EQ(bytes(key.toASN1Object()), std::string("\x30\x06\x30\x02\x06\x00\x03\x00", 8));
     EXPECT_EQ(bytes(key.getSubjectPublicKey()), "");
-    EXPECT_EQ(outermost(bytes(key.getErrorTrail())), "RSubjectPublicKeyInfo::getSubjectPublicKey-m_subjectPublicKey(1)");
+    EXPECT_EQ(outermost(trail(key)), "RSubjectPublicKeyInfo::getSubjectPublicKey-m_subjectPublicKey(1)");
 
     RTime time;
     EXPECT_EQ(bytes(time.toASN1Object()), "");
@@ -168,15 +132,15 @@ TEST(Records, GettersTellWhatTheyCouldNotRead)
     RValidity validity;
     EXPECT_EQ(bytes(validity.toASN1Object()), "");
     EXPECT_EQ(validity.getLastError(), 1);
-    EXPECT_EQ(outermost(bytes(validity.getErrorTrail())), "RValidity::toASN1Object-m_notBefore(1)");
-    EXPECT_EQ(innermost(bytes(validity.getErrorTrail())), "Any component is not chosen.");
+    EXPECT_EQ(outermost(trail(validity)), "RValidity::toASN1Object-m_notBefore(1)");
+    EXPECT_EQ(innermost(trail(validity)), "Any component is not chosen.");
 }
 
 TEST(Records, ChoicesAndDefaultsOfAKeyDerivation)
 {
     RPBKDF2_params params;
     EXPECT_EQ(bytes(params.toASN1Object()), "");
-    EXPECT_EQ(placeless(bytes(params.getErrorTrail())), "RPBKDF2_params::toASN1Object-m_ucBitMask(3),Any component does not chosen.");
+    EXPECT_EQ(placeless(trail(params)), "RPBKDF2_params::toASN1Object-m_ucBitMask(3),Any component does not chosen.");
     ByteString other = byteString(der("30{30{06{2A03}} 020105}")), salt = byteString("salt");
     ASSERT_EQ(params.fromASN1Object(other), 0);
     EXPECT_EQ(params.getBitMask(), RPBKDF2_params::otherSource);
@@ -189,11 +153,11 @@ TEST(Records, ChoicesAndDefaultsOfAKeyDerivation)
 
 TEST(Records, FlatKeysOfKcdsa)
 {
-    ByteString domain = byteString(der("30{020103 020105 020107}")), four = byteString(der("30{020103 020105 020107 020109}")), x = byteString(der("020111")),
-               y = byteString(der("020113")), bad = byteString(der("0401AA"));
+    ByteString domain = byteString(der("30{020103 020105 020107}")), four = byteString(der("30{020103 020105 020107 020109}")),
+               x = byteString(der("020111")), y = byteString(der("020113")), bad = byteString(der("0401AA"));
     RDSAPublicKey key;
     EXPECT_EQ(key.setParam(four), 2);
-    EXPECT_EQ(placeless(bytes(key.getErrorTrail())), "RDSAPublicKey::setParam-asnSeq(2),The number of components is not 3.");
+    EXPECT_EQ(placeless(trail(key)), "RDSAPublicKey::setParam-asnSeq(2),The number of components is not 3.");
     EXPECT_EQ(key.setParam(domain), 0);
     EXPECT_EQ(key.setKey(bad), 1);
     EXPECT_EQ(key.setKey(y), 0);
@@ -209,5 +173,5 @@ TEST(Records, FlatKeysOfKcdsa)
     ByteString negative = byteString(der("30{0281018F 020105 020107}"));
     ASSERT_EQ(parameters.fromASN1Object(negative), 0);
     EXPECT_EQ(bytes(parameters.getP()), "");
-    EXPECT_EQ(placeless(bytes(parameters.getErrorTrail())), "RKCDSAParameters::getOddPrime-m_p(1),OddPrime(P) is negative.");
+    EXPECT_EQ(placeless(trail(parameters)), "RKCDSAParameters::getOddPrime-m_p(1),OddPrime(P) is negative.");
 }

@@ -1,53 +1,18 @@
-// Certificates as OpenSSL holds them, and what a getter says of ours.
+// Certificates by their parts, in notation.
 #pragma once
 
-#include "support/support.h"
-
-#include <openssl/conf.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-
-#include <memory>
+#include <string>
 
 namespace test {
 
-struct Freed {
-    void operator()(X509* x) const { X509_free(x); }
-    void operator()(BIO* b) const { BIO_free(b); }
-    void operator()(ASN1_OBJECT* o) const { ASN1_OBJECT_free(o); }
-    void operator()(EVP_PKEY* k) const { EVP_PKEY_free(k); }
-    void operator()(EVP_PKEY_CTX* c) const { EVP_PKEY_CTX_free(c); }
-    void operator()(PKCS8_PRIV_KEY_INFO* p) const { PKCS8_PRIV_KEY_INFO_free(p); }
-    void operator()(CONF* c) const { NCONF_free(c); }
-    void operator()(unsigned char* p) const { OPENSSL_free(p); }
+// A certificate by its parts in notation: elements, the contents of AlgorithmIdentifiers and of the key's BIT STRING.
+struct CertificateParts {
+    std::string version = "A0{020102}", serial = "00C3", signature = "06{2A03}", name = "30{31{30{06{550403} 13{\"A\"}}}}",
+                algorithm = "06{2A03}", key = "3F", extensions = "";
 };
-using Certificate = std::unique_ptr<X509, Freed>;
-
-inline Certificate readPem(const std::string& path)
-{
-    const std::unique_ptr<BIO, Freed> file(BIO_new_file(path.c_str(), "r"));
-    return Certificate(PEM_read_bio_X509(file.get(), nullptr, nullptr, nullptr));
-}
-
-template <class T> std::string encoded(int (*encode)(const T*, unsigned char**), const T* object)
-{
-    unsigned char* out = nullptr;
-    const int length = encode(object, &out);
-    const std::unique_ptr<unsigned char, Freed> owner(out);
-    return {reinterpret_cast<char*>(out), static_cast<std::size_t>(length)};
-}
-
-inline std::string hexOf(const ASN1_STRING* octets)
-{
-    return hex({reinterpret_cast<const char*>(ASN1_STRING_get0_data(octets)), static_cast<std::size_t>(ASN1_STRING_length(octets))});
-}
-
-inline std::string field(const Context& context, TextGetter get)
-{
-    int code = 0;
-    const std::string text = getText(context, get, code);
-    EXPECT_EQ(code, 0) << context.error();
-    return text;
-}
+std::string certificate(const CertificateParts& parts);
+std::string certificateWith(const std::string& extensionOid, const std::string& value);
+// One with every extension that a getter shows, and every branch of their renderings that gives a text.
+extern const std::string everyExtension;
 
 } // namespace test

@@ -1,6 +1,5 @@
-// What fails on demand: the linker sends malloc, calloc, realloc and getrandom here, and operator new is ours. And what
-// ThreadSanitizer must know.
-#include "support/support.h"
+// What fails on demand: the linker sends malloc, calloc, realloc and getrandom here, and operator new is ours.
+#include "support/failing.h"
 
 #include <sys/types.h>
 
@@ -84,19 +83,6 @@ void operator delete(void* block, std::size_t) noexcept
 void operator delete[](void* block, std::size_t) noexcept
 {
     std::free(block);
-}
-
-// glibc guards its zone data by a lock of its own, which ThreadSanitizer cannot see; and a forked child leaves its parent's
-// other threads behind.
-extern "C" const char* __tsan_default_suppressions();
-extern "C" const char* __tsan_default_options();
-extern "C" const char* __tsan_default_options()
-{
-    return "report_thread_leaks=0";
-}
-extern "C" const char* __tsan_default_suppressions()
-{
-    return "race:tzset_internal\n";
 }
 
 namespace test {
