@@ -8,9 +8,6 @@ int ASN1Boolean::setBoolValue(int value)
     return valueSet(m_bsValue.setData(&octet, 1));
 }
 
-bool ASN1Boolean::getBoolValue() const
-{
-    return m_bsValue.getLength() > 0 && m_bsValue.getBytes()[0] == 0xFF;
-}
+bool ASN1Boolean::getBoolValue() const { return m_bsValue.getLength() > 0 && m_bsValue.getBytes()[0] == 0xFF; }
 
 } // namespace vrno

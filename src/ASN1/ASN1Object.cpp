@@ -311,10 +311,7 @@ ByteString& ASN1Object::giveOutput(const void* data, std::size_t length, Here at
 
 // ---- plain access ----
 
-int ASN1Object::valueSet(int result, Here at)
-{
-    return result > 0 ? failMemory(*this, result, "m_bsValue", memoryFailure, at) : 0;
-}
+int ASN1Object::valueSet(int result, Here at) { return result > 0 ? failMemory(*this, result, "m_bsValue", memoryFailure, at) : 0; }
 
 int ASN1Object::setValue(ByteString& value)
 {
@@ -322,10 +319,7 @@ int ASN1Object::setValue(ByteString& value)
     return valueSet(m_bsValue.getError());
 }
 
-int ASN1Object::setValue(const void* data, int length)
-{
-    return valueSet(m_bsValue.setData(data, length));
-}
+int ASN1Object::setValue(const void* data, int length) { return valueSet(m_bsValue.setData(data, length)); }
 
 int ASN1Object::setValue(const char* text)
 {
@@ -339,10 +333,7 @@ int ASN1CheckedValue::setValue(ByteString& value)
     return setValue(value.getBytes(), value.getLength());
 }
 
-int ASN1CheckedValue::setValue(const char* text)
-{
-    return setValue(text, text ? static_cast<int>(std::strlen(text)) : 0);
-}
+int ASN1CheckedValue::setValue(const char* text) { return setValue(text, text ? static_cast<int>(std::strlen(text)) : 0); }
 
 void ASN1Object::setImplicitTag(int tagNo, unsigned char tagClass)
 {

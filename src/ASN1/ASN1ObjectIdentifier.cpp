@@ -10,10 +10,7 @@ namespace vrno {
 
 static constexpr int maxArcs = 19;
 
-int ASN1ObjectIdentifier::setOID(const char* text)
-{
-    return setOID(text, text ? static_cast<int>(std::strlen(text)) : -1);
-}
+int ASN1ObjectIdentifier::setOID(const char* text) { return setOID(text, text ? static_cast<int>(std::strlen(text)) : -1); }
 
 int ASN1ObjectIdentifier::setOID(ByteString& text)
 {

@@ -15,20 +15,11 @@ ASN1Sequence::ASN1Sequence() : ASN1Sequence(sequenceType.tag) {}
 
 ASN1Set::ASN1Set() : ASN1Sequence(setType.tag) {}
 
-ASN1Sequence::~ASN1Sequence()
-{
-    delete[] pComponentInfo;
-}
+ASN1Sequence::~ASN1Sequence() { delete[] pComponentInfo; }
 
-int ASN1Sequence::fromASN1Object(ByteString& data)
-{
-    return decodeComponents(data, sequenceType);
-}
+int ASN1Sequence::fromASN1Object(ByteString& data) { return decodeComponents(data, sequenceType); }
 
-int ASN1Set::fromASN1Object(ByteString& data)
-{
-    return decodeComponents(data, setType);
-}
+int ASN1Set::fromASN1Object(ByteString& data) { return decodeComponents(data, setType); }
 
 int ASN1Sequence::decodeComponents(ByteString& data, const ASN1Type& type, Here at)
 {

@@ -6,30 +6,18 @@
 
 namespace vrno {
 
-static bool isOneOf(unsigned char octet, const char* set)
-{
-    return octet != 0 && std::strchr(set, octet) != nullptr;
-}
+static bool isOneOf(unsigned char octet, const char* set) { return octet != 0 && std::strchr(set, octet) != nullptr; }
 
 static bool isAlphanumericOrBlank(unsigned char octet)
 {
     return (octet >= 'A' && octet <= 'Z') || (octet >= 'a' && octet <= 'z') || (octet >= '0' && octet <= '9') || octet == ' ';
 }
 
-static bool isIA5(unsigned char octet)
-{
-    return octet >= 32 && octet <= 126;
-}
+static bool isIA5(unsigned char octet) { return octet >= 32 && octet <= 126; }
 
-static bool isPrintable(unsigned char octet)
-{
-    return isAlphanumericOrBlank(octet) || isOneOf(octet, "'()+,-./:=?");
-}
+static bool isPrintable(unsigned char octet) { return isAlphanumericOrBlank(octet) || isOneOf(octet, "'()+,-./:=?"); }
 
-static bool isVisible(unsigned char octet)
-{
-    return isAlphanumericOrBlank(octet) || isOneOf(octet, "!\"%&'()*+,-./:;<=>?@\\^_|~");
-}
+static bool isVisible(unsigned char octet) { return isAlphanumericOrBlank(octet) || isOneOf(octet, "!\"%&'()*+,-./:;<=>?@\\^_|~"); }
 
 // Copies `data` if all its octets are in the set; if not, `message` is formatted with the first octet outside it.
 template <class String>

@@ -27,10 +27,7 @@ int number(Octets digits)
     return static_cast<int>(value);
 }
 
-bool inRange(int value, int first, int last)
-{
-    return value >= first && value <= last;
-}
+bool inRange(int value, int first, int last) { return value >= first && value <= last; }
 
 bool isDayOfMonth(const Fields& t)
 {

@@ -44,19 +44,10 @@ template <int count> int mapped(const Pair (&pairs)[count], int code)
 
 } // namespace
 
-int engineAlgorithm(int code)
-{
-    return mapped(algorithms, code);
-}
+int engineAlgorithm(int code) { return mapped(algorithms, code); }
 
-int engineMode(int code)
-{
-    return mapped(modes, code);
-}
+int engineMode(int code) { return mapped(modes, code); }
 
-int enginePadding(int code)
-{
-    return mapped(paddings, code);
-}
+int enginePadding(int code) { return mapped(paddings, code); }
 
 } // namespace vrno

@@ -32,10 +32,7 @@ Area makeOutput(ByteString& block, std::size_t length)
 }
 
 // A length for the engine, which refuses the largest.
-int engineLength(Octets octets)
-{
-    return octets.size() < INT_MAX ? static_cast<int>(octets.size()) : INT_MAX;
-}
+int engineLength(Octets octets) { return octets.size() < INT_MAX ? static_cast<int>(octets.size()) : INT_MAX; }
 
 } // namespace
 

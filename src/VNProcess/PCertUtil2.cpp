@@ -108,10 +108,7 @@ ByteString& PCertUtil2::getSubjectPublicKey()
     return handOut(info.getSubjectPublicKey(), info, "pSubjectPublicKeyInfo");
 }
 
-ByteString& PCertUtil2::getSignature()
-{
-    return ready() ? m_bsSignature : m_bsOutput;
-}
+ByteString& PCertUtil2::getSignature() { return ready() ? m_bsSignature : m_bsOutput; }
 
 ByteString& PCertUtil2::getExtensionValue(const char* oid)
 {

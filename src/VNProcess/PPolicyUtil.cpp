@@ -172,10 +172,7 @@ ByteString& PPolicyUtil::getMessage()
     return m_bsMessage;
 }
 
-int PPolicyUtil::getPolicyCount() const
-{
-    return m_pPolicyOids ? m_pPolicyOids->getComponentCount() : 0;
-}
+int PPolicyUtil::getPolicyCount() const { return m_pPolicyOids ? m_pPolicyOids->getComponentCount() : 0; }
 
 ByteString& PPolicyUtil::getPolicyOid(int index, char separator)
 {

@@ -92,10 +92,7 @@ int Call::noMemory(const char* slot)
     return store(VRNO_ERR_MEMORY, ERRFORM_PLAIN, message.getText(), nullptr, 0, nullptr);
 }
 
-int Call::wrongCertificate(const Trail& trail)
-{
-    return fail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, trail);
-}
+int Call::wrongCertificate(const Trail& trail) { return fail(VRNO_ERR_CERT_FORMAT, u8"잘못된 인증서 형식입니다."_ksc, trail); }
 
 int Call::dynamic(int code, const char* message, const char* function, int result, const char* detail)
 {
@@ -108,10 +105,7 @@ Call& Call::check(bool good, int code, const char* message)
     return *this;
 }
 
-Call& Call::supported(bool isKnown)
-{
-    return check(isKnown, VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc);
-}
+Call& Call::supported(bool isKnown) { return check(isKnown, VRNO_ERR_SYM_ALG, u8"지원하지 않는 대칭키 알고리즘입니다."_ksc); }
 
 Call& Call::loaded()
 {
@@ -139,10 +133,7 @@ Call& Call::input(const VRNO_BINSTR* data, const char* message)
     return check(data && data->pData && data->nLen, VRNO_ERR_ARGUMENT, message);
 }
 
-Call& Call::input(const char* text, const char* message)
-{
-    return check(text && *text, VRNO_ERR_ARGUMENT, message);
-}
+Call& Call::input(const char* text, const char* message) { return check(text && *text, VRNO_ERR_ARGUMENT, message); }
 
 Call& Call::output(const void* pointer, const char* name)
 {

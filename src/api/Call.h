@@ -39,10 +39,7 @@ struct RecordOut {
 };
 
 #define OUT(buffer, size)                                                                                                          \
-    vrno::TextOut                                                                                                                  \
-    {                                                                                                                              \
-        buffer, size, #buffer                                                                                                      \
-    }
+    vrno::TextOut { buffer, size, #buffer }
 
 // ---- one call ----
 

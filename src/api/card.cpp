@@ -143,10 +143,7 @@ int readItem(Call& call, const ItemKind& kind, const ItemSource& source, const c
 }
 
 // An item that was never stored has no bytes, or zeros.
-bool isEmptyEntry(const ByteString& item)
-{
-    return item.getLength() == 0 || item.getBytes()[0] == 0;
-}
+bool isEmptyEntry(const ByteString& item) { return item.getLength() == 0 || item.getBytes()[0] == 0; }
 
 } // namespace
 

@@ -52,15 +52,9 @@ static int fieldText(Call call, const TextOut& out, ByteString& (PCertUtil2::*fi
     return call.deliver(text, out);
 }
 
-static ByteString asItIs(ByteString& text)
-{
-    return text;
-}
+static ByteString asItIs(ByteString& text) { return text; }
 
-static ByteString hex(ByteString& octets)
-{
-    return octets.toHex();
-}
+static ByteString hex(ByteString& octets) { return octets.toHex(); }
 
 static ByteString signatureAlgorithmName(ByteString& oid)
 {

@@ -63,10 +63,7 @@ int VRNO_CERT_GetSubKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszSKI)
 // ---- policies ----
 
 // Both functions name the same argument in the message of a null pointer.
-static Call policyCall(Call call, const char* buffer)
-{
-    return call.loaded().output(buffer, "pszCertPolicyID");
-}
+static Call policyCall(Call call, const char* buffer) { return call.loaded().output(buffer, "pszCertPolicyID"); }
 
 int VRNO_CERT_GetCertPolicy(VRNO_API_CTX* pCtx, int nBufLen, char* pszCertPolicy)
 {

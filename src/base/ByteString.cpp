@@ -32,10 +32,7 @@ static int textLength(const char* text)
     return length < INT_MAX ? static_cast<int>(length) : INT_MAX;
 }
 
-ByteString::ByteString(const void* data, int length)
-{
-    setData(data, length);
-}
+ByteString::ByteString(const void* data, int length) { setData(data, length); }
 
 ByteString::ByteString(const ByteString& other)
 {
@@ -43,10 +40,7 @@ ByteString::ByteString(const ByteString& other)
     copyStatus(other);
 }
 
-ByteString::~ByteString()
-{
-    releaseBlock();
-}
+ByteString::~ByteString() { releaseBlock(); }
 
 void ByteString::releaseBlock()
 {
@@ -171,15 +165,9 @@ const unsigned char* ByteString::getBytes() const
     return m_pData ? m_pData : &empty;
 }
 
-const char* ByteString::getText() const
-{
-    return reinterpret_cast<const char*>(getBytes());
-}
+const char* ByteString::getText() const { return reinterpret_cast<const char*>(getBytes()); }
 
-const char* ByteString::getTextOrEmpty() const
-{
-    return m_nLength < 1 ? "" : getText();
-}
+const char* ByteString::getTextOrEmpty() const { return m_nLength < 1 ? "" : getText(); }
 
 int ByteString::getAt(int index, unsigned char* out) const
 {

@@ -38,10 +38,7 @@ void Trail::frame(const Here& at, const char* className, const char* name, int c
     m_outOfMemory |= wasOutOfMemory;
 }
 
-void Trail::prepend(Octets frames)
-{
-    m_outOfMemory |= m_text.prepend(frames) > 0;
-}
+void Trail::prepend(Octets frames) { m_outOfMemory |= m_text.prepend(frames) > 0; }
 
 void Trail::swap(Trail& other)
 {

@@ -10,10 +10,7 @@ namespace vrno {
 
 namespace {
 
-constexpr unsigned bit(CpuFeature feature)
-{
-    return 1U << static_cast<unsigned>(feature);
-}
+constexpr unsigned bit(CpuFeature feature) { return 1U << static_cast<unsigned>(feature); }
 
 #if defined(__x86_64__) || defined(__i386__)
 // The register sets that the operating system saves. Valid only if OSXSAVE is set.
@@ -40,10 +37,7 @@ unsigned askProcessor()
     return found;
 }
 #else
-unsigned askProcessor()
-{
-    return bit(CpuFeature::none);
-}
+unsigned askProcessor() { return bit(CpuFeature::none); }
 #endif
 
 constinit std::atomic<unsigned> features{0}; // zero before the first call; two first calls at once store the same value

@@ -57,10 +57,7 @@ FileError readFile(const char* path, FileBlock& out)
 // ---- dynamic libraries ----
 
 // dlopen and its relatives report by a text. errno is that of their system calls, if one failed; if not, `otherwise` is used.
-static int errorNumber(int otherwise)
-{
-    return errno != 0 ? errno : otherwise;
-}
+static int errorNumber(int otherwise) { return errno != 0 ? errno : otherwise; }
 
 void* loadLibrary(const char* path, int& error)
 {
@@ -88,10 +85,7 @@ void* findSymbol(void* library, const char* name, int& error)
 
 // ---- the process and its clock ----
 
-void Mutex::giveWay()
-{
-    sched_yield();
-}
+void Mutex::giveWay() { sched_yield(); }
 
 namespace {
 
@@ -139,10 +133,7 @@ void holdDuringFork(Mutex& mutex, void (*inChild)())
     }
 }
 
-std::uint32_t processId()
-{
-    return static_cast<std::uint32_t>(getpid());
-}
+std::uint32_t processId() { return static_cast<std::uint32_t>(getpid()); }
 
 WallClock wallClock()
 {

@@ -42,10 +42,7 @@ FileError readFile(const char* path, FileBlock& out)
 
 // ---- dynamic libraries ----
 
-static int lastError()
-{
-    return static_cast<int>(GetLastError());
-}
+static int lastError() { return static_cast<int>(GetLastError()); }
 
 void* loadLibrary(const char* path, int& error)
 {
@@ -70,17 +67,11 @@ void* findSymbol(void* library, const char* name, int& error)
 
 // ---- the process and its clock ----
 
-void Mutex::giveWay()
-{
-    SwitchToThread();
-}
+void Mutex::giveWay() { SwitchToThread(); }
 
 void holdDuringFork(Mutex&, void (*)()) {}
 
-std::uint32_t processId()
-{
-    return GetCurrentProcessId();
-}
+std::uint32_t processId() { return GetCurrentProcessId(); }
 
 WallClock wallClock()
 {

@@ -28,9 +28,6 @@ template <std::size_t N> struct KscText {
     }
 };
 
-template <KscText Text> consteval const char* operator""_ksc()
-{
-    return Text.bytes;
-}
+template <KscText Text> consteval const char* operator""_ksc() { return Text.bytes; }
 
 } // namespace vrno

@@ -40,10 +40,7 @@ inline constexpr char8_t ksx1001Syllables[] =
 // clang-format on
 
 // The code point of the three-octet sequence at `utf8`.
-constexpr int codePoint(const char8_t* utf8)
-{
-    return (utf8[0] & 0x0F) << 12 | (utf8[1] & 0x3F) << 6 | (utf8[2] & 0x3F);
-}
+constexpr int codePoint(const char8_t* utf8) { return (utf8[0] & 0x0F) << 12 | (utf8[1] & 0x3F) << 6 | (utf8[2] & 0x3F); }
 
 // The next code of the extension area, which has the syllables outside KS X 1001. Its trail octets are 41-5A, 61-7A and
 // 81-FE for lead octets below 0xA1; from 0xA1 on they end at A0, because KS X 1001 has the codes above.
@@ -75,15 +72,9 @@ inline constexpr std::array<std::uint16_t, syllableCount> codes = [] {
     return table;
 }();
 
-constexpr bool isSyllable(int codePoint)
-{
-    return codePoint >= firstSyllable && codePoint <= lastSyllable;
-}
+constexpr bool isSyllable(int codePoint) { return codePoint >= firstSyllable && codePoint <= lastSyllable; }
 
 // The code of a syllable; isSyllable must hold.
-constexpr std::uint16_t code(int syllable)
-{
-    return codes[static_cast<unsigned>(syllable - firstSyllable)];
-}
+constexpr std::uint16_t code(int syllable) { return codes[static_cast<unsigned>(syllable - firstSyllable)]; }
 
 } // namespace vrno::ksc

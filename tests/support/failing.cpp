@@ -37,53 +37,23 @@ ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* block, std::size_t size);
-void* __wrap_malloc(std::size_t size)
-{
-    return refuses(size) ? nullptr : __real_malloc(size);
-}
-void* __wrap_calloc(std::size_t count, std::size_t size)
-{
-    return refuses(count * size) ? nullptr : __real_calloc(count, size);
-}
-void* __wrap_realloc(void* block, std::size_t size)
-{
-    return refuses(size) ? nullptr : __real_realloc(block, size);
-}
+void* __wrap_malloc(std::size_t size) { return refuses(size) ? nullptr : __real_malloc(size); }
+void* __wrap_calloc(std::size_t count, std::size_t size) { return refuses(count * size) ? nullptr : __real_calloc(count, size); }
+void* __wrap_realloc(void* block, std::size_t size) { return refuses(size) ? nullptr : __real_realloc(block, size); }
 }
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return std::malloc(size ? size : 1);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return std::malloc(size ? size : 1);
-}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size ? size : 1); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size ? size : 1); }
 void* operator new(std::size_t size)
 {
     if (void* const block = __real_malloc(size ? size : 1)) return block;
     throw std::bad_alloc();
 }
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete[](void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
-void operator delete[](void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
+void* operator new[](std::size_t size) { return operator new(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 namespace test {
 
@@ -96,29 +66,14 @@ FailingAllocation::FailingAllocation(long number, bool onward)
     watching = true;
 }
 
-FailingAllocation::~FailingAllocation()
-{
-    watching = false;
-}
+FailingAllocation::~FailingAllocation() { watching = false; }
 
-long FailingAllocation::count()
-{
-    return counted;
-}
+long FailingAllocation::count() { return counted; }
 
-NoRandomBytes::NoRandomBytes()
-{
-    givesNoRandomBytes = true;
-}
+NoRandomBytes::NoRandomBytes() { givesNoRandomBytes = true; }
 
-NoRandomBytes::~NoRandomBytes()
-{
-    givesNoRandomBytes = false;
-}
+NoRandomBytes::~NoRandomBytes() { givesNoRandomBytes = false; }
 
-std::size_t FailingAllocation::size()
-{
-    return countedBytes;
-}
+std::size_t FailingAllocation::size() { return countedBytes; }
 
 } // namespace test

@@ -37,10 +37,7 @@ void PEnvelopedData::setEncAlgorithm(int alg, int mode)
     if (mode == 0) m_nEncMode = vnCbc;
 }
 
-void PEnvelopedData::setContentType(const char* oid)
-{
-    m_bsContentType = oid;
-}
+void PEnvelopedData::setContentType(const char* oid) { m_bsContentType = oid; }
 
 void PEnvelopedData::setContent(ByteString& data)
 {
@@ -54,10 +51,7 @@ void PEnvelopedData::borrowContent(Octets data)
     m_content = data.empty() ? m_bsContent.octets() : data; // a pointer that is never null
 }
 
-void PEnvelopedData::setOption(unsigned char bits)
-{
-    m_ucOptions |= bits;
-}
+void PEnvelopedData::setOption(unsigned char bits) { m_ucOptions |= bits; }
 
 // ---- the key ----
 

@@ -45,10 +45,7 @@ int refuseFamily(PObject& object, const KeySide& side, KeyFamily family, const B
 int rsaKeyCode(int modulusLength);
 
 // At most INT_MAX.
-inline int bitLength(int bytes)
-{
-    return 8 * std::min(bytes, INT_MAX / 8);
-}
+inline int bitLength(int bytes) { return 8 * std::min(bytes, INT_MAX / 8); }
 
 // The codes are those of the side; `Record` is its RSA record.
 template <class Record> int flattenRsa(PObject& object, const KeySide& side, int* keyCode, ByteString& key, ByteString& flatKey)

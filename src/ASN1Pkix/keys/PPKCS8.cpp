@@ -22,10 +22,7 @@ int PPKCS8::setPassword(const char* password)
     return 0;
 }
 
-void PPKCS8::setEncAlgorithm(int scheme)
-{
-    m_pScheme = &pkcs8Scheme(scheme);
-}
+void PPKCS8::setEncAlgorithm(int scheme) { m_pScheme = &pkcs8Scheme(scheme); }
 
 int PPKCS8::setPrivateKeyInfo(ByteString& data)
 {
@@ -200,10 +197,7 @@ int PPKCS8::GetAlgorithm(const ByteString& oid, bool isInsidePbes2)
 // ---- the cipher ----
 
 // Without an IV a mode that the facade refuses.
-static int cipherMode(const ByteString& iv)
-{
-    return iv.getLength() > 0 ? vnCbc : 0;
-}
+static int cipherMode(const ByteString& iv) { return iv.getLength() > 0 ? vnCbc : 0; }
 
 int PPKCS8::Encrypt(ByteString& in, ByteString& out)
 {

@@ -13,15 +13,9 @@ template <class V> void RAlgorithmIdentifier::walk(V& v)
     v.end(2);
 }
 
-int RAlgorithmIdentifier::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RAlgorithmIdentifier::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RAlgorithmIdentifier::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RAlgorithmIdentifier::toASN1Object() { return encode(*this); }
 
 int RAlgorithmIdentifier::setAlgorithm(const char* oid, bool clearParameters)
 {
@@ -40,10 +34,7 @@ void RAlgorithmIdentifier::setParameters(ByteString& encoded)
     m_ucBitMask |= 0x01;
 }
 
-ByteString& RAlgorithmIdentifier::getAlgorithm()
-{
-    return oidText(*this, NAMED(m_algorithm));
-}
+ByteString& RAlgorithmIdentifier::getAlgorithm() { return oidText(*this, NAMED(m_algorithm)); }
 
 ByteString& RAlgorithmIdentifier::getParameters()
 {

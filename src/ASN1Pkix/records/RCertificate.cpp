@@ -13,15 +13,9 @@ template <class V> void RValidity::walk(V& v)
     v.end(3);
 }
 
-int RValidity::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RValidity::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RValidity::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RValidity::toASN1Object() { return encode(*this); }
 
 // ---- SubjectPublicKeyInfo ----
 
@@ -34,20 +28,11 @@ template <class V> void RSubjectPublicKeyInfo::walk(V& v)
     v.end(3);
 }
 
-int RSubjectPublicKeyInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RSubjectPublicKeyInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RSubjectPublicKeyInfo::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RSubjectPublicKeyInfo::toASN1Object() { return encode(*this); }
 
-ByteString& RSubjectPublicKeyInfo::getSubjectPublicKey()
-{
-    return bitOctets(*this, NAMED(m_subjectPublicKey));
-}
+ByteString& RSubjectPublicKeyInfo::getSubjectPublicKey() { return bitOctets(*this, NAMED(m_subjectPublicKey)); }
 
 // ---- Extension ----
 
@@ -66,10 +51,7 @@ int RExtension::fromASN1Object(ByteString& data)
     return decode(*this, data);
 }
 
-ByteString& RExtension::getExtensionID()
-{
-    return oidText(*this, NAMED(m_extnID));
-}
+ByteString& RExtension::getExtensionID() { return oidText(*this, NAMED(m_extnID)); }
 
 ByteString& RExtension::getValue()
 {
@@ -110,15 +92,9 @@ template <class V> void RTBSCertificate::walk(V& v)
     v.end(11);
 }
 
-int RTBSCertificate::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RTBSCertificate::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RTBSCertificate::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RTBSCertificate::toASN1Object() { return encode(*this); }
 
 ByteString& RTBSCertificate::getSerialNumber(bool keepSign)
 {
@@ -138,14 +114,8 @@ void RCertificate::walk(Decoder& v)
     v.required(bitStringTag, NAMED(m_signature), {9});
 }
 
-int RCertificate::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RCertificate::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RCertificate::getSignature()
-{
-    return bitOctets(*this, NAMED(m_signature));
-}
+ByteString& RCertificate::getSignature() { return bitOctets(*this, NAMED(m_signature)); }
 
 } // namespace vrno

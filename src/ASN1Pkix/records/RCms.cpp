@@ -16,15 +16,9 @@ template <class V> void ROriginatorInfo::walk(V& v)
     v.end(3);
 }
 
-int ROriginatorInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int ROriginatorInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& ROriginatorInfo::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& ROriginatorInfo::toASN1Object() { return encode(*this); }
 
 // ---- EncryptedContentInfo ----
 
@@ -68,15 +62,9 @@ void REncryptedContentInfo::joinSegments(Decoder& v, ByteString& component)
     setEncryptedContent(std::move(content));
 }
 
-int REncryptedContentInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int REncryptedContentInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& REncryptedContentInfo::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& REncryptedContentInfo::toASN1Object() { return encode(*this); }
 
 int REncryptedContentInfo::setContentType(ByteString& oid)
 {
@@ -112,15 +100,9 @@ void REnvelopedData::walk(Encoder& v)
     v.end(6);
 }
 
-ByteString& REnvelopedData::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& REnvelopedData::toASN1Object() { return encode(*this); }
 
-int REnvelopedData::setVersion(int version)
-{
-    return setCMSVersion(*this, version);
-}
+int REnvelopedData::setVersion(int version) { return setCMSVersion(*this, version); }
 
 int REnvelopedData::setOriginatorInfo(ROriginatorInfo& data)
 {
@@ -130,10 +112,7 @@ int REnvelopedData::setOriginatorInfo(ROriginatorInfo& data)
     return 0;
 }
 
-int REnvelopedData::setRecipientInfos(RRecipientInfos& data)
-{
-    return copyThrough(*this, data, NAMED(m_recipientInfos));
-}
+int REnvelopedData::setRecipientInfos(RRecipientInfos& data) { return copyThrough(*this, data, NAMED(m_recipientInfos)); }
 
 // Copies all but the content, which is too large for an encoded copy beside it.
 static int copyWithoutContent(REnvelopedData& enveloped, REncryptedContentInfo& data, Here at)
@@ -184,10 +163,7 @@ void RContentInfo::putContent(Encoder& v)
     asnSeqContent.getValue().swap(m_content);
 }
 
-ByteString& RContentInfo::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RContentInfo::toASN1Object() { return encode(*this); }
 
 int RContentInfo::setContentType(const char* oid)
 {

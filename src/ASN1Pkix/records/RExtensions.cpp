@@ -12,10 +12,7 @@ void RBasicConstraints::walk(Decoder& v)
     v.optional(integerTag, 0x02, NAMED(m_pathLenConstraint), {6});
 }
 
-int RBasicConstraints::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RBasicConstraints::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 // ---- extended key usage ----
 
@@ -48,15 +45,9 @@ void RAuthorityKeyIdentifier::walk(Decoder& v)
            "authorityCertIssuer and authorityCertSerialNumber shall both be present or both be absent");
 }
 
-int RAuthorityKeyIdentifier::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RAuthorityKeyIdentifier::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RAuthorityKeyIdentifier::getKeyIdentifier()
-{
-    return relay(*this, m_keyIdentifier.getValue(), NAMED(m_keyIdentifier));
-}
+ByteString& RAuthorityKeyIdentifier::getKeyIdentifier() { return relay(*this, m_keyIdentifier.getValue(), NAMED(m_keyIdentifier)); }
 
 ByteString& RAuthorityKeyIdentifier::getAuthorityCertSerialNumberByteString()
 {
@@ -102,10 +93,7 @@ void RDistributionPoint::walk(Decoder& v)
     v.optional(implicitTagOf(2, ASN1_TAG_SEQUENCE), 0x04, NAMED(m_cRLIssuer), {7});
 }
 
-int RDistributionPoint::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RDistributionPoint::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 int RDistributionPoint::getReasons(ByteString& bits, int* unusedBits)
 {
@@ -124,14 +112,8 @@ void RAccessDescription::walk(Decoder& v)
     v.required(anyTag, NAMED(m_accessLocation), {6});
 }
 
-int RAccessDescription::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RAccessDescription::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RAccessDescription::getsetAccessMethod()
-{
-    return oidText(*this, NAMED(m_accessMethod));
-}
+ByteString& RAccessDescription::getsetAccessMethod() { return oidText(*this, NAMED(m_accessMethod)); }
 
 } // namespace vrno

@@ -14,10 +14,7 @@ void ROriginatorPublicKey::walk(Decoder& v)
     v.required(bitStringTag, NAMED(m_publicKey), {6});
 }
 
-int ROriginatorPublicKey::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int ROriginatorPublicKey::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 int ROriginatorIdentifierOrKey::fromASN1Object(ByteString& data)
 {
@@ -62,10 +59,7 @@ void RKeyAgreeRecipientInfo::takeOriginator(Decoder& v, ByteString& wrapped)
     if (m_originator.fromASN1Object(element.getValue()) > 0) return v.refuse(7, "m_originator", m_originator);
 }
 
-int RKeyAgreeRecipientInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RKeyAgreeRecipientInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 // ---- KEKRecipientInfo ----
 
@@ -77,10 +71,7 @@ void ROtherKeyAttribute::walk(Decoder& v)
     v.optional(anyTag, 0x01, NAMED(m_keyAttr), {6});
 }
 
-int ROtherKeyAttribute::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int ROtherKeyAttribute::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 // KEKIdentifier ::= SEQUENCE { keyIdentifier OCTET STRING, date GeneralizedTime OPTIONAL, other OtherKeyAttribute OPTIONAL }
 void RKEKIdentifier::walk(Decoder& v)
@@ -91,10 +82,7 @@ void RKEKIdentifier::walk(Decoder& v)
     v.optional(sequenceTag, 0x02, NAMED(m_other), {8});
 }
 
-int RKEKIdentifier::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RKEKIdentifier::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 // KEKRecipientInfo ::= SEQUENCE { version CMSVersion, kekid KEKIdentifier, keyEncryptionAlgorithm AlgorithmIdentifier,
 //     encryptedKey OCTET STRING }
@@ -107,9 +95,6 @@ void RKEKRecipientInfo::walk(Decoder& v)
     v.required(octetStringTag, NAMED(m_encryptedKey), {12});
 }
 
-int RKEKRecipientInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RKEKRecipientInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 } // namespace vrno

@@ -23,20 +23,11 @@ template <class V> void RRSAPrivateKey::walk(V& v)
     v.end(11);
 }
 
-int RRSAPrivateKey::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RRSAPrivateKey::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RRSAPrivateKey::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RRSAPrivateKey::toASN1Object() { return encode(*this); }
 
-ByteString& RRSAPrivateKey::getModulus()
-{
-    return magnitude(*this, NAMED(m_modulus), "Modulus is negative.");
-}
+ByteString& RRSAPrivateKey::getModulus() { return magnitude(*this, NAMED(m_modulus), "Modulus is negative."); }
 
 // ---- RSAPublicKey ----
 
@@ -49,20 +40,11 @@ template <class V> void RRSAPublicKey::walk(V& v)
     v.end(3);
 }
 
-int RRSAPublicKey::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RRSAPublicKey::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RRSAPublicKey::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RRSAPublicKey::toASN1Object() { return encode(*this); }
 
-ByteString& RRSAPublicKey::getModulus()
-{
-    return magnitude(*this, NAMED(m_modulus), "");
-}
+ByteString& RRSAPublicKey::getModulus() { return magnitude(*this, NAMED(m_modulus), ""); }
 
 // ---- KCDSA ----
 
@@ -86,15 +68,9 @@ template <class V> void RKCDSAParameters::walk(V& v)
     v.end(7);
 }
 
-int RKCDSAParameters::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RKCDSAParameters::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RKCDSAParameters::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RKCDSAParameters::toASN1Object() { return encode(*this); }
 
 ByteString& RKCDSAParameters::getP()
 {
@@ -127,15 +103,9 @@ int RDSAPublicKey::setParam(ByteString& encoded)
     return v.code();
 }
 
-int RDSAPublicKey::setKey(ByteString& encoded)
-{
-    return m_y.fromASN1Object(encoded) > 0 ? fail(*this, 1, "m_y", m_y) : 0;
-}
+int RDSAPublicKey::setKey(ByteString& encoded) { return m_y.fromASN1Object(encoded) > 0 ? fail(*this, 1, "m_y", m_y) : 0; }
 
-ByteString& RDSAPublicKey::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RDSAPublicKey::toASN1Object() { return encode(*this); }
 
 template <class V> void RDSAPrivateKey::walk(V& v)
 {
@@ -163,9 +133,6 @@ int RDSAPrivateKey::setKey(ByteString& x, ByteString& y)
     return 0;
 }
 
-ByteString& RDSAPrivateKey::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RDSAPrivateKey::toASN1Object() { return encode(*this); }
 
 } // namespace vrno

@@ -14,15 +14,9 @@ void RAttributeTypeAndValue::walk(Decoder& v)
     v.required(anyTag, NAMED(m_value), {6});
 }
 
-int RAttributeTypeAndValue::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RAttributeTypeAndValue::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RAttributeTypeAndValue::getType()
-{
-    return oidText(*this, NAMED(m_type));
-}
+ByteString& RAttributeTypeAndValue::getType() { return oidText(*this, NAMED(m_type)); }
 
 // ---- GeneralName ----
 
@@ -53,25 +47,16 @@ ByteString& RGeneralName::toASN1Object()
     return m_bsOutput.isOutOfMemory() ? failOutputMemory(*this, 2, "asnObj") : m_bsOutput;
 }
 
-ByteString& RGeneralName::getRFC822Name()
-{
-    return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnRFC822Name");
-}
+ByteString& RGeneralName::getRFC822Name() { return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnRFC822Name"); }
 
-ByteString& RGeneralName::getDNSName()
-{
-    return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnDNSName");
-}
+ByteString& RGeneralName::getDNSName() { return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnDNSName"); }
 
 ByteString& RGeneralName::getUniformResourceIdentifier()
 {
     return contentsAs<ASN1IA5String>(*this, m_bsGeneralName, "asnUniformResId");
 }
 
-ByteString& RGeneralName::getIPAddress()
-{
-    return contentsAs<ASN1OctetString>(*this, m_bsGeneralName, "asnIPAddr");
-}
+ByteString& RGeneralName::getIPAddress() { return contentsAs<ASN1OctetString>(*this, m_bsGeneralName, "asnIPAddr"); }
 
 ByteString& RGeneralName::getRegisteredID()
 {
@@ -100,15 +85,9 @@ void RAnotherName::walk(Decoder& v)
     v.required(anyTag, NAMED(m_value), {4});
 }
 
-int RAnotherName::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RAnotherName::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RAnotherName::getTypeId()
-{
-    return oidText(*this, NAMED(m_typeId));
-}
+ByteString& RAnotherName::getTypeId() { return oidText(*this, NAMED(m_typeId)); }
 
 void RVID::walk(Decoder& v)
 {
@@ -117,15 +96,9 @@ void RVID::walk(Decoder& v)
     v.required(optionTag(0), NAMED(m_virtualID), {6});
 }
 
-int RVID::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RVID::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RVID::getVirtualID()
-{
-    return relay(*this, m_virtualID.getValue(), m_virtualID, "m_virtualID");
-}
+ByteString& RVID::getVirtualID() { return relay(*this, m_virtualID.getValue(), m_virtualID, "m_virtualID"); }
 
 void RIdentifyData::walk(Decoder& v)
 {
@@ -134,19 +107,10 @@ void RIdentifyData::walk(Decoder& v)
     v.optional(sequenceTag, 0x01, NAMED(m_userInfo), {6});
 }
 
-int RIdentifyData::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RIdentifyData::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RIdentifyData::getRealName()
-{
-    return relay(*this, m_realName.getUnicode(), m_realName, "m_realName");
-}
+ByteString& RIdentifyData::getRealName() { return relay(*this, m_realName.getUnicode(), m_realName, "m_realName"); }
 
-ByteString& RIdentifyData::getUserInfo(int index)
-{
-    return element(*this, NAMED(m_userInfo), index);
-}
+ByteString& RIdentifyData::getUserInfo(int index) { return element(*this, NAMED(m_userInfo), index); }
 
 } // namespace vrno

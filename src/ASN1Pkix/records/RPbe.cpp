@@ -16,20 +16,11 @@ template <class V> void RPBEParameter::walk(V& v)
     v.end(3);
 }
 
-int RPBEParameter::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RPBEParameter::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RPBEParameter::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RPBEParameter::toASN1Object() { return encode(*this); }
 
-int RPBEParameter::setSalt(ByteString& salt)
-{
-    return m_salt.setValue(salt) > 0 ? fail(*this, 1, "m_salt", m_salt) : 0;
-}
+int RPBEParameter::setSalt(ByteString& salt) { return m_salt.setValue(salt) > 0 ? fail(*this, 1, "m_salt", m_salt) : 0; }
 
 int RPBEParameter::setIterationCount(int count)
 {
@@ -47,25 +38,13 @@ template <class V> void RPBES2_params::walk(V& v)
     v.end(3);
 }
 
-int RPBES2_params::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RPBES2_params::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RPBES2_params::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RPBES2_params::toASN1Object() { return encode(*this); }
 
-int RPBES2_params::setKeyDerivationFunc(RAlgorithmIdentifier& data)
-{
-    return copyThrough(*this, data, NAMED(m_keyDerivationFunc));
-}
+int RPBES2_params::setKeyDerivationFunc(RAlgorithmIdentifier& data) { return copyThrough(*this, data, NAMED(m_keyDerivationFunc)); }
 
-int RPBES2_params::setEncryptionScheme(RAlgorithmIdentifier& data)
-{
-    return copyThrough(*this, data, NAMED(m_encryptionScheme));
-}
+int RPBES2_params::setEncryptionScheme(RAlgorithmIdentifier& data) { return copyThrough(*this, data, NAMED(m_encryptionScheme)); }
 
 // ---- PBKDF2-params ----
 
@@ -104,10 +83,7 @@ int RPBKDF2_params::setDefaultPrf()
     return m_prf.setAlgorithm("1 2 840 113549 2 7", false) > 0 ? failed(14, "m_prf", m_prf) : 0;
 }
 
-ByteString& RPBKDF2_params::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RPBKDF2_params::toASN1Object() { return encode(*this); }
 
 int RPBKDF2_params::setSpecified(ByteString& salt)
 {

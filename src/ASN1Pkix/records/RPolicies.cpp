@@ -16,20 +16,11 @@ void RPolicyInformation::walk(Decoder& v)
     v.optional(sequenceTag, 0x01, NAMED(m_policyQualifiers), {6});
 }
 
-int RPolicyInformation::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RPolicyInformation::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RPolicyInformation::getPolicyIdentifier()
-{
-    return oidText(*this, NAMED(m_policyIdentifier));
-}
+ByteString& RPolicyInformation::getPolicyIdentifier() { return oidText(*this, NAMED(m_policyIdentifier)); }
 
-ByteString& RPolicyInformation::getPolicyQualifierInfo(int index)
-{
-    return element(*this, NAMED(m_policyQualifiers), index);
-}
+ByteString& RPolicyInformation::getPolicyQualifierInfo(int index) { return element(*this, NAMED(m_policyQualifiers), index); }
 
 // PolicyQualifierInfo ::= SEQUENCE { policyQualifierId OBJECT IDENTIFIER, qualifier ANY DEFINED BY policyQualifierId }
 void RPolicyQualifierInfo::walk(Decoder& v)
@@ -40,15 +31,9 @@ void RPolicyQualifierInfo::walk(Decoder& v)
     v.required(anyTag, NAMED(m_qualifier), {5});
 }
 
-int RPolicyQualifierInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RPolicyQualifierInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RPolicyQualifierInfo::getPolicyQualifierId()
-{
-    return oidText(*this, NAMED(m_policyQualifierId));
-}
+ByteString& RPolicyQualifierInfo::getPolicyQualifierId() { return oidText(*this, NAMED(m_policyQualifierId)); }
 
 // ---- display text ----
 
@@ -79,25 +64,13 @@ int RDisplayText::fromASN1Object(ByteString& data)
     return m_bsDisplayText.isOutOfMemory() ? failMemory(*this, 1, "m_bsDisplayText") : 0;
 }
 
-ByteString& RDisplayText::getIA5String()
-{
-    return contentsAs<ASN1IA5String>(*this, m_bsDisplayText, "asnIA5String");
-}
+ByteString& RDisplayText::getIA5String() { return contentsAs<ASN1IA5String>(*this, m_bsDisplayText, "asnIA5String"); }
 
-ByteString& RDisplayText::getVisibleString()
-{
-    return contentsAs<ASN1VisibleString>(*this, m_bsDisplayText, "asnVisibleString");
-}
+ByteString& RDisplayText::getVisibleString() { return contentsAs<ASN1VisibleString>(*this, m_bsDisplayText, "asnVisibleString"); }
 
-ByteString& RDisplayText::getBMPString()
-{
-    return contentsAs<ASN1BMPString>(*this, m_bsDisplayText, "asnBMPString");
-}
+ByteString& RDisplayText::getBMPString() { return contentsAs<ASN1BMPString>(*this, m_bsDisplayText, "asnBMPString"); }
 
-ByteString& RDisplayText::getUTF8String()
-{
-    return contentsAs<ASN1UTF8String>(*this, m_bsDisplayText, "asnUTF8String");
-}
+ByteString& RDisplayText::getUTF8String() { return contentsAs<ASN1UTF8String>(*this, m_bsDisplayText, "asnUTF8String"); }
 
 // ---- user notice ----
 
@@ -109,10 +82,7 @@ void RNoticeReference::walk(Decoder& v)
     v.required(sequenceTag, NAMED(m_noticeNumbers), {5});
 }
 
-int RNoticeReference::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RNoticeReference::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 int RNoticeReference::getNoticeNumber(int index, int* number)
 {
@@ -131,9 +101,6 @@ void RUserNotice::walk(Decoder& v)
     v.optional(anyTag, 0x02, NAMED(m_explicitText), {4});
 }
 
-int RUserNotice::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RUserNotice::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
 } // namespace vrno

@@ -17,15 +17,9 @@ template <class V> void RPrivateKeyInfo::walk(V& v)
     v.end(5);
 }
 
-int RPrivateKeyInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RPrivateKeyInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RPrivateKeyInfo::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RPrivateKeyInfo::toASN1Object() { return encode(*this); }
 
 int RPrivateKeyInfo::setAttributes(RPKCS12Attributes& attributes)
 {
@@ -63,15 +57,9 @@ template <class V> void REncryptedPrivateKeyInfo::walk(V& v)
     v.end(3);
 }
 
-int REncryptedPrivateKeyInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int REncryptedPrivateKeyInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& REncryptedPrivateKeyInfo::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& REncryptedPrivateKeyInfo::toASN1Object() { return encode(*this); }
 
 int REncryptedPrivateKeyInfo::setEncryptionAlgorithm(RAlgorithmIdentifier& data)
 {

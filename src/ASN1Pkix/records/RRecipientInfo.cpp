@@ -19,15 +19,9 @@ template <class V> void RIssuerAndSerialNumber::walk(V& v)
     v.end(3);
 }
 
-int RIssuerAndSerialNumber::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RIssuerAndSerialNumber::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RIssuerAndSerialNumber::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RIssuerAndSerialNumber::toASN1Object() { return encode(*this); }
 
 int RIssuerAndSerialNumber::setIssuer(RRDNSequence& data)
 {
@@ -58,10 +52,7 @@ int RRecipientIdentifier::fromASN1Object(ByteString& data)
     }
 }
 
-ByteString& RRecipientIdentifier::toASN1Object()
-{
-    return encodeChoice(*this);
-}
+ByteString& RRecipientIdentifier::toASN1Object() { return encodeChoice(*this); }
 
 int RRecipientIdentifier::setIssuerAndSerialNumber(RIssuerAndSerialNumber& data)
 {
@@ -92,25 +83,13 @@ template <class V> void RKeyTransRecipientInfo::walk(V& v)
     v.end(5);
 }
 
-int RKeyTransRecipientInfo::fromASN1Object(ByteString& data)
-{
-    return decode(*this, data);
-}
+int RKeyTransRecipientInfo::fromASN1Object(ByteString& data) { return decode(*this, data); }
 
-ByteString& RKeyTransRecipientInfo::toASN1Object()
-{
-    return encode(*this);
-}
+ByteString& RKeyTransRecipientInfo::toASN1Object() { return encode(*this); }
 
-int RKeyTransRecipientInfo::setVersion(int version)
-{
-    return setCMSVersion(*this, version);
-}
+int RKeyTransRecipientInfo::setVersion(int version) { return setCMSVersion(*this, version); }
 
-int RKeyTransRecipientInfo::setRid(RRecipientIdentifier& data)
-{
-    return copyThrough(*this, data, NAMED(m_rid));
-}
+int RKeyTransRecipientInfo::setRid(RRecipientIdentifier& data) { return copyThrough(*this, data, NAMED(m_rid)); }
 
 int RKeyTransRecipientInfo::setKeyEncryptionAlgorithm(RAlgorithmIdentifier& data)
 {
@@ -142,10 +121,7 @@ int RRecipientInfo::fromASN1Object(ByteString& data)
     }
 }
 
-ByteString& RRecipientInfo::toASN1Object()
-{
-    return encodeChoice(*this);
-}
+ByteString& RRecipientInfo::toASN1Object() { return encodeChoice(*this); }
 
 int RRecipientInfo::setKeyTransRecipientInfo(RKeyTransRecipientInfo& data)
 {

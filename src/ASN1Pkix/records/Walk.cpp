@@ -54,10 +54,7 @@ void Decoder::exactly(int count, Here at)
     if (!countIs(count, count)) refuse(2, "asnSeq", formatted("The number of components is not %d.", count), at);
 }
 
-void Decoder::atLeast(int minimum, const char* message, Here at)
-{
-    between(minimum, unlimited, "nCount", message, at);
-}
+void Decoder::atLeast(int minimum, const char* message, Here at) { between(minimum, unlimited, "nCount", message, at); }
 
 void Decoder::between(int minimum, int maximum, const char* name, const char* message, Here at)
 {

@@ -51,10 +51,7 @@ inline constexpr Tag sequenceTag{Tag::universal, ASN1_TAG_SEQUENCE};
 inline constexpr Tag generalizedTimeTag{Tag::universal, ASN1_TAG_GENERALIZEDTIME};
 
 // [number]: the member itself reads and writes the option tag.
-constexpr Tag optionTag(unsigned char number)
-{
-    return {Tag::option, number};
-}
+constexpr Tag optionTag(unsigned char number) { return {Tag::option, number}; }
 
 // [number] IMPLICIT SEQUENCE or SET: decoded under the universal tag, since the codec would read its constructed tag as an
 // explicit one, and encoded with the option tag.

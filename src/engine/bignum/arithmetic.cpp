@@ -103,10 +103,7 @@ void bnMul(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
     setFromRow(r, product.d, product.length, a.neg ^ b.neg);
 }
 
-void bnSqr(ZIRC_BN& r, const ZIRC_BN& a)
-{
-    bnMul(r, a, a);
-}
+void bnSqr(ZIRC_BN& r, const ZIRC_BN& a) { bnMul(r, a, a); }
 
 bool bnDiv(ZIRC_BN* q, ZIRC_BN* rem, const ZIRC_BN& a, const ZIRC_BN& d)
 {
@@ -131,10 +128,7 @@ std::uint32_t bnModWord(const ZIRC_BN& a, std::uint32_t w)
     return r;
 }
 
-void bnMod(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m)
-{
-    reduceRow(r, a.d, significant(a), a.neg, m);
-}
+void bnMod(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m) { reduceRow(r, a.d, significant(a), a.neg, m); }
 
 void bnModSub(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b, const ZIRC_BN& m)
 {
@@ -151,9 +145,6 @@ void bnModMul(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b, const ZIRC_BN& m)
     reduceRow(r, product.d, product.length, a.neg ^ b.neg, m);
 }
 
-void bnModSqr(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m)
-{
-    bnModMul(r, a, a, m);
-}
+void bnModSqr(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m) { bnModMul(r, a, a, m); }
 
 } // namespace vrno

@@ -46,25 +46,13 @@ void modExp(ZIRC_BN& r, const Operands& operands, bool secret)
 
 } // namespace
 
-void bnModExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m)
-{
-    modExp(r, {a, p, m}, false);
-}
+void bnModExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m) { modExp(r, {a, p, m}, false); }
 
-void bnModExpReduced(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m)
-{
-    modExp(r, {a, p, m}, false);
-}
+void bnModExpReduced(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m) { modExp(r, {a, p, m}, false); }
 
-void bnModExpSecret(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m)
-{
-    modExp(r, {a, p, m}, true);
-}
+void bnModExpSecret(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m) { modExp(r, {a, p, m}, true); }
 
-bool modExpPairNone(const SecretPower&, const SecretPower&)
-{
-    return false;
-}
+bool modExpPairNone(const SecretPower&, const SecretPower&) { return false; }
 
 void bnModExpSecretPair(const ZIRC_BN& a, ZIRC_BN& r1, const ZIRC_BN& p1, const ZIRC_BN& m1, ZIRC_BN& r2, const ZIRC_BN& p2,
                         const ZIRC_BN& m2)

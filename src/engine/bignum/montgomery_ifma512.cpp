@@ -183,10 +183,7 @@ IFMA512 void selectRow(std::uint64_t* r, const std::uint64_t* table, std::size_t
 }
 
 // The limbs of R for a modulus of so many bits.
-constexpr std::size_t limbsFor(int bits)
-{
-    return static_cast<std::size_t>(bits + 2 + limbBits - 1) / limbBits;
-}
+constexpr std::size_t limbsFor(int bits) { return static_cast<std::size_t>(bits + 2 + limbBits - 1) / limbBits; }
 
 template <class L, std::size_t Z> class MontgomeryIfma {
 public:

@@ -74,15 +74,9 @@ void bnSetWord(ZIRC_BN& r, std::uint32_t w)
     r.top = w > 0 ? 1 : 0;
 }
 
-bool bnIsZero(const ZIRC_BN& a)
-{
-    return significant(a) == 0;
-}
+bool bnIsZero(const ZIRC_BN& a) { return significant(a) == 0; }
 
-bool bnIsEqual(const ZIRC_BN& a, const ZIRC_BN& b)
-{
-    return bnCompareMagnitude(a, b) == 0;
-}
+bool bnIsEqual(const ZIRC_BN& a, const ZIRC_BN& b) { return bnCompareMagnitude(a, b) == 0; }
 
 int bnCompareMagnitude(const ZIRC_BN& a, const ZIRC_BN& b)
 {
@@ -102,10 +96,7 @@ int bnCompare(const ZIRC_BN& a, const ZIRC_BN& b)
     return (magnitude > 0) != (a.neg != 0) ? 1 : -1;
 }
 
-bool bnIsGreaterOrEqual(const ZIRC_BN& a, const ZIRC_BN& b)
-{
-    return bnCompareMagnitude(a, b) >= 0;
-}
+bool bnIsGreaterOrEqual(const ZIRC_BN& a, const ZIRC_BN& b) { return bnCompareMagnitude(a, b) >= 0; }
 
 // ---- bits and bytes ----
 
@@ -170,20 +161,11 @@ void bnAddMagnitudes(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
     setSum(r, 0, longer, shorter.d, significant(shorter));
 }
 
-void bnSubMagnitudes(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
-{
-    setDifference(r, 0, a, b.d, significant(b));
-}
+void bnSubMagnitudes(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b) { setDifference(r, 0, a, b.d, significant(b)); }
 
-void bnAdd(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
-{
-    signedSum(r, a, b, b.neg);
-}
+void bnAdd(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b) { signedSum(r, a, b, b.neg); }
 
-void bnSub(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
-{
-    signedSum(r, a, b, b.neg ^ 1);
-}
+void bnSub(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b) { signedSum(r, a, b, b.neg ^ 1); }
 
 void bnAddWord(ZIRC_BN& r, const ZIRC_BN& a, std::uint32_t w)
 {
@@ -196,10 +178,7 @@ void bnAddWord(ZIRC_BN& r, const ZIRC_BN& a, std::uint32_t w)
     }
 }
 
-void bnSubWord(ZIRC_BN& r, const ZIRC_BN& a, std::uint32_t w)
-{
-    setDifference(r, a.neg, a, &w, 1);
-}
+void bnSubWord(ZIRC_BN& r, const ZIRC_BN& a, std::uint32_t w) { setDifference(r, a.neg, a, &w, 1); }
 
 void bnXor(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
 {
@@ -212,15 +191,9 @@ void bnXor(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& b)
 
 // ---- shifts ----
 
-void bnShiftLeftOne(ZIRC_BN& r, const ZIRC_BN& a)
-{
-    bnShiftLeft(r, a, 1);
-}
+void bnShiftLeftOne(ZIRC_BN& r, const ZIRC_BN& a) { bnShiftLeft(r, a, 1); }
 
-void bnShiftRightOne(ZIRC_BN& r, const ZIRC_BN& a)
-{
-    bnShiftRight(r, a, 1);
-}
+void bnShiftRightOne(ZIRC_BN& r, const ZIRC_BN& a) { bnShiftRight(r, a, 1); }
 
 void bnShiftLeft(ZIRC_BN& r, const ZIRC_BN& a, int n)
 {

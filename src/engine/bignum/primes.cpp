@@ -58,10 +58,7 @@ int drawCandidate(ZIRC_BN& r, int bits)
 
 } // namespace
 
-bool bnIsPrime(const ZIRC_BN& n, int rounds)
-{
-    return testPrime(n, rounds) == Verdict::prime;
-}
+bool bnIsPrime(const ZIRC_BN& n, int rounds) { return testPrime(n, rounds) == Verdict::prime; }
 
 int bnGeneratePrime(ZIRC_BN& r, int bits)
 {

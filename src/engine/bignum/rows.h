@@ -22,20 +22,11 @@ inline std::size_t significant(const std::uint32_t* d, std::size_t n)
     while (n > 0 && d[n - 1] == 0) --n;
     return n;
 }
-inline std::size_t significant(const ZIRC_BN& a)
-{
-    return a.top > 0 ? significant(a.d, static_cast<std::size_t>(a.top)) : 0;
-}
+inline std::size_t significant(const ZIRC_BN& a) { return a.top > 0 ? significant(a.d, static_cast<std::size_t>(a.top)) : 0; }
 
-inline void setLength(ZIRC_BN& r, std::size_t n)
-{
-    r.top = static_cast<std::int32_t>(significant(r.d, n));
-}
+inline void setLength(ZIRC_BN& r, std::size_t n) { r.top = static_cast<std::int32_t>(significant(r.d, n)); }
 
-inline bool isOdd(const ZIRC_BN& a)
-{
-    return bnTestBit(a, 0);
-}
+inline bool isOdd(const ZIRC_BN& a) { return bnTestBit(a, 0); }
 
 // Room for any product, and for the squares of Montgomery's R.
 inline constexpr std::size_t maxDividend = 2 * bnWords + 16;

@@ -81,9 +81,6 @@ struct Has160 {
 
 } // namespace
 
-void HAS160_Digest(unsigned char* digest, const void* data, std::size_t length)
-{
-    iterated::digest<Has160>(digest, data, length);
-}
+void HAS160_Digest(unsigned char* digest, const void* data, std::size_t length) { iterated::digest<Has160>(digest, data, length); }
 
 } // namespace vrno

@@ -33,10 +33,7 @@ void HMAC_Init(HMAC_State& state, const void* key, std::size_t keyLength)
     SHA1_Update(state.outer, state.opad, sizeof state.opad);
 }
 
-void HMAC_Update(HMAC_State& state, const void* data, std::size_t length)
-{
-    SHA1_Update(state.sha1, data, length);
-}
+void HMAC_Update(HMAC_State& state, const void* data, std::size_t length) { SHA1_Update(state.sha1, data, length); }
 
 void HMAC_Final(HMAC_State& state, unsigned char* mac)
 {

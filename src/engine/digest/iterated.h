@@ -30,10 +30,7 @@ template <class State> void count(State& state, std::size_t length)
     state.bitCountHigh += static_cast<std::uint32_t>(length >> 29) + (state.bitCountLow < low ? 1 : 0);
 }
 
-template <class State> std::size_t waiting(const State& state)
-{
-    return state.bitCountLow >> 3 & 63;
-}
+template <class State> std::size_t waiting(const State& state) { return state.bitCountLow >> 3 & 63; }
 
 template <class D> void init(typename D::State& state)
 {

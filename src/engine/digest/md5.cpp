@@ -72,24 +72,12 @@ struct Md5 {
 
 } // namespace
 
-void MD5_Init(MD5_State& state)
-{
-    iterated::init<Md5>(state);
-}
+void MD5_Init(MD5_State& state) { iterated::init<Md5>(state); }
 
-void MD5_Update(MD5_State& state, const void* data, std::size_t length)
-{
-    iterated::update<Md5>(state, data, length);
-}
+void MD5_Update(MD5_State& state, const void* data, std::size_t length) { iterated::update<Md5>(state, data, length); }
 
-void MD5_Final(MD5_State& state, unsigned char* digest)
-{
-    iterated::final<Md5>(state, digest);
-}
+void MD5_Final(MD5_State& state, unsigned char* digest) { iterated::final<Md5>(state, digest); }
 
-void MD5_Digest(unsigned char* digest, const void* data, std::size_t length)
-{
-    iterated::digest<Md5>(digest, data, length);
-}
+void MD5_Digest(unsigned char* digest, const void* data, std::size_t length) { iterated::digest<Md5>(digest, data, length); }
 
 } // namespace vrno

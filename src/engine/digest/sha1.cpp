@@ -16,25 +16,13 @@ struct Sha1 {
 
 } // namespace
 
-void SHA1_Init(SHA1_State& state)
-{
-    iterated::init<Sha1>(state);
-}
+void SHA1_Init(SHA1_State& state) { iterated::init<Sha1>(state); }
 
-void SHA1_Update(SHA1_State& state, const void* data, std::size_t length)
-{
-    iterated::update<Sha1>(state, data, length);
-}
+void SHA1_Update(SHA1_State& state, const void* data, std::size_t length) { iterated::update<Sha1>(state, data, length); }
 
-void SHA1_Final(SHA1_State& state, unsigned char* digest)
-{
-    iterated::final<Sha1>(state, digest);
-}
+void SHA1_Final(SHA1_State& state, unsigned char* digest) { iterated::final<Sha1>(state, digest); }
 
-void SHA1_Digest(unsigned char* digest, const void* data, std::size_t length)
-{
-    iterated::digest<Sha1>(digest, data, length);
-}
+void SHA1_Digest(unsigned char* digest, const void* data, std::size_t length) { iterated::digest<Sha1>(digest, data, length); }
 
 void SHA1_Compress(unsigned char* output, const std::uint32_t* input)
 {

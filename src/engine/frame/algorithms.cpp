@@ -122,14 +122,8 @@ int bindSignature(ZIRC_Context& context, int nAlgID)
     return bindRow(context, nAlgID, signature);
 }
 
-int bindMAC(ZIRC_Context& context, int nAlgID)
-{
-    return bindRow(context, nAlgID, mac);
-}
+int bindMAC(ZIRC_Context& context, int nAlgID) { return bindRow(context, nAlgID, mac); }
 
-int bindRandom(ZIRC_Context& context, int nAlgID)
-{
-    return bindRow(context, nAlgID, random);
-}
+int bindRandom(ZIRC_Context& context, int nAlgID) { return bindRow(context, nAlgID, random); }
 
 } // namespace vrno

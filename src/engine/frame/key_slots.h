@@ -57,9 +57,6 @@ inline int outputResult(ZIRC_Context& context, int length, int* outputLength)
 }
 
 // The result of a verification: negative when the signature does not hold.
-inline int verifyResult(ZIRC_Context& context, int result)
-{
-    return result < 0 ? ZIRC_SetError(context, ZIRC_VERIFY_FAIL) : 0;
-}
+inline int verifyResult(ZIRC_Context& context, int result) { return result < 0 ? ZIRC_SetError(context, ZIRC_VERIFY_FAIL) : 0; }
 
 } // namespace vrno

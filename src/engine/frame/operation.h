@@ -18,10 +18,7 @@ struct WipedDelete {
 };
 using OwnedContext = std::unique_ptr<ZIRC_Context, WipedDelete>;
 
-inline OwnedContext newContext()
-{
-    return OwnedContext(new (std::nothrow) ZIRC_Context);
-}
+inline OwnedContext newContext() { return OwnedContext(new (std::nothrow) ZIRC_Context); }
 
 // Runs the stages of an operation in a context of its own, in order up to the first that fails. 0, or the context's error with
 // that stage's offset: 1000, 2000, 3000 by position.

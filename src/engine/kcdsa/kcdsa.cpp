@@ -17,15 +17,9 @@ namespace {
 
 constexpr int maxBytes = kcdsaMaxBits / 8;
 
-int bnLength(const ZIRC_BN& a)
-{
-    return (bnBits(a) + 7) / 8;
-}
+int bnLength(const ZIRC_BN& a) { return (bnBits(a) + 7) / 8; }
 
-bool isKcdsaModulus(const ZIRC_BN& a, int maxBits)
-{
-    return bnBits(a) > 1 && bnBits(a) <= maxBits;
-}
+bool isKcdsaModulus(const ZIRC_BN& a, int maxBits) { return bnBits(a) > 1 && bnBits(a) <= maxBits; }
 
 bool areKcdsaParameters(const ZIRC_KcdsaKey& key)
 {

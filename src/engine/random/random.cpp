@@ -113,10 +113,7 @@ void randDraw(Pool& pool, unsigned char* digest, const unsigned char* feedback, 
     wipe(&state, sizeof state);
 }
 
-std::uint32_t wallClockSeconds()
-{
-    return static_cast<std::uint32_t>(platform::wallClock().seconds);
-}
+std::uint32_t wallClockSeconds() { return static_cast<std::uint32_t>(platform::wallClock().seconds); }
 
 // How a pool is seeded.
 struct Seeding {

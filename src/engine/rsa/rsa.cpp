@@ -15,17 +15,11 @@ namespace vrno {
 
 namespace {
 
-int modulusBytes(const ZIRC_RsaKey& key)
-{
-    return (bnBits(key.n) + 7) / 8;
-}
+int modulusBytes(const ZIRC_RsaKey& key) { return (bnBits(key.n) + 7) / 8; }
 
 using SecretBytes = SecretArea<rsaMaxBytes + 64>;
 
-void rsaPublicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
-{
-    bnModExpReduced(result, x, key.e, key.n);
-}
+void rsaPublicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x) { bnModExpReduced(result, x, key.e, key.n); }
 
 // Adds one more prime to a result of the Chinese remainder theorem: result += product * ((m - result) * coefficient mod prime).
 void crtAddPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, const ZIRC_BN& prime, const ZIRC_BN& product)
@@ -125,10 +119,7 @@ int fillOnes(unsigned char* to, int length)
 
 // ---- digests by id ----
 
-int rsaDigestLength(unsigned int hashId)
-{
-    return hashId == hashSha1 ? 20 : 16;
-}
+int rsaDigestLength(unsigned int hashId) { return hashId == hashSha1 ? 20 : 16; }
 
 void rsaDigest(unsigned int hashId, unsigned char* output, const unsigned char* data, int length)
 {

@@ -11,21 +11,12 @@ namespace vrno {
 
 namespace {
 
-bool isOne(const ZIRC_BN& a)
-{
-    return bnBits(a) == 1;
-}
+bool isOne(const ZIRC_BN& a) { return bnBits(a) == 1; }
 
 // Whether this can be a modulus or a prime of a key.
-bool isOddModulus(const ZIRC_BN& a)
-{
-    return isOdd(a) && !isOne(a) && bnBits(a) <= rsaMaxBits;
-}
+bool isOddModulus(const ZIRC_BN& a) { return isOdd(a) && !isOne(a) && bnBits(a) <= rsaMaxBits; }
 
-template <class... Number> bool fitRsa(const Number&... numbers)
-{
-    return ((bnBits(numbers) <= rsaMaxBits) && ...);
-}
+template <class... Number> bool fitRsa(const Number&... numbers) { return ((bnBits(numbers) <= rsaMaxBits) && ...); }
 
 // The conditions on a private key but for those on its primes.
 bool isUsableRsaKey(const ZIRC_RsaKey& key)
@@ -119,10 +110,7 @@ int rsaWritePrivateKey(const ZIRC_RsaKey& key, unsigned char* blob, int room)
 
 namespace {
 
-void bnMinusOne(ZIRC_BN& r, const ZIRC_BN& a)
-{
-    bnSubWord(r, a, 1);
-}
+void bnMinusOne(ZIRC_BN& r, const ZIRC_BN& a) { bnSubWord(r, a, 1); }
 
 // A prime p such that p - 1 has no factor in common with the exponent, and that is none of the `count` in `others`.
 int rsaGeneratePrime(ZIRC_BN& prime, int bits, const ZIRC_BN& exponent, const ZIRC_BN* const* others, int count)

@@ -6,10 +6,7 @@
 
 namespace vrno {
 
-static void fill(unsigned char* to, int value, int count)
-{
-    std::memset(to, value, static_cast<std::size_t>(count));
-}
+static void fill(unsigned char* to, int value, int count) { std::memset(to, value, static_cast<std::size_t>(count)); }
 
 int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType)
 {

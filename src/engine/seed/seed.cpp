@@ -33,15 +33,9 @@ template <bool encrypts> static void oneBlock(const SEED_Schedule& schedule, std
     words[3] = block[0].r1;
 }
 
-void SEED_Encrypt(const SEED_Schedule& schedule, std::uint32_t* block)
-{
-    oneBlock<true>(schedule, block);
-}
+void SEED_Encrypt(const SEED_Schedule& schedule, std::uint32_t* block) { oneBlock<true>(schedule, block); }
 
-void SEED_Decrypt(const SEED_Schedule& schedule, std::uint32_t* block)
-{
-    oneBlock<false>(schedule, block);
-}
+void SEED_Decrypt(const SEED_Schedule& schedule, std::uint32_t* block) { oneBlock<false>(schedule, block); }
 
 void SEED_CbcEncrypt(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t length,
                      unsigned char* chainingValue)

@@ -10,10 +10,7 @@
 
 namespace vrno::seed {
 
-inline std::uint32_t G(std::uint32_t x)
-{
-    return (SS0[x & 0xFF] ^ SS3[x >> 24]) ^ (SS1[x >> 8 & 0xFF] ^ SS2[x >> 16 & 0xFF]);
-}
+inline std::uint32_t G(std::uint32_t x) { return (SS0[x & 0xFF] ^ SS3[x >> 24]) ^ (SS1[x >> 8 & 0xFF] ^ SS2[x >> 16 & 0xFF]); }
 
 struct Block {
     std::uint32_t l0, l1, r0, r1;
@@ -33,10 +30,7 @@ inline void storeBlock(unsigned char* bytes, const Block& block)
     store32<std::endian::big>(bytes + 12, block.r1);
 }
 
-inline Block operator^(const Block& a, const Block& b)
-{
-    return {a.l0 ^ b.l0, a.l1 ^ b.l1, a.r0 ^ b.r0, a.r1 ^ b.r1};
-}
+inline Block operator^(const Block& a, const Block& b) { return {a.l0 ^ b.l0, a.l1 ^ b.l1, a.r0 ^ b.r0, a.r1 ^ b.r1}; }
 
 // One round on each of `N` blocks; it also swaps their halves.
 template <std::size_t N> [[gnu::always_inline]] inline void oneRound(Block (&blocks)[N], std::uint32_t k0, std::uint32_t k1)
