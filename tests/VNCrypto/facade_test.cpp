@@ -15,10 +15,7 @@ using namespace test;
 
 namespace {
 
-ByteString filled(std::size_t length)
-{
-    return byteString(std::string(length, 'x'));
-}
+ByteString filled(std::size_t length) { return byteString(std::string(length, 'x')); }
 
 using Operation = int (VNEncrypt::*)(int, int, ByteString&, ByteString&, Octets, ByteString&, int);
 constexpr Operation encrypt = &VNEncrypt::EncryptData, decrypt = &VNEncrypt::DecryptData;

@@ -104,10 +104,7 @@ TEST(Certificates, SampleShowsHangul)
     EXPECT_EQ(field(context, "GetSerialNum"), "c35a2b1f");
 }
 
-TEST(Certificates, FieldsAndExtensionsAreThoseOfTheNotation)
-{
-    expectCalls("certificates.txt", {});
-}
+TEST(Certificates, FieldsAndExtensionsAreThoseOfTheNotation) { expectCalls("certificates.txt", {}); }
 
 TEST(Certificates, AFailedLoadLeavesNoneLoaded)
 {

@@ -142,10 +142,7 @@ std::string oidText(const ASN1_OBJECT* oid)
     return text;
 }
 
-void append(std::string& list, const char* separator, const std::string& item)
-{
-    list += (list.empty() ? "" : separator) + item;
-}
+void append(std::string& list, const char* separator, const std::string& item) { list += (list.empty() ? "" : separator) + item; }
 
 // The extension as OpenSSL decodes it, turned into what our getter should say; "" when it is not there.
 template <class T> std::string expected(const X509* x, int nid, void (*release)(T*), std::string (*shown)(const T&))
@@ -171,10 +168,7 @@ std::string basicConstraints(const BASIC_CONSTRAINTS& constraints)
     return constraints.pathlen ? text + ", PathLenConstraint : " + std::to_string(ASN1_INTEGER_get(constraints.pathlen)) : text;
 }
 
-std::string keyIdentifier(const ASN1_OCTET_STRING& octets)
-{
-    return hexOf(&octets);
-}
+std::string keyIdentifier(const ASN1_OCTET_STRING& octets) { return hexOf(&octets); }
 
 std::string purposes(const EXTENDED_KEY_USAGE& usage)
 {

@@ -31,10 +31,7 @@ std::string text(const ZIRC_BN& a)
 
 std::mt19937 numbers(7);
 
-int below(int limit)
-{
-    return static_cast<int>(numbers() % static_cast<unsigned>(limit));
-}
+int below(int limit) { return static_cast<int>(numbers() % static_cast<unsigned>(limit)); }
 
 // A number of so many bits; its words are often all ones or zeros. Zero comes in both forms.
 ZIRC_BN draw(int bits, bool isSigned = false)
@@ -89,10 +86,7 @@ ZIRC_BN& set(ZIRC_BN& r, const ZIRC_BN& a)
     return r;
 }
 
-void setOrder(ZIRC_BN& r, int order)
-{
-    bnSetWord(r, static_cast<unsigned>(order + 1));
-}
+void setOrder(ZIRC_BN& r, int order) { bnSetWord(r, static_cast<unsigned>(order + 1)); }
 
 void throughBytes(ZIRC_BN& r, const ZIRC_BN& a)
 {
@@ -181,14 +175,8 @@ template <std::size_t count> void compare(const Pair (&table)[count], int maxBit
 
 } // namespace
 
-TEST(BigNumber, ShortOperandsAgreeWithOpenssl)
-{
-    compare(pairs, 140, 6000);
-}
-TEST(BigNumber, LongOperandsAgreeWithOpenssl)
-{
-    compare(pairs, 2200, 1500);
-}
+TEST(BigNumber, ShortOperandsAgreeWithOpenssl) { compare(pairs, 140, 6000); }
+TEST(BigNumber, LongOperandsAgreeWithOpenssl) { compare(pairs, 2200, 1500); }
 TEST(BigNumber, DivisorsAndInversesAgreeWithOpenssl)
 {
     compare(slowPairs, 40, 2000);
@@ -274,9 +262,7 @@ TEST(BigNumber, WordLayersAgree)
         WordsPortable::sqrWords(squares[0], a, 5);
         WordsNative::sqrWords(squares[1], a, 5);
         ASSERT_EQ(0, std::memcmp(squares[0], squares[1], sizeof squares[0]));
-        if (high < w || w == 0) {
-            ASSERT_EQ(WordsPortable::bnDivWords(high, a[0], w), WordsNative::bnDivWords(high, a[0], w));
-        }
+        if (high < w || w == 0) { ASSERT_EQ(WordsPortable::bnDivWords(high, a[0], w), WordsNative::bnDivWords(high, a[0], w)); }
     }
 }
 
@@ -372,9 +358,7 @@ TEST(BigNumber, PrimesAreDistinguishedFromComposites)
     for (const int bits : {3, 64, 129, 256, 512}) {
         ASSERT_EQ(bnGeneratePrime(n, bits), 0);
         EXPECT_TRUE(BN_check_prime(Peer(n), bnContext(), nullptr)) << text(n);
-        if (bits > 17) {
-            EXPECT_TRUE(bnBits(n) == bits && bnTestBit(n, bits - 2)) << text(n);
-        }
+        if (bits > 17) { EXPECT_TRUE(bnBits(n) == bits && bnTestBit(n, bits - 2)) << text(n); }
         for (std::size_t i = 1; i < primeCount; ++i) ASSERT_GT(bnModWord(n, primeTable[i]), 1U);
     }
 }

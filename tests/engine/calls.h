@@ -8,10 +8,7 @@
 
 namespace test {
 
-inline int size(const std::string& of)
-{
-    return static_cast<int>(of.size());
-}
+inline int size(const std::string& of) { return static_cast<int>(of.size()); }
 
 // One operation with a key pair's blob: the code, and the result in `out`, empty after a failure.
 inline int cipher(bool encrypts, int id, int mode, std::string blob, const std::string& in, std::string& out, int room = 2048)

@@ -27,10 +27,7 @@ namespace {
 
 using Buffer = std::vector<unsigned char>;
 
-Buffer buffer(const std::string& from)
-{
-    return {from.begin(), from.end()};
-}
+Buffer buffer(const std::string& from) { return {from.begin(), from.end()}; }
 
 Buffer noise(std::size_t length, unsigned seed)
 {
@@ -40,10 +37,7 @@ Buffer noise(std::size_t length, unsigned seed)
     return out;
 }
 
-std::string text(const Buffer& from)
-{
-    return {from.begin(), from.end()};
-}
+std::string text(const Buffer& from) { return {from.begin(), from.end()}; }
 
 Buffer scheduleOf(const Buffer& key)
 {

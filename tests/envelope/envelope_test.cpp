@@ -30,10 +30,7 @@ EVP_PKEY* rsaKey(unsigned bits)
 }
 
 // The octets of the key's BIT STRING.
-std::string publicKey(unsigned bits)
-{
-    return encoded(i2d_PublicKey, rsaKey(bits));
-}
+std::string publicKey(unsigned bits) { return encoded(i2d_PublicKey, rsaKey(bits)); }
 
 std::string certificateOf(const std::string& algorithm, const std::string& key, const std::string& extensions = forEncryption,
                           const std::string& serial = "2A")
@@ -51,10 +48,7 @@ std::string holder(unsigned bits, const std::string& extensions = forEncryption)
     return certificateOf(rsa, publicKey(bits), extensions);
 }
 
-std::string inContentInfo(const std::string& enveloped)
-{
-    return der("30{06{2A864886F70D010703} A0{" + hex(enveloped) + "}}");
-}
+std::string inContentInfo(const std::string& enveloped) { return der("30{06{2A864886F70D010703} A0{" + hex(enveloped) + "}}"); }
 
 // The content of a ContentInfo, as the holder of the key reads it; "closed" when the message does not open.
 std::string opened(const std::string& message, const std::string& cert, unsigned bits)

@@ -50,10 +50,7 @@ std::string pkcs12(const std::string& secret, const std::string& salt, int id, i
 
 // ---- blobs ----
 
-std::string octets(const std::string& value)
-{
-    return "04{" + hex(value) + "}";
-}
+std::string octets(const std::string& value) { return "04{" + hex(value) + "}"; }
 
 std::string blob(const std::string& algorithm, const std::string& keyAndIv, const std::string& plain = key)
 {

@@ -11,10 +11,7 @@ using namespace test;
 
 namespace {
 
-template <class Record> std::string written(Record& record)
-{
-    return hex(bytes(record.toASN1Object()));
-}
+template <class Record> std::string written(Record& record) { return hex(bytes(record.toASN1Object())); }
 
 void makeRecipient(RRecipientInfo& recipient, const std::string& keyId, const std::string& key)
 {

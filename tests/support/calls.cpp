@@ -126,10 +126,7 @@ const std::map<std::string, Function> functions = FUNCTIONS(
     VRNO_MEDIA_CARD_ReadCert, VRNO_MEDIA_CARD_ReadPriKey, chain);
 #undef FUNCTIONS
 
-std::string nameOf(const std::string& line)
-{
-    return line.substr(0, line.find(' '));
-}
+std::string nameOf(const std::string& line) { return line.substr(0, line.find(' ')); }
 
 } // namespace
 
@@ -141,10 +138,7 @@ Result call(VRNO_API_CTX* context, const std::string& line, const Values& values
     return {code, arguments.outputs(code)};
 }
 
-Result getText(VRNO_API_CTX* context, const std::string& name)
-{
-    return call(context, "VRNO_CERT_" + name + " 65536 out");
-}
+Result getText(VRNO_API_CTX* context, const std::string& name) { return call(context, "VRNO_CERT_" + name + " 65536 out"); }
 
 std::string field(const Context& context, const std::string& name)
 {

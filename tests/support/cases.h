@@ -31,10 +31,7 @@ template <class T> std::map<std::string, T> byName(const char* names, std::initi
 }
 
 // What an object tells of its last failure.
-template <class Object> std::string trail(const Object& object)
-{
-    return object.getErrorTrail().getText();
-}
+template <class Object> std::string trail(const Object& object) { return object.getErrorTrail().getText(); }
 // All frames of a trail and the text behind them, without their places: "A::f-x(1),B::g-y(2),text".
 std::string placeless(const std::string& trail);
 // The outermost frame without its place, as in "RValidity::fromASN1Object-asnSeq(2)".

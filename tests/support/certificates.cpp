@@ -16,10 +16,7 @@ std::string certificateWith(const std::string& extensionOid, const std::string& 
     return certificate({.extensions = "A3{30{30{06{" + extensionOid + "} 04{" + value + "}}}}"});
 }
 
-static std::string extension(const std::string& oid, const std::string& value)
-{
-    return "30{06{" + oid + "} 04{" + value + "}}";
-}
+static std::string extension(const std::string& oid, const std::string& value) { return "30{06{" + oid + "} 04{" + value + "}}"; }
 
 static std::string allExtensions()
 {

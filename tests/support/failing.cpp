@@ -87,39 +87,18 @@ void __wrap_free(void* block)
 }
 }
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept
-{
-    return std::malloc(size ? size : 1);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
-{
-    return std::malloc(size ? size : 1);
-}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size ? size : 1); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size ? size : 1); }
 void* operator new(std::size_t size)
 {
     if (void* const block = __real_malloc(size ? size : 1)) return block;
     throw std::bad_alloc();
 }
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete[](void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
-void operator delete[](void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
+void* operator new[](std::size_t size) { return operator new(size); }
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete[](void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 namespace test {
 
@@ -132,40 +111,19 @@ FailingAllocation::FailingAllocation(long number, bool onward)
     watching = true;
 }
 
-FailingAllocation::~FailingAllocation()
-{
-    watching = false;
-}
+FailingAllocation::~FailingAllocation() { watching = false; }
 
-long FailingAllocation::count()
-{
-    return counted;
-}
+long FailingAllocation::count() { return counted; }
 
-NoRandomBytes::NoRandomBytes()
-{
-    givesNoRandomBytes = true;
-}
+NoRandomBytes::NoRandomBytes() { givesNoRandomBytes = true; }
 
-NoRandomBytes::~NoRandomBytes()
-{
-    givesNoRandomBytes = false;
-}
+NoRandomBytes::~NoRandomBytes() { givesNoRandomBytes = false; }
 
-HeapWatch::HeapWatch()
-{
-    watch = this;
-}
+HeapWatch::HeapWatch() { watch = this; }
 
-HeapWatch::~HeapWatch()
-{
-    watch = nullptr;
-}
+HeapWatch::~HeapWatch() { watch = nullptr; }
 
-void HeapWatch::take(void* block, std::size_t size)
-{
-    m_blocks[block] = size;
-}
+void HeapWatch::take(void* block, std::size_t size) { m_blocks[block] = size; }
 
 std::size_t HeapWatch::give(void* block)
 {
@@ -177,9 +135,6 @@ std::size_t HeapWatch::give(void* block)
     return size;
 }
 
-std::size_t FailingAllocation::size()
-{
-    return countedBytes;
-}
+std::size_t FailingAllocation::size() { return countedBytes; }
 
 } // namespace test

@@ -4,11 +4,5 @@
 // other threads behind.
 extern "C" const char* __tsan_default_suppressions();
 extern "C" const char* __tsan_default_options();
-extern "C" const char* __tsan_default_options()
-{
-    return "report_thread_leaks=0";
-}
-extern "C" const char* __tsan_default_suppressions()
-{
-    return "race:tzset_internal\n";
-}
+extern "C" const char* __tsan_default_options() { return "report_thread_leaks=0"; }
+extern "C" const char* __tsan_default_suppressions() { return "race:tzset_internal\n"; }
