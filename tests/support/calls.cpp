@@ -168,7 +168,7 @@ Values goodValues()
                     {"key", readFile(SAMPLES "/hong.key")},
                     {"certFile", SAMPLES "/hong.der"},
                     {"library", STORAGE_LIBRARY},
-                    {"password", "a password of 24 letters"}};
+                    {"password", "quince/cabbage/slat/1984"}};
         made["blob"] = call(Context(), "VRNO_PRIKEY_Encrypt 48 password key out", made).output;
         return made;
     }();

@@ -1,11 +1,14 @@
-// What fails on demand: the linker sends malloc, calloc, realloc and getrandom here, and operator new is ours.
+// What fails on demand: the linker sends malloc, calloc, realloc, free and getrandom here, and operator new is ours.
 #include "support/failing.h"
 
 #include <sys/types.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -22,9 +25,26 @@ bool refuses(std::size_t size)
     return counted == failing || (failsOnward && counted > failing);
 }
 
-} // namespace
+thread_local bool givesNoRandomBytes = false;
 
-static thread_local bool givesNoRandomBytes = false;
+thread_local test::HeapWatch* watch = nullptr;
+
+// What the watch itself does with the heap is not seen.
+template <class Step> void tell(Step step)
+{
+    if (test::HeapWatch* const told = std::exchange(watch, nullptr)) {
+        step(*told);
+        watch = told;
+    }
+}
+
+void* taken(void* block, std::size_t size)
+{
+    if (block) tell([=](test::HeapWatch& heap) { heap.take(block, size); });
+    return block;
+}
+
+} // namespace
 
 extern "C" {
 ssize_t __real_getrandom(void* out, std::size_t length, unsigned flags);
@@ -37,9 +57,34 @@ ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* block, std::size_t size);
-void* __wrap_malloc(std::size_t size) { return refuses(size) ? nullptr : __real_malloc(size); }
-void* __wrap_calloc(std::size_t count, std::size_t size) { return refuses(count * size) ? nullptr : __real_calloc(count, size); }
-void* __wrap_realloc(void* block, std::size_t size) { return refuses(size) ? nullptr : __real_realloc(block, size); }
+void __real_free(void* block);
+void* __wrap_malloc(std::size_t size)
+{
+    void* const block = refuses(size) ? nullptr : __real_malloc(size);
+    if (block && watch) std::memset(block, 0xA5, size); // nothing is left in it of who had it before
+    return taken(block, size);
+}
+void* __wrap_calloc(std::size_t count, std::size_t size)
+{
+    return refuses(count * size) ? nullptr : taken(__real_calloc(count, size), count * size);
+}
+void* __wrap_realloc(void* block, std::size_t size)
+{
+    if (refuses(size)) return nullptr;
+    tell([&](test::HeapWatch& heap) { // as if it never grew in place
+        void* const grown = std::memset(__real_malloc(size), 0xA5, size);
+        if (block) std::memcpy(grown, block, std::min(heap.give(block), size));
+        __real_free(block);
+        heap.take(grown, size);
+        block = grown;
+    });
+    return watch ? block : __real_realloc(block, size);
+}
+void __wrap_free(void* block)
+{
+    tell([=](test::HeapWatch& heap) { heap.give(block); });
+    __real_free(block);
+}
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size ? size : 1); }
@@ -73,6 +118,22 @@ long FailingAllocation::count() { return counted; }
 NoRandomBytes::NoRandomBytes() { givesNoRandomBytes = true; }
 
 NoRandomBytes::~NoRandomBytes() { givesNoRandomBytes = false; }
+
+HeapWatch::HeapWatch() { watch = this; }
+
+HeapWatch::~HeapWatch() { watch = nullptr; }
+
+void HeapWatch::take(void* block, std::size_t size) { m_blocks[block] = size; }
+
+std::size_t HeapWatch::give(void* block)
+{
+    const auto found = m_blocks.find(block);
+    if (found == m_blocks.end()) return 0;
+    const std::size_t size = found->second;
+    m_freed.emplace_back(static_cast<const char*>(block), size);
+    m_blocks.erase(found);
+    return size;
+}
 
 std::size_t FailingAllocation::size() { return countedBytes; }
 

@@ -1,7 +1,11 @@
-// Allocations and random bytes that fail on demand.
+// Allocations and random bytes that fail on demand, and what lies in memory that was freed.
 #pragma once
 
 #include <cstddef>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace test {
 
@@ -15,6 +19,24 @@ public:
     FailingAllocation& operator=(const FailingAllocation&) = delete;
     static long count();       // so far
     static std::size_t size(); // their bytes
+};
+
+// Keeps what the blocks held that the library allocates and frees while the object lives, on its thread.
+class HeapWatch {
+public:
+    HeapWatch();
+    ~HeapWatch();
+    HeapWatch(const HeapWatch&) = delete;
+    HeapWatch& operator=(const HeapWatch&) = delete;
+    std::size_t live() const { return m_blocks.size(); }
+    std::vector<std::string> freed() { return std::exchange(m_freed, {}); } // since the last time
+
+    void take(void* block, std::size_t size);
+    std::size_t give(void* block); // its size; 0 for one that is not known
+
+private:
+    std::unordered_map<void*, std::size_t> m_blocks;
+    std::vector<std::string> m_freed;
 };
 
 // While an object lives, the system gives no random bytes.

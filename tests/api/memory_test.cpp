@@ -1,0 +1,191 @@
+// Memory that runs out, and memory that is freed.
+#include "support/bytes.h"
+#include "support/calls.h"
+#include "support/certificates.h"
+#include "support/failing.h"
+#include "support/folder.h"
+#include "support/openssl.h"
+
+#include <bitset>
+#include <cstdint>
+#include <cstring>
+#include <set>
+#include <unordered_map>
+
+using namespace test;
+
+namespace {
+
+// A session's input with the files that it names.
+class Input : public Values {
+public:
+    Input() : Values(goodValues())
+    {
+        operator[]("blobFile") = m_card.put("0020.item", at("blob"));
+        m_card.put("0010.item", at("cert"));
+        m_card.put("0030.item", "random value");
+    }
+
+private:
+    Card m_card;
+};
+
+// Makes each allocation of the step fail in turn, alone and with all behind it; the context must go on to serve the step.
+// What came of it beside 1002 and the whole result, which needs no memory for what is empty, as "1500 3 times ".
+std::string withoutMemory(const Step& step, VRNO_API_CTX* context, const Values& values, const Result& well)
+{
+    const auto made = [&](long number, bool onward) {
+        if (step.line.starts_with("VRNO_MEDIA_Load")) VRNO_MEDIA_Unload(context); // it takes one library
+        const FailingAllocation fails(number, onward);
+        return make(step, context, values);
+    };
+    EXPECT_EQ(made(0, false), well);
+    const long total = FailingAllocation::count();
+    std::map<int, int> codes;
+    for (long number = 1; number <= 2 * total; ++number) {
+        const Result result = made((number + 1) / 2, number % 2 == 0);
+        if (result.code != VRNO_ERR_MEMORY && result != well) ++codes[result.code];
+        EXPECT_EQ(made(0, false), well) << "after allocation " << number;
+    }
+    std::string text;
+    for (const auto& [code, times] : codes) text += std::to_string(code) + " " + std::to_string(times) + " times ";
+    return text;
+}
+
+// Secrets by name.
+using Secrets = Values;
+
+// The password, and the numbers of the RSA private key in both orders of their octets.
+Secrets secretsOf(const Values& input)
+{
+    Secrets secrets{{"password", input.at("password")}};
+    const std::string& info = input.at("key");
+    const unsigned char* from = at(info);
+    const std::unique_ptr<EVP_PKEY, Freed> key(d2i_AutoPrivateKey(nullptr, &from, static_cast<long>(info.size())));
+    for (const char* const name : {"d", "rsa-factor1", "rsa-factor2", "rsa-exponent1", "rsa-exponent2", "rsa-coefficient1"}) {
+        BIGNUM* number = nullptr;
+        EXPECT_EQ(EVP_PKEY_get_bn_param(key.get(), name, &number), 1);
+        std::string octets(static_cast<std::size_t>(BN_num_bytes(number)), '\0');
+        BN_bn2bin(number, reinterpret_cast<unsigned char*>(octets.data()));
+        BN_clear_free(number);
+        secrets[name] = octets;
+        secrets[name + std::string(" from its end")] = {octets.rbegin(), octets.rend()};
+    }
+    return secrets;
+}
+
+// Which secrets have eight octets in a row in freed blocks, and in how many, as "d in 3 blocks ".
+std::string found(const std::vector<std::string>& freed, const Secrets& secrets)
+{
+    using Window = std::uint64_t;
+    const auto windowAt = [](const std::string& octets, std::size_t i) {
+        Window window = 0;
+        std::memcpy(&window, octets.data() + i, sizeof window);
+        return window;
+    };
+    std::unordered_map<Window, std::string> windows;
+    std::bitset<0x10000> starts; // whether any begins with these two octets
+    for (const auto& [name, octets] : secrets) {
+        for (std::size_t i = 0; i + sizeof(Window) <= octets.size(); ++i) {
+            windows[windowAt(octets, i)] = name;
+            starts.set(windowAt(octets, i) & 0xFFFF);
+        }
+    }
+    std::map<std::string, int> blocks;
+    for (const std::string& block : freed) {
+        std::set<std::string> here;
+        for (std::size_t i = 0; i + sizeof(Window) <= block.size(); ++i) {
+            const Window window = windowAt(block, i);
+            if (starts[window & 0xFFFF] && windows.contains(window)) here.insert(windows.at(window));
+        }
+        for (const std::string& name : here) ++blocks[name];
+    }
+    std::string text;
+    for (const auto& [name, count] : blocks) text += name + " in " + std::to_string(count) + " blocks ";
+    return text;
+}
+
+// A protected key as `password` opens it, with anything for a plaintext.
+std::string protectedUnder(const std::string& password, const std::string& plaintext)
+{
+    unsigned char derived[32];
+    PKCS5_PBKDF2_HMAC_SHA1(password.data(), static_cast<int>(password.size()), reinterpret_cast<const unsigned char*>("salt"), 4, 5,
+                           sizeof derived, derived);
+    const std::string scheme = "30{06{2A831A8C9A440104} 04{" + hex(text(derived + 16, 16)) + "}}";
+    const std::string derivation = "30{06{2A864886F70D01050C} 30{04{\"salt\"} 020105}}";
+    return der("30{30{06{2A864886F70D01050D} 30{" + derivation + scheme + "}} 04{" +
+               hex(seedByOpenssl(text(derived, 16), text(derived + 16, 16), plaintext, true)) + "}}");
+}
+
+} // namespace
+
+TEST(Memory, RunsOutWith1002AndLeavesNoLeakAndNoSecret)
+{
+    Input input;
+    const Secrets secrets = secretsOf(input);
+    for (const std::string& certificate : {input["cert"], everyExtension}) {
+        input["cert"] = certificate;
+        HeapWatch heap;
+        {
+            Context context;
+            for (const Step& step : session()) {
+                SCOPED_TRACE(step.line);
+                const Result well = make(step, context, input);
+                if (well.code == 0) { EXPECT_EQ(withoutMemory(step, context, input, well), ""); } // else no such extension
+                EXPECT_EQ(found(heap.freed(), secrets), "");
+                if (!well.output.empty()) input["last"] = well.output;
+            }
+        }
+        EXPECT_EQ(heap.live(), 0U);
+    }
+}
+
+TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
+{
+    Input input;
+    Secrets secrets = secretsOf(input);
+    secrets["wrong password"] = input["wrongPassword"] = "another:phrase:by:a:stranger";
+    secrets["plaintext"] = "[some+text+that+no+message+has]";
+    input["noKey"] = protectedUnder(input["password"], secrets["plaintext"]);
+    input["longer"] = protectedUnder(input["password"], input["key"] + "and more");
+    const std::pair<const char*, int> table[] = {
+        {"VRNO_PRIKEY_Encrypt 48 password key out", 0},
+        {"VRNO_PRIKEY_Decrypt password blob out", 0},
+        {"VRNO_PRIKEY_Decrypt wrongPassword blob out", 2004},
+        {"VRNO_PRIKEY_Decrypt password noKey out", 2004},
+        {"VRNO_PRIKEY_Decrypt password longer out", 0},
+        {"VRNO_PRIKEY_CheckKeyPair cert key", 0},
+        {"VRNO_PRIKEY_CheckKeyPair data key", 2003},
+        {"VRNO_MEDIA_DISK_ReadPriKey blobFile password out", 0},
+        {"VRNO_MEDIA_DISK_ReadPriKey blobFile wrongPassword out", 2004},
+        {"VRNO_MEDIA_CARD_ReadPriKey 1 1234 password out", 0},
+        {"VRNO_MEDIA_CARD_ReadPriKey 1 1234 wrongPassword out", 2004},
+    };
+    for (const auto& [line, code] : table) {
+        Context context;
+        EXPECT_EQ(VRNO_MEDIA_Load(context, STORAGE_LIBRARY), 0);
+        HeapWatch heap;
+        EXPECT_EQ(call(context, line, input).code, code) << line;
+        EXPECT_EQ(found(heap.freed(), secrets), "") << line;
+    }
+}
+
+TEST(FreedMemory, HoldsNoSessionKey)
+{
+    Input input;
+    for (const char* const line : {"VRNO_CRYPT_GenKeyAndIV 48", "VRNO_CRYPT_SetKeyAndIV 48 0123456789abcdef ABCDEFGHIJKLMNOP",
+                                   "VRNO_CMS_EncryptData 2 cert cert 48 out"}) {
+        HeapWatch heap;
+        Secrets secrets;
+        {
+            Context context;
+            call(context, line, input);
+            const std::string all = call(context, "VRNO_CRYPT_GetKeyAndIV out out out").output; // "48", key and IV
+            secrets["session key"] = all.substr(2, 16);
+            input["last"] = call(context, "VRNO_CRYPT_Encrypt cert out", input).output;
+            call(context, "VRNO_CRYPT_Decrypt last out", input);
+            call(context, "VRNO_CRYPT_GenKeyAndIV 48"); // in place of the old one
+        }
+        EXPECT_EQ(found(heap.freed(), secrets), "") << line;
+    }
+}
