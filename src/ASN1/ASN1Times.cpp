@@ -1,5 +1,6 @@
 #include "ASN1/ASN1Times.h"
 
+#include <array>
 #include <chrono>
 #include <climits>
 #include <cstdint>
@@ -62,6 +63,21 @@ bool toFields(int instant, Fields& t)
          second / 60 % 60,
          second % 60};
     return true;
+}
+
+// The fields as in a time value: YYMMDDHHMMSSZ, or with the year in full YYYYMMDDHHMMSSZ.
+int writeTime(const Fields& t, bool fullYear, ByteString& out)
+{
+    std::array<unsigned char, 15> text{};
+    auto end = text.begin();
+    const auto putTwo = [&end](int number) {
+        *end++ = static_cast<unsigned char>('0' + number / 10);
+        *end++ = static_cast<unsigned char>('0' + number % 10);
+    };
+    if (fullYear) putTwo(t.year / 100);
+    for (const int number : {t.year % 100, t.month, t.day, t.hour, t.minute, t.second}) putTwo(number);
+    *end++ = 'Z';
+    return out.setData(text.data(), static_cast<int>(end - text.begin()));
 }
 
 // What the checks of the two classes share: the fields of a text, and failures with the text in their message.
@@ -153,7 +169,7 @@ int ASN1UTCTime::setGMTTime(int time)
     m_GMTTime = time;
     Fields t;
     if (!toFields(time, t)) return fail(*this, 1, "m_GMTTime", formatted(beforeEpochMessage, time));
-    return valueSet(m_bsValue.format("%02d%02d%02d%02d%02d%02dZ", t.year % 100, t.month, t.day, t.hour, t.minute, t.second));
+    return valueSet(writeTime(t, false, m_bsValue));
 }
 
 // ---- GeneralizedTime ----
@@ -196,7 +212,7 @@ int ASN1GeneralizedTime::setGMTTime(int time, int fraction)
     m_nFraction = fraction;
     Fields t;
     if (!toFields(time, t)) return fail(*this, 1, "m_GMTTime", formatted(beforeEpochMessage, time));
-    return valueSet(m_bsValue.format("%04d%02d%02d%02d%02d%02dZ", t.year, t.month, t.day, t.hour, t.minute, t.second));
+    return valueSet(writeTime(t, true, m_bsValue));
 }
 
 } // namespace vrno

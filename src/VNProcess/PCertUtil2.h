@@ -19,7 +19,7 @@ public:
     int setCertificate(ByteString& cert);
 
     // 0 for version 1. A certificate must be set.
-    int getVersion() const { return m_pTBSCert->getVersion(); }
+    int getVersion() const { return tbs().getVersion(); }
     // The content octets, without a first octet 0x00 or 0xFF if others follow.
     ByteString& getSerialNo();
     // The signature field of the TBS part, as text with blanks.
@@ -51,7 +51,9 @@ private:
     ByteString& nameText(RRDNSequence& name, Here at = Here::now());
     ByteString& findExtension(RExtensions& extensions, const char* oid, Here at = Here::now());
 
-    std::unique_ptr<RTBSCertificate> m_pTBSCert;
+    RTBSCertificate& tbs() const { return m_pCertificate->getTBSCertificate(); } // if a certificate is set
+
+    std::unique_ptr<RCertificate> m_pCertificate; // of which only the TBS part is used
     ByteString m_bsSignature;
 };
 

@@ -1,5 +1,7 @@
 #include "ASN1Pkix/records/RCertificate.h"
 
+#include <new>
+
 namespace vrno {
 
 // ---- Validity ----
@@ -57,6 +59,34 @@ ByteString& RExtension::getValue()
 {
     m_nLastError = 0;
     return m_extnValue.getValue();
+}
+
+// ---- Extensions ----
+
+int RExtensions::fromASN1Object(ByteString& data)
+{
+    m_identifiers.reset();
+    m_knownCount = 0;
+    return RSequenceOf::fromASN1Object(data);
+}
+
+int RExtensions::find(const char* oid, RExtension& ext)
+{
+    const int count = getCount();
+    if (!m_identifiers) m_identifiers.reset(new (std::nothrow) ByteString[static_cast<std::size_t>(count)]);
+    if (!m_identifiers) return failMemory(ext, 2, "m_identifiers");
+    for (int i = 0; i < count; ++i) {
+        ByteString& known = m_identifiers[static_cast<std::size_t>(i)];
+        if (i < m_knownCount && known != oid) continue;
+        if (ext.fromASN1Object(get(i)) > 0) return 2;
+        if (i == m_knownCount) {
+            known = ext.getExtensionID(); // empty if malformed, so it is a different one
+            if (known.isOutOfMemory()) return failMemory(ext, 2, "m_extnID");
+            ++m_knownCount;
+        }
+        if (known == oid) return 0;
+    }
+    return 1;
 }
 
 // ---- TBSCertificate ----

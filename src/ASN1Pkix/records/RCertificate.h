@@ -9,6 +9,8 @@
 #include "ASN1Pkix/records/RNames.h"
 #include "ASN1Pkix/records/RTime.h"
 
+#include <memory>
+
 namespace vrno {
 
 // Validity (4.1.2.5).
@@ -67,6 +69,15 @@ public:
 class RExtensions : public RSequenceOf<RExtensions> {
 public:
     static constexpr const char* className = "RExtensions";
+
+    int fromASN1Object(ByteString& data);
+    // Decodes the first extension with this identifier ("2 5 29 15") into `ext`. 0, or 1: there is none; 2, with the trail in
+    // `ext`: one before it, or that one, does not decode. A search decodes nothing that an earlier one has found to be another.
+    int find(const char* oid, RExtension& ext);
+
+private:
+    std::unique_ptr<ByteString[]> m_identifiers; // one for each extension, filled up to m_knownCount
+    int m_knownCount = 0;
 };
 
 // TBSCertificate (4.1.2).
