@@ -25,7 +25,8 @@ bool refuses(std::size_t size)
     return counted == failing || (failsOnward && counted > failing);
 }
 
-thread_local bool givesNoRandomBytes = false;
+thread_local bool givesNoRandomBytes = false, hidesRandomDevice = false;
+thread_local std::function<int()>* readHook = nullptr;
 
 thread_local test::HeapWatch* watch = nullptr;
 
@@ -52,6 +53,21 @@ ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 {
     if (!givesNoRandomBytes) return __real_getrandom(out, length, flags);
     errno = ENOSYS;
+    return -1;
+}
+int __real_open(const char* path, int flags);
+int __wrap_open(const char* path, int flags)
+{
+    if (!givesNoRandomBytes || !hidesRandomDevice || std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
+    errno = ENOENT;
+    return -1;
+}
+ssize_t __real_read(int file, void* out, std::size_t length);
+ssize_t __wrap_read(int file, void* out, std::size_t length)
+{
+    const int error = readHook ? (*readHook)() : 0;
+    if (error == 0) return __real_read(file, out, length);
+    errno = error;
     return -1;
 }
 void* __real_malloc(std::size_t size);
@@ -115,9 +131,17 @@ FailingAllocation::~FailingAllocation() { watching = false; }
 
 long FailingAllocation::count() { return counted; }
 
-NoRandomBytes::NoRandomBytes() { givesNoRandomBytes = true; }
+NoRandomBytes::NoRandomBytes(bool fromDeviceEither)
+{
+    givesNoRandomBytes = true;
+    hidesRandomDevice = fromDeviceEither;
+}
 
 NoRandomBytes::~NoRandomBytes() { givesNoRandomBytes = false; }
+
+ReadHook::ReadHook(std::function<int()> hook) : m_hook(std::move(hook)) { readHook = &m_hook; }
+
+ReadHook::~ReadHook() { readHook = nullptr; }
 
 HeapWatch::HeapWatch() { watch = this; }
 

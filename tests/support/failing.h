@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -39,10 +40,23 @@ private:
     std::vector<std::string> m_freed;
 };
 
-// While an object lives, the system gives no random bytes.
+// Calls `hook` before each read of a file while an object lives, on its thread. A result above 0 is the error that the read
+// fails with.
+class ReadHook {
+public:
+    explicit ReadHook(std::function<int()> hook);
+    ~ReadHook();
+    ReadHook(const ReadHook&) = delete;
+    ReadHook& operator=(const ReadHook&) = delete;
+
+private:
+    std::function<int()> m_hook;
+};
+
+// While an object lives, the system has no call for random bytes, and no device either unless told otherwise.
 class NoRandomBytes {
 public:
-    NoRandomBytes();
+    explicit NoRandomBytes(bool fromDeviceEither = true);
     ~NoRandomBytes();
     NoRandomBytes(const NoRandomBytes&) = delete;
     NoRandomBytes& operator=(const NoRandomBytes&) = delete;
