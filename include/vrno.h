@@ -30,6 +30,8 @@
 #ifndef VRNO_H
 #define VRNO_H
 
+#include <stddef.h>
+
 #if defined(_WIN32)
 #if defined(VRNO_BUILDING)
 #define VRNO_API __declspec(dllexport)
@@ -122,6 +124,9 @@ typedef struct VRNO_OPAQUE_CERT VRNO_OPAQUE_CERT;
 typedef struct VRNO_OPAQUE_OBJECT VRNO_OPAQUE_OBJECT;
 #endif
 
+/* The records have one layout, whatever packing is in force where this header is included. */
+#pragma pack(push, 8)
+
 /* A context. VRNO_API_Init makes it, VRNO_API_Finish releases it. The caller keeps the pointer and does not use the fields.
  * Everything that a field points to belongs to the context. The reserved fields are not used. */
 typedef struct VRNO_API_CTX {
@@ -157,6 +162,20 @@ typedef struct VRNO_BINSTR {
     unsigned char* pData;
     unsigned int nLen; /* bytes at pData */
 } VRNO_BINSTR;
+
+#pragma pack(pop)
+
+/* Does not compile where a size or an offset is not that of the library, for pointers of 4 and of 8 bytes. */
+#define VRNO_LAYOUT(name, bytes, on32, on64) typedef char name[(bytes) == (sizeof(void*) == 8 ? (on64) : (on32)) ? 1 : -1]
+VRNO_LAYOUT(vrno_size_of_binstr, sizeof(VRNO_BINSTR), 8, 16);
+VRNO_LAYOUT(vrno_offset_of_length, offsetof(VRNO_BINSTR, nLen), 4, 8);
+VRNO_LAYOUT(vrno_size_of_context, sizeof(VRNO_API_CTX), 96, 160);
+VRNO_LAYOUT(vrno_offset_of_code, offsetof(VRNO_API_CTX, nErrCode), 12, 24);
+VRNO_LAYOUT(vrno_offset_of_flags, offsetof(VRNO_API_CTX, ucFlags), 16, 28);
+VRNO_LAYOUT(vrno_offset_of_mode, offsetof(VRNO_API_CTX, nSymMode), 24, 36);
+VRNO_LAYOUT(vrno_offset_of_key, offsetof(VRNO_API_CTX, pSessionKey), 48, 80);
+VRNO_LAYOUT(vrno_offset_of_last, offsetof(VRNO_API_CTX, pReservedObj5), 92, 152);
+#undef VRNO_LAYOUT
 
 /* ---- context ---- */
 
