@@ -87,7 +87,9 @@ FileError readFile(const char* path, FileBlock& out)
 // Whether the message of a failed dlopen says that the file of this name is missing.
 static bool saysMissing(const char* message, const char* name)
 {
-    return message && std::strncmp(message, name, std::strlen(name)) == 0 && std::strstr(message, std::strerror(ENOENT));
+    const std::size_t length = std::strlen(name); // a library that it depends on may be the missing one
+    return message && std::strncmp(message, name, length) == 0 && message[length] == ':' &&
+           std::strstr(message, std::strerror(ENOENT));
 }
 
 // dlopen has no error number. One of a path is found by opening the file; a bare name is looked for in the search path, which
@@ -97,7 +99,8 @@ static int loadError(const char* path, const char* message)
     if (!std::strchr(path, '/')) return saysMissing(message, path) ? ENOENT : ENOEXEC;
     const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (file.fd >= 0) return ENOEXEC;
-    return errno == EACCES ? EACCES : ENOENT;
+    if (errno == EACCES) return EACCES;
+    return errno == ENOENT || errno == ENOTDIR ? ENOENT : ENOEXEC;
 }
 
 void* loadLibrary(const char* path, int& error)
