@@ -237,7 +237,7 @@ TEST(Envelope, RefusedCertificatesKeepTheSessionKey)
     EXPECT_EQ(checkRecipientKeyUsage(call, Purpose::signing, cert), 3000);
     EXPECT_EQ(context.error(), "[F] 서명용 인증서가 아닙니다.");
     {
-        const NoRandomBytes none;
+        const RandomSource none(RandomSource::none);
         EXPECT_EQ(sealed(holder(1024), "content").code, 1500);
     }
 }

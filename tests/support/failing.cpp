@@ -25,7 +25,7 @@ bool refuses(std::size_t size)
     return counted == failing || (failsOnward && counted > failing);
 }
 
-thread_local bool givesNoRandomBytes = false, hidesRandomDevice = false;
+thread_local test::RandomSource::Kind randomSource = test::RandomSource::system;
 thread_local std::function<int()>* readHook = nullptr;
 
 thread_local test::HeapWatch* watch = nullptr;
@@ -51,14 +51,16 @@ extern "C" {
 ssize_t __real_getrandom(void* out, std::size_t length, unsigned flags);
 ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 {
-    if (!givesNoRandomBytes) return __real_getrandom(out, length, flags);
+    using test::RandomSource;
+    if (randomSource == RandomSource::system) return __real_getrandom(out, length, flags);
+    if (randomSource == RandomSource::alwaysTheSame) return static_cast<ssize_t>((std::memset(out, 'r', length), length));
     errno = ENOSYS;
     return -1;
 }
 int __real_open(const char* path, int flags);
 int __wrap_open(const char* path, int flags)
 {
-    if (!givesNoRandomBytes || !hidesRandomDevice || std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
+    if (randomSource != test::RandomSource::none || std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
     errno = ENOENT;
     return -1;
 }
@@ -131,13 +133,9 @@ FailingAllocation::~FailingAllocation() { watching = false; }
 
 long FailingAllocation::count() { return counted; }
 
-NoRandomBytes::NoRandomBytes(bool fromDeviceEither)
-{
-    givesNoRandomBytes = true;
-    hidesRandomDevice = fromDeviceEither;
-}
+RandomSource::RandomSource(Kind kind) { randomSource = kind; }
 
-NoRandomBytes::~NoRandomBytes() { givesNoRandomBytes = false; }
+RandomSource::~RandomSource() { randomSource = system; }
 
 ReadHook::ReadHook(std::function<int()> hook) : m_hook(std::move(hook)) { readHook = &m_hook; }
 

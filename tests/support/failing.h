@@ -53,13 +53,15 @@ private:
     std::function<int()> m_hook;
 };
 
-// While an object lives, the system has no call for random bytes, and no device either unless told otherwise.
-class NoRandomBytes {
+// Where the system's random bytes come from while an object lives, on its thread.
+class RandomSource {
 public:
-    explicit NoRandomBytes(bool fromDeviceEither = true);
-    ~NoRandomBytes();
-    NoRandomBytes(const NoRandomBytes&) = delete;
-    NoRandomBytes& operator=(const NoRandomBytes&) = delete;
+    enum Kind { system, device, none, alwaysTheSame }; // the device: there is no call for them
+
+    explicit RandomSource(Kind kind);
+    ~RandomSource();
+    RandomSource(const RandomSource&) = delete;
+    RandomSource& operator=(const RandomSource&) = delete;
 };
 
 } // namespace test
