@@ -7,6 +7,7 @@
 #include "engine/kcdsa/kcdsa.h"
 #include "engine/peer.h"
 #include "support/cases.h"
+#include "support/guarded.h"
 
 #include <memory>
 
@@ -195,9 +196,8 @@ TEST(Kcdsa, UselessKeysAreRefused)
     const Key& key = theKey();
     ZIRC_KcdsaKey read;
     for (std::size_t length = 0; length < key.privateBlob.size(); ++length) {
-        const std::unique_ptr<unsigned char[]> copy(new unsigned char[length]);
-        std::copy_n(key.privateBlob.begin(), length, copy.get());
-        EXPECT_LT(kcdsaReadPrivateKey(read, copy.get(), static_cast<int>(length)), 0);
+        const Guarded cut(key.privateBlob.substr(0, length));
+        EXPECT_LT(kcdsaReadPrivateKey(read, cut.data(), cut.size()), 0);
     }
     const auto number = [](const ZIRC_BN& n) {
         unsigned char out[700];

@@ -3,6 +3,7 @@
 #include "engine/frame/context.h"
 #include "engine/peer.h"
 #include "engine/rsa/rsa.h"
+#include "support/guarded.h"
 
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
@@ -194,10 +195,8 @@ TEST(Rsa, BadBlobsAreRefused)
     const Key& key = keyOf(512);
     ZIRC_RsaKey read;
     const auto reads = [&read](bool isPrivate, const std::string& blob) {
-        // In a block of its own, so that a sanitizer sees a read behind it.
-        const std::unique_ptr<unsigned char[]> copy(new unsigned char[blob.size()]);
-        std::copy(blob.begin(), blob.end(), copy.get());
-        return (isPrivate ? rsaReadPrivateKey : rsaReadPublicKey)(read, copy.get(), size(blob)) == 0;
+        const Guarded copy(blob);
+        return (isPrivate ? rsaReadPrivateKey : rsaReadPublicKey)(read, copy.data(), copy.size()) == 0;
     };
     EXPECT_TRUE(reads(false, key.publicBlob));
     EXPECT_TRUE(reads(true, key.privateBlob));
@@ -300,11 +299,11 @@ TEST(Rsa, APrivateExponentMayBeLongerThanTheModulus)
         BN_sub_word(q, 1);
         BN_mul(order, p, q, bnContext());
         for (const int length : {2049, 2112, 2113, 4800, 4801}) {
-            Peer longer;
+            Peer longer; // the largest of this length
             BN_set_bit(longer, length);
             BN_sub_word(longer, 1);
+            BN_sub(longer, longer, d);
             BN_div(longer, nullptr, longer, order, bnContext());
-            BN_sub_word(longer, 1);
             BN_mul(longer, longer, order, bnContext());
             BN_add(longer, longer, d);
             ASSERT_EQ(BN_num_bits(longer), length);
