@@ -6,8 +6,10 @@
  *  1. Result. Every function returns VRNO_OK (0) or one of the codes below. The comment of a function lists its codes. After
  *     a failure VRNO_API_GetErrInfo gives a text about it; the code cannot be asked for again.
  *  2. Threads. A context is used by one thread at a time. Different threads may use different contexts at the same time.
- *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code). All sizes and
- *     lengths are in bytes. A string that the certificate holds in UTF-8 or UCS-2 is converted: ASCII characters and the
+ *  3. Texts, in both directions, are NUL-terminated byte strings in code page 949 (Unified Hangul Code), but for passwords,
+ *     PINs and paths. A password or PIN is bytes. A path is in the system's own encoding: UTF-8 on Linux, the active code page on
+ *     Windows; it is passed to the system as it is, and stands so in texts of failures. All sizes and lengths are in bytes. A
+ *     string that the certificate holds in UTF-8 or UCS-2 is converted: ASCII characters and the
  *     11,172 Hangul syllables are kept, and anything else becomes "?", one for each octet of UTF-8 and one for each character
  *     of UCS-2. The octets of other string types are copied as they are. In a distinguished name a value ends at its first
  *     zero octet.
@@ -22,13 +24,23 @@
  *     the result with VRNO_BINSTR_Delete. A failure leaves an output record as it was; after 1002 it may be empty.
  *  7. Text getters are the functions with nBufLen, the size of the caller's buffer. They write the text and its NUL, and keep
  *     the bytes behind the NUL as they were. If both do not fit, the result is VRNO_ERR_BUFFER_TOO_SMALL (1005), nothing is
- *     written, and the text of the failure gives the size that is needed.
+ *     written, and the text of the failure gives the size that is needed, as the last number in it. A text of an extension may
+ *     hold zero octets: its length is that size less 1, which a call with nBufLen 0 and any pointer but null gives.
  *  8. Secrets. No function leaves a private key, a password, a session key or the plain text of a protected key in memory
  *     that it has released: such memory is overwritten with zeros first. A result belongs to the caller, and
  *     VRNO_BINSTR_Delete overwrites it.
+ *
+ * Limits. RSA keys have 1024 or 2048 bits, KCDSA keys 1024 bits; signatures use SHA-1. Dates are between 1970-01-01 00:00:00 and
+ * 2038-01-19 03:14:07 UTC. The one cipher is SEED. What a newer certificate gets:
+ *   - one that is valid beyond January 2038 does not load: 1500;
+ *   - one with another key (RSA of 3072 or 4096 bits, elliptic curves) loads, and all its fields and extensions can be read, but
+ *     VRNO_CMS_EncryptData gives 1500 and VRNO_PRIKEY_CheckKeyPair 2003;
+ *   - one signed with SHA-2 loads; its signature algorithm is given by its identifier alone.
  */
 #ifndef VRNO_H
 #define VRNO_H
+
+#include <stddef.h>
 
 #if defined(_WIN32)
 #if defined(VRNO_BUILDING)
@@ -122,6 +134,9 @@ typedef struct VRNO_OPAQUE_CERT VRNO_OPAQUE_CERT;
 typedef struct VRNO_OPAQUE_OBJECT VRNO_OPAQUE_OBJECT;
 #endif
 
+/* The records have one layout, whatever packing is in force where this header is included. */
+#pragma pack(push, 8)
+
 /* A context. VRNO_API_Init makes it, VRNO_API_Finish releases it. The caller keeps the pointer and does not use the fields.
  * Everything that a field points to belongs to the context. The reserved fields are not used. */
 typedef struct VRNO_API_CTX {
@@ -158,6 +173,20 @@ typedef struct VRNO_BINSTR {
     unsigned int nLen; /* bytes at pData */
 } VRNO_BINSTR;
 
+#pragma pack(pop)
+
+/* Does not compile where a size or an offset is not that of the library, for pointers of 4 and of 8 bytes. */
+#define VRNO_LAYOUT(name, bytes, on32, on64) typedef char name[(bytes) == (sizeof(void*) == 8 ? (on64) : (on32)) ? 1 : -1]
+VRNO_LAYOUT(vrno_size_of_binstr, sizeof(VRNO_BINSTR), 8, 16);
+VRNO_LAYOUT(vrno_offset_of_length, offsetof(VRNO_BINSTR, nLen), 4, 8);
+VRNO_LAYOUT(vrno_size_of_context, sizeof(VRNO_API_CTX), 96, 160);
+VRNO_LAYOUT(vrno_offset_of_code, offsetof(VRNO_API_CTX, nErrCode), 12, 24);
+VRNO_LAYOUT(vrno_offset_of_flags, offsetof(VRNO_API_CTX, ucFlags), 16, 28);
+VRNO_LAYOUT(vrno_offset_of_mode, offsetof(VRNO_API_CTX, nSymMode), 24, 36);
+VRNO_LAYOUT(vrno_offset_of_key, offsetof(VRNO_API_CTX, pSessionKey), 48, 80);
+VRNO_LAYOUT(vrno_offset_of_last, offsetof(VRNO_API_CTX, pReservedObj5), 92, 152);
+#undef VRNO_LAYOUT
+
 /* ---- context ---- */
 
 /* Makes a context and stores it in *ppCtx, which must hold null. ppCtx itself must be a valid address.
@@ -170,7 +199,8 @@ VRNO_API int VRNO_API_Init(VRNO_API_CTX** ppCtx, const char* pszPath);
  * key is overwritten before its memory is released. Always 0. ppCtx itself must be a valid address. */
 VRNO_API int VRNO_API_Finish(VRNO_API_CTX** ppCtx);
 
-/* Copies the text of the last failure into a buffer. The text stays stored, also when this function fails.
+/* Copies the text of the last failure into a buffer. The text stays stored, also when this function fails. A text has at most
+ * 2,047 bytes, so a buffer of 2048 bytes always suffices; one that would be longer is stored as an empty text.
  * nBufLen: size of the buffer pszErrInfo.
  * 0; 1001; 1004 pszErrInfo null; 1006 no text is stored; 1005 the buffer is too small: it then holds the beginning of the text
  * and a NUL, or is not written when nBufLen is below 1. */
@@ -185,8 +215,8 @@ VRNO_API int VRNO_BINSTR_Create(VRNO_BINSTR* pBinStr);
  * the library has set it. If pData is null, it does nothing. 0; 1004 pBinStr null. */
 VRNO_API int VRNO_BINSTR_Delete(VRNO_BINSTR* pBinStr);
 
-/* Replaces the data of a record by a copy of nLen bytes at pData. The old data is overwritten and released first, as by
- * VRNO_BINSTR_Delete, so pData must not point into it. With pData null or nLen 0 the record becomes empty.
+/* Replaces the data of a record by a copy of nLen bytes at pData, which may point into the old data. That is overwritten and
+ * released as by VRNO_BINSTR_Delete. With pData null or nLen 0 the record becomes empty.
  * 0; 1004 pBinStr null; 1002 with the record empty. */
 VRNO_API int VRNO_BINSTR_SetData(const unsigned char* pData, unsigned int nLen, VRNO_BINSTR* pBinStr);
 
@@ -261,7 +291,8 @@ VRNO_API int VRNO_CERT_GetSignature(VRNO_API_CTX* pCtx, int nBufLen, char* pszSi
  * text and its NUL, unless the text is empty. */
 VRNO_API int VRNO_CERT_GetKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* pszKeyUsage);
 
-/* "CA : TRUE" or "CA : FALSE", and for a path length constraint of 0 then ", PathLenConstraint : 0" (4.2.1.9). */
+/* "CA : TRUE" or "CA : FALSE", and for a path length constraint of 0 then ", PathLenConstraint : 0" (4.2.1.9). A constraint of
+ * -1, which no certificate should have, is not shown. */
 VRNO_API int VRNO_CERT_GetBasicConstraints(VRNO_API_CTX* pCtx, int nBufLen, char* pszBasicConstraints);
 
 /* The key identifier in lower-case hexadecimal, two digits an octet (4.2.1.2). */
@@ -270,7 +301,8 @@ VRNO_API int VRNO_CERT_GetSubKeyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszSKI
 /* Numbered policies with their qualifiers (4.2.1.4). The last line ends with CR LF, too. */
 VRNO_API int VRNO_CERT_GetCertPolicy(VRNO_API_CTX* pCtx, int nBufLen, char* pszCertPolicy);
 
-/* Only the identifiers of the policies, as "1 2 410 200004 5 2 1 2, 2 5 29 32 0". */
+/* Only the identifiers of the policies, as "1 2 410 200004 5 2 1 2, 2 5 29 32 0". An identifier from 2.48 on is shown otherwise
+ * here than by VRNO_CERT_GetCertPolicy, and by neither as it is written elsewhere. */
 VRNO_API int VRNO_CERT_GetCertPolicy_PolicyID(VRNO_API_CTX* pCtx, int nBufLen, char* pszPolicyID);
 
 /* One line for each purpose: a name such as "id-kp-serverAuth", or the identifier as "1 2 3" (4.2.1.12). */
@@ -282,7 +314,7 @@ VRNO_API int VRNO_CERT_GetExtKeyUsage(VRNO_API_CTX* pCtx, int nBufLen, char* psz
  *   - directoryName: a Korean label, and in the next line a tab and the name in the form of VRNO_CERT_GetSubjectName;
  *   - otherName: "Other Name:" and further lines. The identify data of the Korean PKI is given as the real name and the virtual
  *     identifier; a malformed virtual identifier is 1500. Other data under that type is given in lower-case hexadecimal. Any
- *     other type is given as the type and the value in hexadecimal. */
+ *     other type is given as the type and the value in hexadecimal; a type that cannot be read is empty. */
 VRNO_API int VRNO_CERT_GetSubjectAltName(VRNO_API_CTX* pCtx, int nBufLen, char* pszSubAltName);
 
 /* "KeyID=" and the key identifier, the names of the issuer below a Korean heading, "Certificate SerialNumber=" and the serial
@@ -320,7 +352,8 @@ VRNO_API int VRNO_CRYPT_GenKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm);
 VRNO_API int VRNO_CRYPT_SetKeyAndIV(VRNO_API_CTX* pCtx, int nAlgorithm, const VRNO_BINSTR* pKey, const VRNO_BINSTR* pIV);
 
 /* Gives the session key and IV as they were drawn or set. *pSymAlg becomes VRNO_SYM_SEED.
- * 0; 1001; 1004 pSymAlg, pKey or pIV null; 5004 no key is set; 5000 the key is of another algorithm; 1002. */
+ * 0; 1001; 1004 pSymAlg, pKey or pIV null; 5004 no key is set; 5000 the key is of another algorithm; 1002. A failure leaves all
+ * three as they were. */
 VRNO_API int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, VRNO_BINSTR* pIV);
 
 /* Encrypts or decrypts one message with the session key. Every call starts from the session IV, so equal messages give equal
@@ -371,7 +404,7 @@ VRNO_API int VRNO_PRIKEY_Encrypt(VRNO_API_CTX* pCtx, int nAlg, const char* pszPa
                                  VRNO_BINSTR* pEncPriKey);
 
 /* Opens a protected key. It reads what VRNO_PRIKEY_Encrypt writes, PBES2 and the older schemes of PKCS #5 with SEED, and PKCS #12
- * with SEED. The iteration count may be any number from 1 to 2^31 - 1; the time grows with it.
+ * with SEED; PBES2 with HMAC-SHA-1 alone. The iteration count may be any number from 1 to 2^31 - 1; the time grows with it.
  * 0; 1001; 1004 pszPassword null or empty, pEncPriKey not valid, pPriKey null; 1002; 2004 wrong password; 2001 the protected key is
  * malformed, its scheme is not supported, its iteration count is out of range, or its plain text is empty; the text says which.
  * 2004 is the code for all that a wrong password can cause: the decryption fails, also by the length of the data or of the IV, or
@@ -386,8 +419,8 @@ VRNO_API int VRNO_PRIKEY_CheckKeyPair(VRNO_API_CTX* pCtx, const VRNO_BINSTR* pCe
 
 /* ---- files ---- */
 
-/* These functions read a whole file. The path is passed to the system byte for byte. A file of more than 2^31 - 2 bytes cannot be
- * read. */
+/* These functions read a whole file, up to its end also where it grows meanwhile. A file of more than 2^31 - 2 bytes, or one that
+ * shrinks meanwhile, cannot be read. */
 
 /* Reads a file of any content.
  * 0; 1001; 1004 pszFilePath null or empty, pData null; 2500 the file cannot be read; 2502 the file is empty; 1002. */
@@ -413,14 +446,16 @@ VRNO_API int VRNO_MEDIA_DISK_ReadPriKey(VRNO_API_CTX* pCtx, const char* pszFileP
  * nItemCode is the code of the item, see below. pszPIN is the caller's text. On entry *pLength is the size of pBuffer; on success
  * the function has written the item there and its length to *pLength. pszMessage has 512 bytes for a NUL-terminated text about a
  * failure. The result is 0 for success; 256 or 0x80100069 when there is no card; 257 or 0x6300 to 0x63FF when the PIN is wrong;
- * any other value for any other failure. A *pLength outside 0 to the size of pBuffer is a failure, too.
+ * any other value for any other failure. A *pLength outside 0 to the size of pBuffer is a failure, too, with a text that says so.
  *
  * nDataType is a device plus a role. The device is 0 or 0x1000 to 0xB000 in steps of 0x1000; any other counts as 0. The role
  * is 1, 2, 16 or 32. The code of the item is the device or-ed with 0x10, 0x40, 0x01 or 0x04 for the certificate of that role, and
  * with 0x20, 0x50, 0x02 or 0x05 for its private key. An item has up to 2048 bytes. */
 
-/* Loads a storage library. A context has one at a time. The function that the library must export is looked for at each read.
- * 0; 1001; 1004 pszLibPath null or empty; 2509 one is already loaded; 2510 the system cannot load it, for whatever reason. */
+/* Loads a storage library. A context has one at a time. A name without a separator is looked for in the search path of the system.
+ * The function that the library must export is looked for at each read.
+ * 0; 1001; 1004 pszLibPath null or empty; 2509 one is already loaded; 2510 the system cannot load it. The text of 2510 ends with
+ * the system's error number; on POSIX 2 the file is missing, 13 it may not be read, 8 it is no library that can be loaded. */
 VRNO_API int VRNO_MEDIA_Load(VRNO_API_CTX* pCtx, const char* pszLibPath);
 
 /* Unloads the storage library. If none is loaded, it does nothing. VRNO_API_Finish unloads it, too.

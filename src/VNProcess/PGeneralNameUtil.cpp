@@ -78,8 +78,8 @@ int PGeneralNameUtil::parseOtherName(ByteString& otherName, ByteString& text)
     ASN1Object asnObj;
     ByteString wrapper = asSequence(anotherName.getValue());
     if (asnObj.fromASN1Object(wrapper) > 0) return fail(*this, 2, "asnObj", asnObj);
-    const ByteString& typeId = anotherName.getTypeId();
-    if (anotherName.getLastError() > 0) return fail(*this, 5, "anotherName", anotherName);
+    const ByteString& typeId = anotherName.getTypeId(); // empty for one that cannot be read
+    if (anotherName.outOfMemory()) return fail(*this, 5, "anotherName", anotherName);
     TextBuilder out;
     if (const int code = addOtherName(typeId, asnObj.getValue(), out)) return code;
     return finish(*this, out, text);

@@ -31,8 +31,8 @@ public:
     int parseGeneralName(ByteString& generalName, unsigned char* choice, ByteString& label, ByteString& value);
 
     // Lines that begin with five blanks. 0, or 1: it does not decode; 2: its value does not decode; 3: the VID in the identify
-    // data does not decode; 4: a part of the VID cannot be read; 5: the type cannot be read. A value that is not the identify data
-    // that its type promises is shown in hexadecimal.
+    // data does not decode; 4: a part of the VID cannot be read; 5: allocation failure. A type that cannot be read is shown as an empty
+    // text. A value that is not the identify data that its type promises is shown in hexadecimal.
     int parseOtherName(ByteString& otherName, ByteString& text);
 
     // These forms are not supported: always 1.

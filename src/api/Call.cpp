@@ -181,6 +181,7 @@ int Call::deliver(const ByteString& data, const RecordOut& out)
 
 int Call::handOver(ByteString& data, VRNO_BINSTR* out)
 {
+    if (m_code == 0 && data.isOutOfMemory()) noMemory();
     if (m_code != 0) return m_code;
     VRNO_BINSTR_Delete(out);
     if (data.getLength() == 0) return 0;

@@ -28,13 +28,15 @@ int VRNO_BINSTR_Delete(VRNO_BINSTR* pBinStr)
 int VRNO_BINSTR_SetData(const unsigned char* pData, unsigned int nLen, VRNO_BINSTR* pBinStr)
 {
     if (!pBinStr) return VRNO_ERR_ARGUMENT;
-    VRNO_BINSTR_Delete(pBinStr);
-    if (!pData || !nLen) return 0;
     const std::uint64_t size = std::uint64_t{nLen} + 1;
-    pBinStr->pData = size <= SIZE_MAX ? static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(size))) : nullptr;
-    if (!pBinStr->pData) return VRNO_ERR_MEMORY;
-    std::memcpy(pBinStr->pData, pData, nLen);
-    pBinStr->pData[nLen] = 0;
-    pBinStr->nLen = nLen;
+    const bool isEmpty = !pData || !nLen;
+    unsigned char* block = nullptr;
+    if (!isEmpty && size <= SIZE_MAX) block = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(size)));
+    if (block) std::memcpy(block, pData, nLen); // before the old block is released: pData may lie in it
+    VRNO_BINSTR_Delete(pBinStr);
+    if (isEmpty) return 0;
+    if (!block) return VRNO_ERR_MEMORY;
+    block[nLen] = 0;
+    *pBinStr = {block, nLen};
     return 0;
 }

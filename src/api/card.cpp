@@ -4,6 +4,8 @@
 #include "base/wipe.h"
 #include "platform/platform.h"
 
+#include <cstdio>
+
 using namespace vrno;
 
 // ---- the library ----
@@ -130,7 +132,7 @@ int failRead(Call& call, const ItemKind& kind, int result, const char* detail)
     return call.dynamic(kind.failure, kind.message, readFunctionName, result, detail);
 }
 
-// Reads one item. A length outside the buffer is a failure, too.
+// Reads one item. A length outside the buffer is a failure, too, which the storage library's message does not explain.
 int readItem(Call& call, const ItemKind& kind, const ItemSource& source, const char* pin, ByteString& out)
 {
     SecretArea<maxCapacity> buffer;
@@ -138,7 +140,11 @@ int readItem(Call& call, const ItemKind& kind, const ItemSource& source, const c
     int length = kind.capacity;
     const int result = source.read(source.itemCode, pin, buffer.bytes, &length, message);
     message[sizeof message - 1] = '\0';
-    if (result != 0 || length < 0 || length > kind.capacity) return failRead(call, kind, result, message);
+    if (result != 0) return failRead(call, kind, result, message);
+    if (length < 0 || length > kind.capacity) {
+        std::snprintf(message, sizeof message, "The length %d is not in the range 0 to %d.", length, kind.capacity);
+        return failRead(call, kind, result, message);
+    }
     return out.setData(buffer.bytes, length) == 0 ? 0 : call.noMemory("item");
 }
 

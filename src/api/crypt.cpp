@@ -79,9 +79,18 @@ int VRNO_CRYPT_GetKeyAndIV(VRNO_API_CTX* pCtx, int* pSymAlg, VRNO_BINSTR* pKey, 
     Call call(pCtx);
     if (!call.output(NAMED(pSymAlg)).output(NAMED(pKey)).output(NAMED(pIV)).keySet()) return call.code();
     if (!call.supported(pCtx->nSymAlg == vnSeed)) return call.code();
+    VRNO_BINSTR key{}, iv{}; // the outputs change when both are there
+    call.deliver(*pCtx->pSessionKey, RecordOut{&key, "key"});
+    if (call.deliver(*pCtx->pSessionIv, RecordOut{&iv, "iv"}) > 0) {
+        VRNO_BINSTR_Delete(&key);
+        return call.code();
+    }
     *pSymAlg = VRNO_SYM_SEED;
-    call.deliver(*pCtx->pSessionKey, RecordOut{pKey, "key"});
-    return call.deliver(*pCtx->pSessionIv, RecordOut{pIV, "iv"});
+    VRNO_BINSTR_Delete(pKey);
+    *pKey = key;
+    VRNO_BINSTR_Delete(pIV);
+    *pIV = iv;
+    return 0;
 }
 
 // ---- the cipher ----

@@ -36,28 +36,27 @@ int failMemory(ByteString& out)
 
 } // namespace
 
-int base64Encode(ByteString& in, ByteString& out)
+int base64Encode(Octets in, ByteString& out)
 {
-    const Octets octets = in.octets();
-    if (octets.empty()) {
+    if (in.empty()) {
         out.clear();
         return 0;
     }
-    const std::uint64_t length = (std::uint64_t{octets.size()} + 2) / 3 * 4;
+    const std::uint64_t length = (std::uint64_t{in.size()} + 2) / 3 * 4;
     if (length >= INT_MAX) return 1;
     ByteString text;
     unsigned char* to = text.makeRoom(static_cast<int>(length));
     if (!to) return failMemory(out);
     std::size_t at = 0;
-    for (; octets.size() - at >= 3; at += 3, to += 4) encodeGroup(&octets[at], 3, to);
-    if (at < octets.size()) encodeGroup(&octets[at], octets.size() - at, to);
+    for (; in.size() - at >= 3; at += 3, to += 4) encodeGroup(&in[at], 3, to);
+    if (at < in.size()) encodeGroup(&in[at], in.size() - at, to);
     out.swap(text);
     return 0;
 }
 
-int base64Decode(ByteString& in, ByteString& out)
+int base64Decode(Octets in, ByteString& out)
 {
-    Octets text = in.octets();
+    Octets text = in;
     if (text.size() % 4 != 0) return 1;
     for (int padding = 0; padding < 2 && !text.empty() && text.back() == '='; ++padding) text = text.first(text.size() - 1);
     if (text.empty()) {

@@ -1,15 +1,15 @@
 // All that the library needs of an operating system. No other folder calls the system.
 //
-// Texts are passed to the system byte for byte. Nothing here throws. Only `Mutex` has state.
+// Texts are passed to the system byte for byte. Nothing here throws.
 #pragma once
 
 #include "platform/wipe.h"
 
-#include <atomic>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 namespace vrno::platform {
@@ -26,7 +26,7 @@ enum class FileError : int {
     truncated = 6, // fewer bytes than the size
 };
 
-// The bytes of a file and a zero byte behind them, in a block of the plain heap that the object frees.
+// The bytes of a file and a zero byte behind them, in a block of the plain heap that the object wipes and frees.
 struct FileBlock {
     unsigned char* bytes = nullptr;
     int length = 0;
@@ -34,29 +34,47 @@ struct FileBlock {
     FileBlock() = default;
     FileBlock(const FileBlock&) = delete;
     FileBlock& operator=(const FileBlock&) = delete;
-    ~FileBlock()
+    ~FileBlock() { release(); }
+
+    // Makes the block one of `newLength` bytes and the zero byte, with the old bytes at its front: none, size or memory.
+    FileError resize(std::uint64_t newLength)
+    {
+        if (newLength >= INT_MAX) return FileError::size;
+        const auto size = static_cast<std::size_t>(newLength);
+        auto* const block = static_cast<unsigned char*>(std::calloc(size + 1, 1));
+        if (!block) return FileError::memory;
+        const auto kept = static_cast<std::size_t>(length) < size ? static_cast<std::size_t>(length) : size;
+        if (kept > 0) std::memcpy(block, bytes, kept);
+        release();
+        bytes = block;
+        length = static_cast<int>(size);
+        return FileError::none;
+    }
+
+    // Drops the bytes behind the first `newLength`.
+    void shorten(std::size_t newLength)
+    {
+        length = static_cast<int>(newLength);
+        bytes[newLength] = 0;
+    }
+
+private:
+    void release()
     {
         wipe(bytes, static_cast<std::size_t>(length)); // it may be a private key
         std::free(bytes);
     }
-
-    // A zeroed block for `fileSize` bytes and the zero behind them: none, size or memory.
-    FileError allocate(std::uint64_t fileSize)
-    {
-        if (fileSize >= INT_MAX) return FileError::size;
-        bytes = static_cast<unsigned char*>(std::calloc(static_cast<std::size_t>(fileSize) + 1, 1));
-        if (!bytes) return FileError::memory;
-        length = static_cast<int>(fileSize);
-        return FileError::none;
-    }
 };
 
-// Reads a whole file; others may read it at the same time. After a failure the contents of `out` have no meaning.
+// Reads a whole file, up to its end also where it grows meanwhile; others may read it at the same time. After a failure the
+// contents of `out` have no meaning.
 FileError readFile(const char* path, FileBlock& out);
 
 // ---- dynamic libraries ----
 
-// A failure stores the error number of the system (errno or GetLastError) in `error`; a success does not change it.
+// A failure stores the error number of the system in `error`, and a success does not change it. On POSIX the number says: 2 the
+// file is missing (in the search path, for a name without a slash), 13 it may not be read, 8 it is no loadable library; 22 the
+// library cannot be unloaded; 2 the symbol is missing.
 void* loadLibrary(const char* path, int& error);
 bool unloadLibrary(void* library, int& error);
 void* findSymbol(void* library, const char* name, int& error);
@@ -65,35 +83,12 @@ void* findSymbol(void* library, const char* name, int& error);
 
 std::uint32_t processId();
 
-// Not recursive. A static one is constant-initialised and never destroyed. The holder is a process, not a thread: in a forked
-// child a mutex that a thread of the parent holds counts as free, since the child does not have that thread. The child must
-// then discard what the thread may have left incomplete.
-class Mutex {
-public:
-    void lock()
-    {
-        const std::uint32_t process = processId();
-        for (std::uint32_t holder = nobody; !m_holder.compare_exchange_weak(holder, process, std::memory_order_acquire);) {
-            const bool isForeign = holder != nobody && holder != process;
-            if (isForeign && m_holder.compare_exchange_strong(holder, process, std::memory_order_acquire)) return;
-            holder = nobody;
-            giveWay();
-        }
-    }
-    void unlock() { m_holder.store(nobody, std::memory_order_release); }
-
-private:
-    static constexpr std::uint32_t nobody = 0;
-
-    static void giveWay(); // to another thread
-
-    std::atomic<std::uint32_t> m_holder = nobody;
-};
-
-// After this call forks of the process wait for the mutex. They leave it free in the parent and in the child; the child runs
-// `inChild` first. Call it before each lock; only one mutex of the process may use it. It does nothing on a system without
-// fork.
-void holdDuringFork(Mutex& mutex, void (*inChild)());
+// The library's one lock, and the memory under it: zero at first, and zero again in a forked child, where the lock is free,
+// however the child was made. Not recursive. A thread that waits does not run; where the system has priority inheritance, the
+// holder runs at the priority of the threads that wait for it.
+inline constexpr std::size_t maxProcessMemory = 3072; // bytes
+void* lockProcessMemory();
+void unlockProcessMemory();
 
 struct WallClock {
     std::int64_t seconds; // since 1970-01-01 00:00:00 UTC
@@ -105,7 +100,8 @@ WallClock wallClock();
 bool localTime(std::int64_t seconds, std::tm& out);
 bool utcTime(std::int64_t seconds, std::tm& out);
 
-// Fills `out` from the random source of the system; false if it gives no bytes.
+// Fills `out` from the random source of the system, or where that is missing from its random device; false if neither gives
+// bytes.
 bool randomBytes(void* out, std::size_t length);
 
 } // namespace vrno::platform

@@ -5,11 +5,12 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
-#include <sched.h>
+#include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 
 namespace vrno::platform {
@@ -29,16 +30,44 @@ struct Descriptor {
     }
 };
 
-FileError readWhole(int fd, FileBlock& out)
+// Reads up to `length` bytes; fewer only at the end of the file.
+bool readUpTo(int fd, unsigned char* to, std::size_t length, std::size_t& got)
 {
-    for (std::size_t got = 0, all = static_cast<std::size_t>(out.length); got < all;) {
-        const ssize_t n = read(fd, out.bytes + got, all - got);
+    for (got = 0; got < length;) {
+        const ssize_t n = read(fd, to + got, length - got);
         if (n < 0 && errno == EINTR) continue;
-        if (n < 0) return FileError::read;
-        if (n == 0) return FileError::truncated;
+        if (n < 0) return false;
+        if (n == 0) break;
         got += static_cast<std::size_t>(n);
     }
-    return FileError::none;
+    return true;
+}
+
+// Appends what the file has got behind the size that it had when it was opened.
+FileError readGrowth(int fd, FileBlock& out)
+{
+    constexpr std::uint64_t maxLength = INT_MAX - 1, minPiece = 65536;
+    for (;;) {
+        const auto length = static_cast<std::size_t>(out.length);
+        unsigned char next = 0;
+        std::size_t got = 0;
+        if (!readUpTo(fd, &next, 1, got)) return FileError::read;
+        if (got == 0) return FileError::none;
+        if (length == maxLength) return FileError::size;
+        const std::uint64_t room = std::min(length + std::max<std::uint64_t>(length / 2, minPiece), maxLength);
+        if (const FileError error = out.resize(room); error != FileError::none) return error;
+        out.bytes[length] = next;
+        if (!readUpTo(fd, out.bytes + length + 1, static_cast<std::size_t>(room) - length - 1, got)) return FileError::read;
+        out.shorten(length + 1 + got);
+    }
+}
+
+FileError readWhole(int fd, std::uint64_t size, FileBlock& out)
+{
+    if (const FileError error = out.resize(size); error != FileError::none) return error;
+    std::size_t got = 0;
+    if (!readUpTo(fd, out.bytes, static_cast<std::size_t>(size), got)) return FileError::read;
+    return got < size ? FileError::truncated : readGrowth(fd, out);
 }
 
 } // namespace
@@ -46,92 +75,103 @@ FileError readWhole(int fd, FileBlock& out)
 FileError readFile(const char* path, FileBlock& out)
 {
     if (path == nullptr || *path == '\0') return FileError::emptyPath;
-    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)); // or opening a pipe waits for a writer
+    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)); // a pipe without a writer must not block us
     if (file.fd < 0) return FileError::open;
     struct stat status;
     if (fstat(file.fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) return FileError::size;
-    if (const FileError error = out.allocate(static_cast<std::uint64_t>(status.st_size)); error != FileError::none) return error;
-    return readWhole(file.fd, out);
+    return readWhole(file.fd, static_cast<std::uint64_t>(status.st_size), out);
 }
 
 // ---- dynamic libraries ----
 
-// dlopen and its relatives report by a text. errno is that of their system calls, if one failed; if not, `otherwise` is used.
-static int errorNumber(int otherwise) { return errno != 0 ? errno : otherwise; }
+// Whether the message of a failed dlopen says that the file of this name is missing.
+static bool saysMissing(const char* message, const char* name)
+{
+    const std::size_t length = std::strlen(name); // a library that it depends on may be the missing one
+    return message && std::strncmp(message, name, length) == 0 && message[length] == ':' &&
+           std::strstr(message, std::strerror(ENOENT));
+}
+
+// dlopen has no error number. One of a path is found by opening the file; a bare name is looked for in the search path, which
+// only dlopen itself knows.
+static int loadError(const char* path, const char* message)
+{
+    if (!std::strchr(path, '/')) return saysMissing(message, path) ? ENOENT : ENOEXEC;
+    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.fd >= 0) return ENOEXEC;
+    if (errno == EACCES) return EACCES;
+    return errno == ENOENT || errno == ENOTDIR ? ENOENT : ENOEXEC;
+}
 
 void* loadLibrary(const char* path, int& error)
 {
-    errno = 0;
     void* const library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-    if (!library) error = errorNumber(ENOEXEC);
+    if (!library) error = loadError(path, dlerror());
     return library;
 }
 
 bool unloadLibrary(void* library, int& error)
 {
-    errno = 0;
     if (dlclose(library) == 0) return true;
-    error = errorNumber(EINVAL);
+    error = EINVAL;
     return false;
 }
 
 void* findSymbol(void* library, const char* name, int& error)
 {
-    errno = 0;
     void* const symbol = dlsym(library, name);
-    if (!symbol) error = errorNumber(ENOENT);
+    if (!symbol) error = ENOENT;
     return symbol;
 }
 
 // ---- the process and its clock ----
 
-void Mutex::giveWay() { sched_yield(); }
-
 namespace {
 
-// The process that is registering the handlers, which its children inherit; or one of the two constants.
-constexpr std::uint32_t notDone = 0, done = ~0U;
-constinit std::atomic<std::uint32_t> registrar = notDone;
-using Hook = void (*)();
-constinit std::atomic<Mutex*> heldDuringFork = nullptr; // both are written before a handler can run on any thread
-constinit std::atomic<Hook> forkedChild = nullptr;
-constinit thread_local int forkDepth = 0; // a child may register handlers that it has from its parent already
+constexpr std::size_t pageLength = 4096;
 
-void lockBeforeFork()
+// All zero at first, and again in a child: then neither mutex nor marks have been made.
+struct alignas(pageLength) ProcessPage {
+    pthread_once_t once;
+    pthread_mutex_t mutex;
+    alignas(16) unsigned char memory[maxProcessMemory];
+};
+static_assert(sizeof(ProcessPage) == pageLength && PTHREAD_ONCE_INIT == 0);
+constinit ProcessPage page{};
+constinit std::atomic<bool> hasForkHandler = false;
+
+void clearInChild() { std::memset(&page, 0, sizeof page); }
+
+// Asks the kernel to zero the page in every child. Where it cannot, a handler does so in children that fork() makes.
+void markPage()
 {
-    if (forkDepth++ == 0) heldDuringFork.load()->lock();
+    if (sysconf(_SC_PAGESIZE) == pageLength && madvise(&page, sizeof page, MADV_WIPEONFORK) == 0) return;
+    if (!hasForkHandler.exchange(true)) pthread_atfork(nullptr, nullptr, clearInChild);
 }
 
-void unlockAfterFork()
+// With priority inheritance where the system has it.
+void makeMutex()
 {
-    if (--forkDepth == 0) heldDuringFork.load()->unlock();
-}
-
-void unlockInChild()
-{
-    if (--forkDepth > 0) return;
-    forkedChild.load()();
-    heldDuringFork.load()->unlock();
+    pthread_mutexattr_t attributes;
+    const bool isMade = pthread_mutexattr_init(&attributes) == 0 &&
+                        pthread_mutexattr_setprotocol(&attributes, PTHREAD_PRIO_INHERIT) == 0 &&
+                        pthread_mutex_init(&page.mutex, &attributes) == 0;
+    if (!isMade) pthread_mutex_init(&page.mutex, nullptr);
 }
 
 } // namespace
 
-// A child whose parent was registering has no thread that will finish, so it registers the handlers itself.
-void holdDuringFork(Mutex& mutex, void (*inChild)())
+void* lockProcessMemory()
 {
-    const std::uint32_t process = processId();
-    for (std::uint32_t state; (state = registrar.load(std::memory_order_acquire)) != done;) {
-        if (state == process || !registrar.compare_exchange_strong(state, process)) {
-            sched_yield();
-            continue;
-        }
-        heldDuringFork = &mutex;
-        forkedChild = inChild;
-        const bool registered = pthread_atfork(lockBeforeFork, unlockAfterFork, unlockInChild) == 0;
-        registrar.store(registered ? done : notDone, std::memory_order_release);
-        if (!registered) return; // allocation failure: the next call tries again
-    }
+    pthread_once(&page.once, [] {
+        markPage();
+        makeMutex();
+    });
+    pthread_mutex_lock(&page.mutex);
+    return page.memory;
 }
+
+void unlockProcessMemory() { pthread_mutex_unlock(&page.mutex); }
 
 std::uint32_t processId() { return static_cast<std::uint32_t>(getpid()); }
 
@@ -154,13 +194,23 @@ bool utcTime(std::int64_t seconds, std::tm& out)
     return gmtime_r(&value, &out) != nullptr;
 }
 
+// From the device, for systems that lack the call or forbid it.
+static bool deviceBytes(unsigned char* to, std::size_t length)
+{
+    const Descriptor device(open("/dev/urandom", O_RDONLY | O_CLOEXEC));
+    struct stat status;
+    if (device.fd < 0 || fstat(device.fd, &status) != 0 || !S_ISCHR(status.st_mode)) return false;
+    std::size_t got = 0;
+    return readUpTo(device.fd, to, length, got) && got == length;
+}
+
 bool randomBytes(void* out, std::size_t length)
 {
     auto* at = static_cast<unsigned char*>(out);
     while (length > 0) {
         const ssize_t n = getrandom(at, length, 0);
         if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
+        if (n <= 0) return deviceBytes(at, length);
         at += n;
         length -= static_cast<std::size_t>(n);
     }

@@ -33,7 +33,7 @@ FileError readFile(const char* path, FileBlock& out)
     if (handle.file == INVALID_HANDLE_VALUE) return FileError::open;
     LARGE_INTEGER size;
     if (GetFileType(handle.file) != FILE_TYPE_DISK || !GetFileSizeEx(handle.file, &size)) return FileError::size;
-    const FileError error = out.allocate(static_cast<std::uint64_t>(size.QuadPart));
+    const FileError error = out.resize(static_cast<std::uint64_t>(size.QuadPart));
     if (error != FileError::none) return error;
     DWORD got = 0;
     if (!ReadFile(handle.file, out.bytes, static_cast<DWORD>(out.length), &got, nullptr)) return FileError::read;
@@ -67,9 +67,16 @@ void* findSymbol(void* library, const char* name, int& error)
 
 // ---- the process and its clock ----
 
-void Mutex::giveWay() { SwitchToThread(); }
+static constinit SRWLOCK processLock = SRWLOCK_INIT;
+alignas(16) static constinit unsigned char processBytes[maxProcessMemory] = {};
 
-void holdDuringFork(Mutex&, void (*)()) {}
+void* lockProcessMemory()
+{
+    AcquireSRWLockExclusive(&processLock);
+    return processBytes;
+}
+
+void unlockProcessMemory() { ReleaseSRWLockExclusive(&processLock); }
 
 std::uint32_t processId() { return GetCurrentProcessId(); }
 

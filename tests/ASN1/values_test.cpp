@@ -10,6 +10,7 @@
 #include "ASN1/ASN1Times.h"
 #include "support/bytes.h"
 #include "support/cases.h"
+#include "support/guarded.h"
 
 #include <gtest/gtest.h>
 #include <map>
@@ -50,6 +51,28 @@ TEST(Values, DecodeAndEncodeAsTheTableSays)
             EXPECT_EQ(hex(bytes(value->getValue())), hex(der(c[3])));
             EXPECT_EQ(hex(bytes(value->toASN1Object())), hex(c[4] == "=" ? input : der(c[4])));
         }
+    }
+}
+
+// Headers cut off, and contents that are not there: nothing behind them is read.
+TEST(Values, NothingIsReadBehindTheInput)
+{
+    struct Opened : ASN1Object {
+        static bool fits(Octets in) { return readLength(in).fit(in.size()); }
+    };
+    for (const char* const cut : {"", "01", "81", "82", "8200", "830000", "84000000", "88000000", "FF"}) {
+        EXPECT_FALSE(Opened::fits(Guarded(der(cut)))) << cut;
+    }
+    const std::string nested = der("3080 3080 0482000141 9F8101820001FF 0000 A0820002 0500 0000");
+    for (std::size_t length = 0; length <= nested.size(); ++length) {
+        const Guarded cut(nested.substr(0, length));
+        ASN1Object object;
+        int contents = -1, number = 0;
+        EXPECT_EQ(object.findIndefiniteLengEnd(cut.data() + 2 * (length > 1), cut.size() - 2 * (length > 1), &contents) == 0,
+                  length == nested.size())
+            << length;
+        EXPECT_EQ(object.GetHighTag(Guarded(std::string(length % 4, '\x81')).data(), static_cast<int>(length % 4), &number, false),
+                  0);
     }
 }
 

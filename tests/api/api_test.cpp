@@ -116,6 +116,16 @@ TEST(BinaryString, OwnsItsBlock)
     EXPECT_EQ(VRNO_BINSTR_SetData(data, 3, nullptr), 1004);
 }
 
+TEST(BinaryString, IsSetFromItsOwnBlock)
+{
+    BinStr record("a text");
+    EXPECT_EQ(VRNO_BINSTR_SetData(static_cast<VRNO_BINSTR*>(record)->pData + 2, 4, record), 0);
+    EXPECT_EQ(record.data(), "text");
+    const FailingAllocation first(1);
+    EXPECT_EQ(VRNO_BINSTR_SetData(static_cast<VRNO_BINSTR*>(record)->pData, 4, record), 1002);
+    EXPECT_TRUE(record.isEmpty());
+}
+
 TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
 {
     const Folder folder;

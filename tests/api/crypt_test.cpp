@@ -32,6 +32,42 @@ TEST(SessionCipher, KeysAreSetDrawnAndRead)
     EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 5000);
 }
 
+TEST(SessionCipher, KeyAndIvAreGivenTogetherOrNotAtAll)
+{
+    Context context;
+    BinStr sessionKey(std::string(16, 'k')), iv(std::string(16, 'i'));
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, sessionKey, iv), 0);
+    int failures = 0;
+    for (long number = 1;; ++number) {
+        BinStr gotKey("old key"), gotIv("old iv");
+        int algorithm = -7, code = 0;
+        {
+            const FailingAllocation fails(number);
+            code = VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv);
+        }
+        if (code == 0) break;
+        EXPECT_EQ(code, 1002);
+        EXPECT_EQ(gotKey.data() + gotIv.data() + std::to_string(algorithm), "old keyold iv-7") << number;
+        ++failures;
+    }
+    EXPECT_GE(failures, 2);
+    BinStr both; // one record for both has the second
+    int algorithm = 0;
+    EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, both, both), 0);
+    EXPECT_EQ(both.data(), iv.data());
+}
+
+TEST(SessionCipher, AnUnknownAlgorithmHasNoSchedule)
+{
+    Context context;
+    BinStr key(std::string(16, 'k')), out;
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, key, key), 0);
+    VRNO_API_CTX& fields = *context;
+    fields.nSymAlg = 4001;
+    fields.ucFlags |= 2; // chained messages share one schedule
+    EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), 5015);
+}
+
 TEST(SessionCipher, EveryMessageStartsFromTheSessionIv)
 {
     Context context;

@@ -6,9 +6,12 @@
 #include "support/folder.h"
 #include "support/openssl.h"
 
+#include <pthread.h>
+
 #include <bitset>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <set>
 #include <unordered_map>
 
@@ -105,6 +108,23 @@ std::string found(const std::vector<std::string>& freed, const Secrets& secrets)
     return text;
 }
 
+// The stack of a thread that runs the step and ends.
+std::string stackAfter(std::function<void()> step)
+{
+    constexpr std::size_t size = 1 << 20;
+    std::string stack(size + 4096, '\0');
+    void* const base = reinterpret_cast<void*>((reinterpret_cast<std::uintptr_t>(stack.data()) + 4095) & ~std::uintptr_t{4095});
+    pthread_attr_t attributes;
+    pthread_t thread;
+    pthread_attr_init(&attributes);
+    EXPECT_EQ(pthread_attr_setstack(&attributes, base, size), 0);
+    const auto run = [](void* of) -> void* { return (*static_cast<std::function<void()>*>(of))(), nullptr; };
+    EXPECT_EQ(pthread_create(&thread, &attributes, run, &step), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    return stack;
+}
+
 // A protected key as `password` opens it, with anything for a plaintext.
 std::string protectedUnder(const std::string& password, const std::string& plaintext)
 {
@@ -167,6 +187,7 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
         HeapWatch heap;
         EXPECT_EQ(call(context, line, input).code, code) << line;
         EXPECT_EQ(found(heap.freed(), secrets), "") << line;
+        EXPECT_EQ(found({stackAfter([&] { call(context, line, input); })}, secrets), "") << line;
     }
 }
 

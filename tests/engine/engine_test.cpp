@@ -10,11 +10,13 @@
 #include "support/interface.h"
 #include "support/openssl.h"
 
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <climits>
+#include <csignal>
 #include <cstring>
 #include <random>
 #include <set>
@@ -367,43 +369,57 @@ TEST(Random, DrawsDiffer)
     }
 }
 
-TEST(Random, AForkedChildDrawsOtherBytes)
+// A child that fork() makes, and one that the kernel makes without the C library's knowledge.
+TEST(Random, AChildDrawsOtherBytes)
 {
-    for (const bool global : {true, false}) {
-        drawn(global);
-        int ends[2];
-        ASSERT_EQ(pipe(ends), 0);
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            const std::string mine = drawn(global, 32);
-            _exit(write(ends[1], mine.data(), 32) == 32 ? 0 : 1);
+    for (const bool isRaw : {false, true}) {
+        for (const bool global : {true, false}) {
+            const RandomSource source(global ? RandomSource::system : RandomSource::alwaysTheSame);
+            unsigned char parents[32] = {}, childs[32] = {};
+            const auto draw = global ? randBytes : randBytesLocal;
+            EXPECT_EQ(draw(parents, 32) + randBytes(parents, 32), 0); // seeds
+            int ends[2];
+            ASSERT_EQ(pipe(ends), 0);
+            const auto child = static_cast<pid_t>(isRaw ? syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0) : fork());
+            ASSERT_GE(child, 0);
+            if (child == 0) {
+                std::memset(parents, 0, 32);
+                _exit(draw(parents, 32) == 0 && write(ends[1], parents, 32) == 32 ? 0 : 1);
+            }
+            std::memset(parents, 0, 32);
+            EXPECT_EQ(draw(parents, 32), 0);
+            EXPECT_EQ(read(ends[0], childs, 32), 32);
+            EXPECT_NE(text(childs, 32), text(parents, 32)) << isRaw << global;
+            EXPECT_EQ(exitStatus(child), 0);
+            close(ends[0]);
+            close(ends[1]);
         }
-        const std::string parents = drawn(global, 32);
-        std::string childs(32, '\0');
-        EXPECT_EQ(read(ends[0], childs.data(), 32), 32);
-        EXPECT_NE(childs, parents);
-        EXPECT_EQ(exitStatus(child), 0);
-        close(ends[0]);
-        close(ends[1]);
     }
 }
 
-TEST(Random, DrawsFailWithoutTheSystemsBytes)
+// Both draws begin with the same bytes of the system.
+TEST(Random, DrawsOfOneCallShareTheRunningDigest)
 {
-    const pid_t child = fork(); // a child must seed its pool, too
-    if (child == 0) {
-        const NoRandomBytes none;
-        const Context context;
-        SeedCall padded;
-        padded.padding = ZIRC_PAD_RANDOM;
-        unsigned char out[16];
-        const bool refused = randBytes(out, 16) < 0 && randBytesLocal(out, 16) < 0 &&
-                             ZIRC_GenerateRandom(3420, out, 16, nullptr, 0) == 110 && padded.encrypt() == 3110 &&
-                             VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED) == 5001;
-        _exit(refused ? 0 : 1);
+    const RandomSource source(RandomSource::alwaysTheSame);
+    EXPECT_NE(drawn(false), drawn(false));
+}
+
+TEST(Random, DrawsTakeTheDeviceAndFailWithoutIt)
+{
+    for (const bool isThere : {true, false}) {
+        const pid_t child = fork(); // a child must seed its pool, too
+        if (child == 0) {
+            const RandomSource source(isThere ? RandomSource::device : RandomSource::none);
+            const Context context;
+            SeedCall padded;
+            padded.padding = ZIRC_PAD_RANDOM;
+            unsigned char out[16] = {};
+            const std::array results{randBytes(out, 16), randBytesLocal(out, 16), ZIRC_GenerateRandom(3420, out, 16, nullptr, 0),
+                                     padded.encrypt(), VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED)};
+            _exit(results == (isThere ? std::array<int, 5>{} : std::array{-1, -1, 110, 3110, 5001}) ? 0 : 1);
+        }
+        EXPECT_EQ(exitStatus(child), 0) << isThere;
     }
-    EXPECT_EQ(exitStatus(child), 0);
 }
 
 TEST(Random, AForkBesideDrawingThreadsLeavesTheLockFree)

@@ -7,6 +7,7 @@
 #include "engine/kcdsa/kcdsa.h"
 #include "engine/peer.h"
 #include "support/cases.h"
+#include "support/guarded.h"
 
 #include <memory>
 
@@ -173,14 +174,30 @@ TEST(Kcdsa, VerifiesWithAndWithoutLeadingZerosOfW)
     EXPECT_EQ(hex({reinterpret_cast<char*>(value), 64}), std::string(122, '0') + "010203");
 }
 
+// With an order of 3 one draw in three is 0, whose W of 1 would show x.
+TEST(Kcdsa, NoSignatureIsMadeWithAZero)
+{
+    ZIRC_KcdsaKey key;
+    for (const auto& [number, value] : {std::pair{&key.p, 7U}, {&key.q, 3U}, {&key.g, 2U}, {&key.x, 1U}, {&key.y, 2U}}) {
+        bnSetWord(*number, value);
+    }
+    const std::string digest = digestOf(hashSha1, "m");
+    const ZIRC_BN ofOne = Peer(digestOf(hashSha1, "\1")).ours();
+    for (int i = 0; i < 64; ++i) {
+        ZIRC_BN r, s;
+        if (kcdsaSign(key, hashSha1, r, s, at(digest), 20) < 0) continue;
+        EXPECT_FALSE(bnIsEqual(r, ofOne));
+        EXPECT_FALSE(bnIsZero(s));
+    }
+}
+
 TEST(Kcdsa, UselessKeysAreRefused)
 {
     const Key& key = theKey();
     ZIRC_KcdsaKey read;
     for (std::size_t length = 0; length < key.privateBlob.size(); ++length) {
-        const std::unique_ptr<unsigned char[]> copy(new unsigned char[length]);
-        std::copy_n(key.privateBlob.begin(), length, copy.get());
-        EXPECT_LT(kcdsaReadPrivateKey(read, copy.get(), static_cast<int>(length)), 0);
+        const Guarded cut(key.privateBlob.substr(0, length));
+        EXPECT_LT(kcdsaReadPrivateKey(read, cut.data(), cut.size()), 0);
     }
     const auto number = [](const ZIRC_BN& n) {
         unsigned char out[700];

@@ -1,7 +1,9 @@
 // RSA of the engine against OpenSSL, both ways.
 #include "engine/calls.h"
 #include "engine/frame/context.h"
+#include "engine/peer.h"
 #include "engine/rsa/rsa.h"
+#include "support/guarded.h"
 
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
@@ -193,10 +195,8 @@ TEST(Rsa, BadBlobsAreRefused)
     const Key& key = keyOf(512);
     ZIRC_RsaKey read;
     const auto reads = [&read](bool isPrivate, const std::string& blob) {
-        // In a block of its own, so that a sanitizer sees a read behind it.
-        const std::unique_ptr<unsigned char[]> copy(new unsigned char[blob.size()]);
-        std::copy(blob.begin(), blob.end(), copy.get());
-        return (isPrivate ? rsaReadPrivateKey : rsaReadPublicKey)(read, copy.get(), size(blob)) == 0;
+        const Guarded copy(blob);
+        return (isPrivate ? rsaReadPrivateKey : rsaReadPublicKey)(read, copy.data(), copy.size()) == 0;
     };
     EXPECT_TRUE(reads(false, key.publicBlob));
     EXPECT_TRUE(reads(true, key.privateBlob));
@@ -231,6 +231,14 @@ TEST(Rsa, BadBlobsAreRefused)
         {"a zero modulus", false, "30{020100" + seven + "}", false},
         {"a modulus of 1", false, "30{" + one + seven + "}", false},
         {"an even modulus", false, "30{020106" + seven + "}", false},
+        {"an exponent of 0", false, "30{" + n + "020100}", false},
+        {"an exponent of 1", false, "30{" + n + one + "}", false},
+        {"an exponent of 2", false, "30{" + n + "020102}", false},
+        {"an exponent of 3", false, "30{" + n + "020103}", true},
+        {"an exponent of 4", false, "30{" + n + "020104}", false},
+        {"a long even exponent", false, "30{" + n + "02{" + std::string(510, '7') + "76}}", false},
+        {"a long odd exponent", false, "30{" + n + "02{" + std::string(510, '7') + "77}}", true},
+        {"an exponent beyond 2048 bits", false, "30{" + n + "02{01" + std::string(512, '7') + "}}", false},
         {"a modulus of 4800 bits", false, "30{" + big + seven + "}", false},
         {"a version beyond 600 bytes", true, "30{" + tooBig + n + seven + "020103 020103 020100 020100 020100 020100 020100}",
          false},
@@ -253,6 +261,94 @@ TEST(Rsa, BadBlobsAreRefused)
     unsigned char magnitude[600];
     EXPECT_EQ(hex({reinterpret_cast<char*>(magnitude), static_cast<std::size_t>(bnToBytes(magnitude, read.n))}),
               "3fffffffffffffff");
+}
+
+static Peer numberOf(const Key& key, const char* name)
+{
+    Peer number;
+    BIGNUM* to = number;
+    EXPECT_EQ(EVP_PKEY_get_bn_param(key.key.get(), name, &to), 1);
+    return number;
+}
+
+// The key's blob with `other` for one of its numbers, and with or without those that come of its primes.
+static std::string blobWith(const Key& key, const std::string& name, const Peer& other, bool withPrimes = true)
+{
+    std::string numbers = "020100";
+    for (const char* const each :
+         {"n", "e", "d", "rsa-factor1", "rsa-factor2", "rsa-exponent1", "rsa-exponent2", "rsa-coefficient1"}) {
+        const Peer own = numberOf(key, each);
+        const Peer& number = name == each ? other : own;
+        const bool isLeftOut = each[0] == 'r' && !withPrimes;
+        numbers += "02{00" + (isLeftOut ? "" : hex(number.bytes(BN_num_bytes(number)))) + "}";
+    }
+    return der("30{" + numbers + "}");
+}
+
+// d with multiples of the order added to it signs alike. An operation needs it only without the numbers of the primes.
+TEST(Rsa, APrivateExponentMayBeLongerThanTheModulus)
+{
+    for (const unsigned bits : {1024U, 2048U}) {
+        const Key& key = keyOf(bits);
+        const int id = bits == 1024 ? 121401 : 121402;
+        std::string expected, signature;
+        ASSERT_EQ(sign(id, key.privateBlob, "m", expected), 0);
+        const Peer d = numberOf(key, "d"), p = numberOf(key, "rsa-factor1"), q = numberOf(key, "rsa-factor2");
+        Peer order;
+        BN_sub_word(p, 1);
+        BN_sub_word(q, 1);
+        BN_mul(order, p, q, bnContext());
+        for (const int length : {2049, 2112, 2113, 4800, 4801}) {
+            Peer longer; // the largest of this length
+            BN_set_bit(longer, length);
+            BN_sub_word(longer, 1);
+            BN_sub(longer, longer, d);
+            BN_div(longer, nullptr, longer, order, bnContext());
+            BN_mul(longer, longer, order, bnContext());
+            BN_add(longer, longer, d);
+            ASSERT_EQ(BN_num_bits(longer), length);
+            for (const bool withPrimes : {true, false}) {
+                SCOPED_TRACE(std::to_string(length) + (withPrimes ? " with primes" : ""));
+                const bool isTaken = length <= (withPrimes ? 4800 : 2112);
+                EXPECT_EQ(sign(id, blobWith(key, "d", longer, withPrimes), "m", signature), isTaken ? 0 : 1107);
+                EXPECT_EQ(signature, isTaken ? expected : "");
+            }
+        }
+    }
+}
+
+// A number from the modulus on is no input, and a result is below the modulus even if that is not the product of the primes.
+TEST(Rsa, NumbersAreBelowTheModulus)
+{
+    const Key& key = keyOf(1024);
+    const Peer n = numberOf(key, "n");
+    int tried = 0;
+    for (int i = 0; i < 64; ++i) {
+        const std::string message = std::to_string(i);
+        std::string signature, cipherText, out;
+        ASSERT_EQ(sign(121401, key.privateBlob, message, signature), 0);
+        ASSERT_EQ(cipher(true, 12001, 6, key.publicBlob, "m", cipherText), 0);
+        for (std::string* const number : {&signature, &cipherText}) {
+            const Peer sum(*number);
+            BN_add(sum, sum, n);
+            *number = BN_num_bits(sum) > 1024 ? "" : sum.bytes(128);
+        }
+        if (signature.empty() || cipherText.empty()) continue;
+        EXPECT_EQ(verify(121401, key.publicBlob, message, signature), 3116);
+        EXPECT_EQ(cipher(false, 12001, 7, key.privateBlob, cipherText, out), 3110);
+        ++tried;
+    }
+    EXPECT_GT(tried, 0);
+
+    Peer least; // the least odd number of 1024 bits
+    BN_set_bit(least, 1023);
+    BN_add_word(least, 1);
+    const std::string blob = blobWith(key, "n", least);
+    for (int i = 0; i < 32; ++i) {
+        std::string signature;
+        ASSERT_EQ(sign(121401, blob, std::to_string(i), signature), 0);
+        EXPECT_LT(BN_cmp(Peer(signature), least), 0);
+    }
 }
 
 TEST(Rsa, GeneratedKeysAreValidForOpenssl)

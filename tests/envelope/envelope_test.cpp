@@ -216,9 +216,14 @@ TEST(Envelope, BuilderRefusesWrongContentTypesKeysAndIdentifiers)
 TEST(Envelope, RefusedCertificatesKeepTheSessionKey)
 {
     const auto usage = [](const std::string& value) { return holder(1024, "30{" + keyUsage + "04{" + value + "}}"); };
-    const std::map<std::string, std::string> others = {{"no certificate", "no certificate"},
-                                                       {"no usage", holder(1024, "")},
-                                                       {"KCDSA", certificateOf("06{2A831A8C9A440101}", "key")}};
+    std::map<std::string, std::string> others = {{"no certificate", "no certificate"},
+                                                 {"no usage", holder(1024, "")},
+                                                 {"KCDSA", certificateOf("06{2A831A8C9A440101}", "key")}};
+    const std::string modulus = hex(part("\x31" + publicKey(1024).substr(1), {0}));
+    for (const auto& [name, exponent] :
+         {std::pair{"0", "00"}, {"1", "01"}, {"2", "02"}, {"3", "03"}, {"4", "04"}, {"long", "0123456789ABCDEF0123456789ABCDEE"}}) {
+        others[std::string("exponent ") + name] = certificateOf(rsa, der("30{" + modulus + "02{" + exponent + "}}"));
+    }
     for (const Case& c : cases("envelope.txt", 4)) {
         SCOPED_TRACE(c.where);
         const auto other = others.find(c[0]);
@@ -232,7 +237,7 @@ TEST(Envelope, RefusedCertificatesKeepTheSessionKey)
     EXPECT_EQ(checkRecipientKeyUsage(call, Purpose::signing, cert), 3000);
     EXPECT_EQ(context.error(), "[F] 서명용 인증서가 아닙니다.");
     {
-        const NoRandomBytes none;
+        const RandomSource none(RandomSource::none);
         EXPECT_EQ(sealed(holder(1024), "content").code, 1500);
     }
 }

@@ -11,8 +11,6 @@
 
 #include <openssl/rsa.h>
 
-#include <dlfcn.h>
-
 #include <map>
 #include <memory>
 
@@ -214,13 +212,9 @@ TEST(Cards, EveryCardResultMapsToItsCode)
     card.put("0001.item", "");
     card.put("0002.item", {"\0key", 4});
     card.put("0004.item", std::string(2048, '\0'));
-    std::string device = "3";
-    for (const char* const result :
-         {"100 gone", "80100069 gone", "101 wrong", "6300 wrong", "63ff wrong", "62ff other", "6400 other", "ffffffff other"}) {
-        card.put(device + "010.result", result);
-        device[0] = device[0] == '9' ? 'a' : static_cast<char>(device[0] + 1);
-    }
-    const Values values{{"library", STORAGE_LIBRARY}, {"longest", longest}};
+    const std::string longText =
+        "인증서를 읽는데 실패하였습니다. <dynamiclib> fnc=PKI_STORAGE_Read,errcode=0x1,msg=" + std::string(511, 'm');
+    const Values values{{"library", STORAGE_LIBRARY}, {"odd", ODD_STORAGE_LIBRARY}, {"longest", longest}, {"longText", longText}};
     expectCalls("cards.txt", values);
     card.remove("pin");
     Context context;
@@ -273,17 +267,4 @@ TEST(Cards, KeysAreOpenedAndGetTheirRandomNumber)
     EXPECT_TRUE(placeless(context.error())
                     .starts_with("[VRNO_MEDIA_CARD_ReadPriKey] 잘못된 개인키 형식입니다. <tarnlib> "
                                  "PPrivateKey::setRandomNumber-attribute(2),"));
-}
-
-// A library that the system does not let go: its handle is given back behind our back.
-TEST(Cards, ALibraryThatCannotBeReleasedStaysLoaded)
-{
-    Context context;
-    VRNO_API_CTX& fields = *context;
-    void* const library = fields.hMediaLib = dlopen("libm.so.6", RTLD_NOW);
-    ASSERT_EQ(dlclose(library), 0);
-    EXPECT_EQ(VRNO_MEDIA_Unload(context), 2511);
-    EXPECT_EQ(context.error(), "[VRNO_MEDIA_Unload] DLL을 해제하는데 실패 (fnc=FreeLibrary,errcode=22)");
-    EXPECT_EQ(fields.hMediaLib, library);
-    fields.hMediaLib = nullptr;
 }

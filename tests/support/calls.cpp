@@ -67,7 +67,10 @@ private:
     {
         const std::string& data = input(word);
         auto* const bytes = word == "noData" ? nullptr : const_cast<unsigned char*>(at(data));
-        const std::size_t length = word == "noLength" ? 0 : word == "huge" ? 0x7FFFFFFF : data.size();
+        const std::string claim = "length:";
+        const std::size_t length = word == "noLength"        ? 0
+                                   : word.starts_with(claim) ? std::stoul(word.substr(claim.size()), nullptr, 0)
+                                                             : data.size();
         pointer = &m_recordsIn.emplace_back(VRNO_BINSTR{bytes, static_cast<unsigned>(length)});
     }
     void make(const std::string&, int*& pointer)

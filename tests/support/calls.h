@@ -20,8 +20,8 @@ struct Result {
 };
 
 // Makes one call, as in "VRNO_CRYPT_SetKeyAndIV 48 key iv": numbers, names out of `values` or the text itself, and for a
-// pointer "null". An input record may also be "noData", "noLength" or "huge", an input text "empty", and both the
-// notation that follows "der:" up to the end of the line; an output is "out".
+// pointer "null". An input record may also be "noData", "noLength" or "length:" and a number that it claims, an input text
+// "empty", and both the notation that follows "der:" up to the end of the line; an output is "out".
 // A text has as much room as the number in front of it says, or 20 bytes, behind which nothing must be written. A call that
 // fails, but for memory, must leave its outputs as they were.
 // "chain" makes the context's session cipher chain its messages.

@@ -25,7 +25,8 @@ bool refuses(std::size_t size)
     return counted == failing || (failsOnward && counted > failing);
 }
 
-thread_local bool givesNoRandomBytes = false;
+thread_local test::RandomSource::Kind randomSource = test::RandomSource::system;
+thread_local std::function<int()>* readHook = nullptr;
 
 thread_local test::HeapWatch* watch = nullptr;
 
@@ -50,8 +51,25 @@ extern "C" {
 ssize_t __real_getrandom(void* out, std::size_t length, unsigned flags);
 ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 {
-    if (!givesNoRandomBytes) return __real_getrandom(out, length, flags);
+    using test::RandomSource;
+    if (randomSource == RandomSource::system) return __real_getrandom(out, length, flags);
+    if (randomSource == RandomSource::alwaysTheSame) return static_cast<ssize_t>((std::memset(out, 'r', length), length));
     errno = ENOSYS;
+    return -1;
+}
+int __real_open(const char* path, int flags);
+int __wrap_open(const char* path, int flags)
+{
+    if (randomSource != test::RandomSource::none || std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
+    errno = ENOENT;
+    return -1;
+}
+ssize_t __real_read(int file, void* out, std::size_t length);
+ssize_t __wrap_read(int file, void* out, std::size_t length)
+{
+    const int error = readHook ? (*readHook)() : 0;
+    if (error == 0) return __real_read(file, out, length);
+    errno = error;
     return -1;
 }
 void* __real_malloc(std::size_t size);
@@ -115,9 +133,13 @@ FailingAllocation::~FailingAllocation() { watching = false; }
 
 long FailingAllocation::count() { return counted; }
 
-NoRandomBytes::NoRandomBytes() { givesNoRandomBytes = true; }
+RandomSource::RandomSource(Kind kind) { randomSource = kind; }
 
-NoRandomBytes::~NoRandomBytes() { givesNoRandomBytes = false; }
+RandomSource::~RandomSource() { randomSource = system; }
+
+ReadHook::ReadHook(std::function<int()> hook) : m_hook(std::move(hook)) { readHook = &m_hook; }
+
+ReadHook::~ReadHook() { readHook = nullptr; }
 
 HeapWatch::HeapWatch() { watch = this; }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -39,13 +40,28 @@ private:
     std::vector<std::string> m_freed;
 };
 
-// While an object lives, the system gives no random bytes.
-class NoRandomBytes {
+// Calls `hook` before each read of a file while an object lives, on its thread. A result above 0 is the error that the read
+// fails with.
+class ReadHook {
 public:
-    NoRandomBytes();
-    ~NoRandomBytes();
-    NoRandomBytes(const NoRandomBytes&) = delete;
-    NoRandomBytes& operator=(const NoRandomBytes&) = delete;
+    explicit ReadHook(std::function<int()> hook);
+    ~ReadHook();
+    ReadHook(const ReadHook&) = delete;
+    ReadHook& operator=(const ReadHook&) = delete;
+
+private:
+    std::function<int()> m_hook;
+};
+
+// Where the system's random bytes come from while an object lives, on its thread.
+class RandomSource {
+public:
+    enum Kind { system, device, none, alwaysTheSame }; // the device: there is no call for them
+
+    explicit RandomSource(Kind kind);
+    ~RandomSource();
+    RandomSource(const RandomSource&) = delete;
+    RandomSource& operator=(const RandomSource&) = delete;
 };
 
 } // namespace test

@@ -152,6 +152,7 @@ int PPKCS8::parseKeyDerivationFunc(RAlgorithmIdentifier& in)
     if (pbkdf2Params.fromASN1Object(in.getParameters()) > 0) return fail(*this, 2, "pbkdf2Params", pbkdf2Params);
     if (pbkdf2Params.getBitMask() & RPBKDF2_params::specified) m_bsSalt.swap(pbkdf2Params.getSpecified());
     m_nIterationCount = pbkdf2Params.getIterationCount();
+    m_nIterationOctets = pbkdf2Params.m_iterationCount.getValueLength();
     if ((pbkdf2Params.getBitMask() & RPBKDF2_params::prf) == 0) return 0;
     RAlgorithmIdentifier& prf = pbkdf2Params.getPrf();
     if (prf.getAlgorithm() == oidHmacSha1) return 0;
@@ -179,6 +180,7 @@ int PPKCS8::parseClassic(ByteString& oid, ByteString& parameters)
     RPBEParameter pbeParameter;
     if (pbeParameter.fromASN1Object(parameters) > 0) return failed(9, "pbeParameter", pbeParameter);
     m_nIterationCount = pbeParameter.getIterationCount();
+    m_nIterationOctets = pbeParameter.m_iterationCount.getValueLength();
     m_bsSalt.swap(pbeParameter.getSalt());
     return 0;
 }

@@ -60,7 +60,8 @@ private:
     ByteString m_bsPrivateKeyInfo;
     ByteString m_bsSalt;
     int m_nIterationCount = 1024;
-    ByteString m_bsKey; // wiped after each use
+    int m_nIterationOctets = 2; // of the INTEGER; more than 4 give the count 0
+    ByteString m_bsKey;         // wiped after each use
     ByteString m_bsIv;
 };
 

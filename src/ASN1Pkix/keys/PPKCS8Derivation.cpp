@@ -22,6 +22,10 @@ int PPKCS8::makeSalt()
 // Derives key and IV from password, salt and iteration count.
 int PPKCS8::PBE_Initialize()
 {
+    if (m_nIterationOctets > 4) {
+        const ByteString message = formatted("The iteration count has %d octets; at most 4 are supported.", m_nIterationOctets);
+        return fail(*this, 3, "m_nIterationCount", message);
+    }
     if (m_nIterationCount < 1) {
         return fail(*this, 3, "m_nIterationCount", formatted("The iteration count(%d) is below 1.", m_nIterationCount));
     }

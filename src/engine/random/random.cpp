@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 namespace vrno {
 
@@ -15,30 +16,33 @@ namespace {
 constexpr std::size_t poolLength = 1023, digestLength = 20;
 
 struct Pool {
-    std::size_t size = 0;  // bytes in use
-    std::size_t index = 0; // rolling position, at most poolLength
-    std::uint32_t count = 0;
-    unsigned char digest[digestLength] = {};
-    unsigned char bytes[poolLength] = {};
+    std::size_t size;  // bytes in use
+    std::size_t index; // rolling position, at most poolLength
+    std::uint32_t count;
+    unsigned char digest[digestLength];
+    unsigned char bytes[poolLength];
 };
 
 // ---- the process's state, under one lock ----
 
-constinit platform::Mutex randMutex;
-constinit Pool randPool; // the pools of single calls share its digest
-constinit std::uint32_t seededProcess = 0;
+// In a child all of it is zero, so the child seeds a pool of its own.
+struct ProcessState {
+    bool isSeeded;
+    Pool randPool; // the pools of single calls share its digest
+};
+static_assert(sizeof(ProcessState) <= platform::maxProcessMemory && std::is_trivial_v<ProcessState>);
 
-// A fork waits for the lock, so that a child finds the pool in order and the lock free.
 class Locked {
 public:
-    Locked()
-    {
-        platform::holdDuringFork(randMutex, [] { seededProcess = 0; }); // so that a child seeds
-        randMutex.lock();
-    }
-    ~Locked() { randMutex.unlock(); }
+    Locked() : m_state(static_cast<ProcessState*>(platform::lockProcessMemory())) {}
+    ~Locked() { platform::unlockProcessMemory(); }
     Locked(const Locked&) = delete;
     Locked& operator=(const Locked&) = delete;
+
+    ProcessState* operator->() const { return m_state; }
+
+private:
+    ProcessState* const m_state;
 };
 
 // ---- mixing ----
@@ -143,15 +147,12 @@ int randSeedFromSystem(Pool& pool, const Seeding& seeding)
     return 0;
 }
 
-// With the lock held: seeds on first use, and in a child. A child discards its parent's pool, which another thread of the
-// parent may have been changing. The process id shows a child even if no fork handler ran.
-int randSeedProcess()
+// Seeds the process's pool on first use.
+int randSeedProcess(const Locked& state)
 {
-    const std::uint32_t process = platform::processId();
-    if (seededProcess == process) return 0;
-    randPool = Pool{};
-    if (randSeedFromSystem(randPool, ofProcess) < 0) return -1;
-    seededProcess = process;
+    if (state->isSeeded) return 0;
+    if (randSeedFromSystem(state->randPool, ofProcess) < 0) return -1;
+    state->isSeeded = true;
     return 0;
 }
 
@@ -159,34 +160,35 @@ int randSeedProcess()
 
 int randSeed(const unsigned char* data, int length)
 {
-    const Locked lock;
-    if (randSeedProcess() < 0) return -1;
-    if (length > 0) randMix(randPool, data, static_cast<std::size_t>(length), nullptr, 0);
+    const Locked state;
+    if (randSeedProcess(state) < 0) return -1;
+    if (length > 0) randMix(state->randPool, data, static_cast<std::size_t>(length), nullptr, 0);
     return 0;
 }
 
 int randBytes(unsigned char* output, int length)
 {
-    const Locked lock;
-    if (randSeedProcess() < 0) return -1;
-    if (length > 0) randDraw<Md5Kind>(randPool, randPool.digest, randPool.digest, output, static_cast<std::size_t>(length));
+    const Locked state;
+    if (randSeedProcess(state) < 0) return -1;
+    Pool& pool = state->randPool;
+    if (length > 0) randDraw<Md5Kind>(pool, pool.digest, pool.digest, output, static_cast<std::size_t>(length));
     return 0;
 }
 
 int randBytesLocal(unsigned char* output, int length)
 {
     if (length < 1) return 0;
-    Pool pool;
+    Pool pool{};
     if (randSeedFromSystem(pool, ofCall) < 0) return -1;
     SecretArea<digestLength> digest;
     {
-        const Locked lock;
-        std::memcpy(digest.bytes, randPool.digest, digestLength);
+        const Locked state;
+        std::memcpy(digest.bytes, state->randPool.digest, digestLength);
     }
     randDraw<Sha1Kind>(pool, digest.bytes, pool.digest, output, static_cast<std::size_t>(length));
     {
-        const Locked lock;
-        std::memcpy(randPool.digest, digest.bytes, digestLength);
+        const Locked state;
+        std::memcpy(state->randPool.digest, digest.bytes, digestLength);
     }
     wipe(&pool, sizeof pool);
     return 0;
