@@ -11,9 +11,10 @@ public:
 
     // HMAC-SHA-1 of the data, 20 bytes. 1: algorithm not supported, 3: the engine failed.
     int GenerateMAC(int nAlgID, ByteString& key, ByteString& data, ByteString& out);
-    // The XOR of a chain of MACs: of `firstLink`, and of `furtherLinks` more, each of which is the MAC of the one before it.
-    // 1: algorithm not supported, 3: the engine failed.
-    int ChainMAC(int nAlgID, ByteString& key, ByteString& firstLink, int furtherLinks, ByteString& out);
+    // The XOR of a chain of MACs: of a first link, and of `furtherLinks` more, each of which is the MAC of the one before it.
+    // Up to six first links, one behind the other, give as many chains, which take less time together. 1: algorithm not
+    // supported, 3: the engine failed.
+    int ChainMAC(int nAlgID, ByteString& key, ByteString& firstLinks, int furtherLinks, ByteString& out);
 };
 
 } // namespace vrno

@@ -122,6 +122,12 @@ TEST(Facade, ChainedMacsAreXored)
     for (int i = 0; i < 20; ++i) EXPECT_EQ(chain.getBytes()[i], out.getBytes()[i] ^ second.getBytes()[i]);
     EXPECT_EQ(mac.ChainMAC(vnHmacSha1, key, out, 0, chain), 0);
     EXPECT_EQ(bytes(chain), bytes(out));
+    ByteString both = out, separate[2];
+    both += second;
+    EXPECT_EQ(mac.ChainMAC(vnHmacSha1, key, out, 7, separate[0]), 0);
+    EXPECT_EQ(mac.ChainMAC(vnHmacSha1, key, second, 7, separate[1]), 0);
+    EXPECT_EQ(mac.ChainMAC(vnHmacSha1, key, both, 7, chain), 0);
+    EXPECT_EQ(bytes(chain), bytes(separate[0]) + bytes(separate[1]));
 }
 
 TEST(Facade, AChainOfMessagesIsOneMessage)

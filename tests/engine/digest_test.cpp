@@ -182,6 +182,34 @@ TEST(Sha1, EveryKernelAgreesAtEveryLength)
     }
 }
 
+// Chains alone and side by side, beside the same loop over OpenSSL's HMAC.
+TEST(Hmac, EveryKernelRunsTheLoopOfPbkdf2)
+{
+    std::mt19937 random(5);
+    for (const int furtherLinks : {0, 1, 2, 5, 30}) {
+        const std::string key = randomText(random, 33), links = randomText(random, 100);
+        HMAC_State state;
+        HMAC_Init(state, key.data(), key.size());
+        for (std::size_t chains = 1; chains <= 5; ++chains) {
+            std::string expected = links.substr(0, 20 * chains), out(20 * chains + 1, '\0');
+            for (std::size_t chain = 0; chain < chains; ++chain) {
+                std::string link = links.substr(20 * chain, 20);
+                for (int i = 0; i < furtherLinks; ++i) {
+                    link = der(ofOpenssl("HMAC", key, link));
+                    for (std::size_t k = 0; k < 20; ++k) expected[20 * chain + k] ^= link[k];
+                }
+            }
+            for (const auto& kernel : sha1ChainKernels) {
+                if (!cpuHas(kernel.needs)) continue;
+                auto* const to = reinterpret_cast<unsigned char*>(out.data());
+                kernel.run(state.sha1.h, state.outer.h, to, reinterpret_cast<const unsigned char*>(links.data()), chains,
+                           furtherLinks);
+                ASSERT_EQ(hex(out), hex(expected + '\0')) << kernel.name << chains << "x" << furtherLinks;
+            }
+        }
+    }
+}
+
 TEST(Sha1, CompressAddsNoPadding)
 {
     std::uint32_t block[16]; // hashed as bytes in memory order

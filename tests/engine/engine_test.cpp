@@ -311,6 +311,8 @@ TEST(Engine, BadArgumentsOfOtherOperationsGiveTheirCodes)
     EXPECT_EQ(ZIRC_GenerateMAC(b, -1, 31400, b, &room, b, 1), 1107);
     EXPECT_EQ(ZIRC_GenerateMAC(b, 0, 31400, b, &room, nullptr, 1), 2108);
     EXPECT_EQ(ZIRC_ChainMAC(b, 16, 31400, b, &room, b, 19, 1), 2101);
+    EXPECT_EQ(ZIRC_ChainMAC(b, 16, 31400, b, &room, b, 0, 1), 2101);
+    EXPECT_EQ(ZIRC_ChainMAC(b, 16, 31400, b, &room, b, 40, 1), 2103);
     EXPECT_EQ(ZIRC_SignData(nullptr, 900, 121401, b, &room, b, 1), 1106);
     EXPECT_EQ(ZIRC_SignData(b, 99, 121401, b, &room, b, 1), 1107);
     EXPECT_EQ(ZIRC_VerifyData(b, 135, 121401, b, 128, b, 1), 1107);

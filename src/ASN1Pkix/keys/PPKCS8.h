@@ -48,7 +48,7 @@ private:
     int PBE_Initialize();
     int PBKDF1();
     int PBKDF2();
-    int PBKDF2_F(unsigned char blockIndex, ByteString& out);
+    int PBKDF2_F(int blocks, ByteString& out);
     int pkcs12Kdf();
     int Encrypt(ByteString& in, ByteString& out);
     int Decrypt(ByteString& in, ByteString& out);

@@ -65,28 +65,29 @@ int PPKCS8::PBKDF1()
 // If the parameters have an IV, it stays, and only the key is derived.
 int PPKCS8::PBKDF2()
 {
+    constexpr int blockLength = 20;
     const bool derivesIv = m_bsIv.getLength() == 0;
     const int keyLength = m_pScheme->keyLength, ivLength = derivesIv ? m_pScheme->ivLength : 0;
-    ByteString t, block;
-    for (unsigned char index = 0; t.getLength() < keyLength + ivLength; ++index) {
-        if (PBKDF2_F(index, block) > 0) return fail(*this, 1, "this", *this);
-        t += block;
-        if (t.isOutOfMemory()) return failMemory(*this, 1, "T");
-    }
+    ByteString t;
+    if (PBKDF2_F((keyLength + ivLength) / blockLength + 1, t) > 0) return fail(*this, 1, "this", *this);
     if (m_bsKey.setData(t.getBytes(), keyLength) > 0) return failMemory(*this, 1, "m_bsKey");
     if (derivesIv && m_bsIv.setData(t.getBytes() + keyLength, ivLength) > 0) return failMemory(*this, 1, "m_bsIv");
     return 0;
 }
 
-// One block of 20 bytes.
-int PPKCS8::PBKDF2_F(unsigned char blockIndex, ByteString& out)
+// The blocks 1 to `blocks`, of 20 bytes each. Their chains run together.
+int PPKCS8::PBKDF2_F(int blocks, ByteString& out)
 {
-    const unsigned char number[4] = {0, 0, 0, static_cast<unsigned char>(blockIndex + 1)};
-    ByteString message, firstLink;
+    ByteString message, firstLink, firstLinks;
     VNMac mac;
-    if (message.join(m_bsSalt.octets(), number) > 0) return failMemory(*this, 1, "mac");
-    if (mac.GenerateMAC(vnHmacSha1, m_bsPassword, message, firstLink) > 0) return fail(*this, 1, "mac", mac);
-    if (mac.ChainMAC(vnHmacSha1, m_bsPassword, firstLink, m_nIterationCount - 1, out) > 0) return fail(*this, 2, "mac", mac);
+    for (int block = 1; block <= blocks; ++block) {
+        const unsigned char number[4] = {0, 0, 0, static_cast<unsigned char>(block)};
+        if (message.join(m_bsSalt.octets(), number) > 0) return failMemory(*this, 1, "mac");
+        if (mac.GenerateMAC(vnHmacSha1, m_bsPassword, message, firstLink) > 0) return fail(*this, 1, "mac", mac);
+        firstLinks += firstLink;
+        if (firstLinks.isOutOfMemory()) return failMemory(*this, 1, "mac");
+    }
+    if (mac.ChainMAC(vnHmacSha1, m_bsPassword, firstLinks, m_nIterationCount - 1, out) > 0) return fail(*this, 2, "mac", mac);
     return 0;
 }
 

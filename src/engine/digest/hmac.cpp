@@ -45,26 +45,10 @@ void HMAC_Final(HMAC_State& state, unsigned char* mac)
     wipe(inner, sizeof inner);
 }
 
-// The inner and the outer digest each hash a message of 20 bytes after a pad of 64: one block, whose end is always the same.
-void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLink, int furtherLinks)
+void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLinks, std::size_t length,
+                int furtherLinks)
 {
-    constexpr unsigned int bits = 8 * (64 + sha1DigestLength);
-    BlockFunction* const blocks = pick(sha1Kernels);
-    SecretArea<64> block;
-    std::memcpy(block.bytes, firstLink, sha1DigestLength);
-    std::memcpy(xorOfLinks, firstLink, sha1DigestLength);
-    block.bytes[sha1DigestLength] = 0x80;
-    store32<std::endian::big>(block.bytes + 60, bits);
-    std::uint32_t h[5];
-    for (; furtherLinks > 0; --furtherLinks) {
-        for (const SHA1_State* const pad : {&keyed.sha1, &keyed.outer}) {
-            std::memcpy(h, pad->h, sizeof h);
-            blocks(h, block.bytes, 1);
-            for (std::size_t i = 0; i < 5; ++i) store32<std::endian::big>(block.bytes + 4 * i, h[i]);
-        }
-        for (std::size_t i = 0; i < sha1DigestLength; ++i) xorOfLinks[i] ^= block.bytes[i];
-    }
-    wipe(h, sizeof h);
+    pick(sha1ChainKernels)(keyed.sha1.h, keyed.outer.h, xorOfLinks, firstLinks, length / sha1DigestLength, furtherLinks);
 }
 
 } // namespace vrno

@@ -19,8 +19,10 @@ void HMAC_Update(HMAC_State& state, const void* data, std::size_t length); // as
 // Writes 20 bytes outside the state. After it only Init is valid.
 void HMAC_Final(HMAC_State& state, unsigned char* mac);
 
-// The XOR of a chain of MACs: of `firstLink`, and of `furtherLinks` more, each of which is the MAC of the one before it: the
-// loop of PBKDF2 (RFC 8018, 5.2). Links and output have 20 bytes. `keyed` is a state after Init.
-void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLink, int furtherLinks);
+// The XOR of a chain of MACs: of a first link, and of `furtherLinks` more, each of which is the MAC of the one before it: the
+// loop of PBKDF2 (RFC 8018, 5.2). A link has 20 bytes. Several first links, one behind the other, give several chains and as
+// much output; two chains in one call take less time than in two. `keyed` is a state after Init.
+void HMAC_Chain(const HMAC_State& keyed, unsigned char* xorOfLinks, const unsigned char* firstLinks, std::size_t length,
+                int furtherLinks);
 
 } // namespace vrno

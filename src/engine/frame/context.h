@@ -42,8 +42,8 @@ struct Slots {
     int (*fnMacInit)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnMacUpdate)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnMacFinal)(ZIRC_Context&, unsigned char*, int*) = nullptr;
-    // Output, first link, count of further links.
-    int (*fnMacChain)(ZIRC_Context&, unsigned char*, const unsigned char*, int) = nullptr;
+    // Output, first links, their length, count of further links.
+    int (*fnMacChain)(ZIRC_Context&, unsigned char*, const unsigned char*, int, int) = nullptr;
 };
 inline constexpr Slots noSlots{};
 

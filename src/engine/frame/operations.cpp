@@ -1,6 +1,8 @@
 // ZIRC_DigestData, ZIRC_GenerateMAC, ZIRC_ChainMAC, ZIRC_SignData, ZIRC_VerifyData and ZIRC_GenerateRandom.
 #include "engine/frame/operation.h"
 
+#include <algorithm>
+
 namespace vrno {
 
 namespace {
@@ -71,16 +73,16 @@ int ZIRC_GenerateMAC(const unsigned char* key, int keyLength, int nAlgID, unsign
 }
 
 int ZIRC_ChainMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
-                  const unsigned char* firstLink, int linkLength, int furtherLinks)
+                  const unsigned char* firstLinks, int linksLength, int furtherLinks)
 {
     return stages([&](auto& c) { return ZIRC_MACInit(c, key, keyLength, nAlgID); },
                   [&](auto& c) {
-                      if (checkInput(c, firstLink, linkLength) > 0 ||
-                          checkOutput(c, output, *outputLength, c.sizes.nOutputBlockLen) > 0)
-                          return 1;
-                      *outputLength = c.sizes.nOutputBlockLen;
-                      if (linkLength != *outputLength) return ZIRC_SetError(c, ZIRC_INVALID_DATA);
-                      return runStagedSlot(c, &Slots::fnMacChain, output, firstLink, furtherLinks);
+                      const int link = c.sizes.nOutputBlockLen;
+                      if (checkInput(c, firstLinks, linksLength) > 0) return 1;
+                      if (checkOutput(c, output, *outputLength, std::max(link, linksLength)) > 0) return 1;
+                      if (linksLength == 0 || linksLength % link != 0) return ZIRC_SetError(c, ZIRC_INVALID_DATA);
+                      *outputLength = linksLength;
+                      return runStagedSlot(c, &Slots::fnMacChain, output, firstLinks, linksLength, furtherLinks);
                   });
 }
 

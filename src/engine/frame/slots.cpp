@@ -25,9 +25,9 @@ static int macFinal(ZIRC_Context& context, unsigned char* output, int* length)
     return 0;
 }
 
-static int macChain(ZIRC_Context& context, unsigned char* output, const unsigned char* firstLink, int furtherLinks)
+static int macChain(ZIRC_Context& context, unsigned char* output, const unsigned char* firstLinks, int length, int furtherLinks)
 {
-    HMAC_Chain(context.macState, output, firstLink, furtherLinks);
+    HMAC_Chain(context.macState, output, firstLinks, static_cast<std::size_t>(length), furtherLinks);
     return 0;
 }
 

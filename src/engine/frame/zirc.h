@@ -67,10 +67,11 @@ int ZIRC_DigestData(int nAlgID, unsigned char* output, int* outputLength, const 
 int ZIRC_GenerateMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                      const unsigned char* input, int inputLength);
 
-// The XOR of a chain of MACs: of `firstLink`, and of `furtherLinks` more, each of which is the MAC of the one before it: the
-// loop of PBKDF2 (RFC 8018, 5.2). A link has the length of the MAC.
+// The XOR of a chain of MACs: of a first link, and of `furtherLinks` more, each of which is the MAC of the one before it: the
+// loop of PBKDF2 (RFC 8018, 5.2). A link has the length of the MAC. Several first links, one behind the other, give as many
+// chains, which take less time together; the length is that of all first links, and of the output.
 int ZIRC_ChainMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
-                  const unsigned char* firstLink, int linkLength, int furtherLinks);
+                  const unsigned char* firstLinks, int linksLength, int furtherLinks);
 
 // The room of the output is not checked: it must hold the modulus, or the DER of a KCDSA signature.
 int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
