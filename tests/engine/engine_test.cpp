@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
@@ -371,31 +372,34 @@ TEST(Random, DrawsDiffer)
     }
 }
 
-// A child that fork() makes, and one that the kernel makes without the C library's knowledge.
+// Whether a child, by the C library or by the kernel alone, draws other bytes than its parent.
+static bool childDrawsOtherBytes(bool global, bool isRaw)
+{
+    const RandomSource source(global ? RandomSource::system : RandomSource::alwaysTheSame);
+    const auto draw = global ? randBytes : randBytesLocal;
+    unsigned char parents[32] = {}, childs[32] = {};
+    int ends[2];
+    if (randBytes(parents, 32) != 0 || draw(parents, 32) != 0 || pipe(ends) != 0) return false;
+    std::memset(parents, 0, 32);
+    const auto child = static_cast<pid_t>(isRaw ? syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0) : fork());
+    if (child == 0) _exit(draw(childs, 32) == 0 && write(ends[1], childs, 32) == 32 ? 0 : 1);
+    const bool areDrawn = draw(parents, 32) == 0 && exitStatus(child) == 0 && read(ends[0], childs, 32) == 32;
+    close(ends[0]);
+    close(ends[1]);
+    return areDrawn && text(childs, 32) != text(parents, 32);
+}
+
 TEST(Random, AChildDrawsOtherBytes)
 {
-    for (const bool isRaw : {false, true}) {
-        for (const bool global : {true, false}) {
-            const RandomSource source(global ? RandomSource::system : RandomSource::alwaysTheSame);
-            unsigned char parents[32] = {}, childs[32] = {};
-            const auto draw = global ? randBytes : randBytesLocal;
-            EXPECT_EQ(draw(parents, 32) + randBytes(parents, 32), 0); // seeds
-            int ends[2];
-            ASSERT_EQ(pipe(ends), 0);
-            const auto child = static_cast<pid_t>(isRaw ? syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0) : fork());
-            ASSERT_GE(child, 0);
-            if (child == 0) {
-                std::memset(parents, 0, 32);
-                _exit(draw(parents, 32) == 0 && write(ends[1], parents, 32) == 32 ? 0 : 1);
-            }
-            std::memset(parents, 0, 32);
-            EXPECT_EQ(draw(parents, 32), 0);
-            EXPECT_EQ(read(ends[0], childs, 32), 32);
-            EXPECT_NE(text(childs, 32), text(parents, 32)) << isRaw << global;
-            EXPECT_EQ(exitStatus(child), 0);
-            close(ends[0]);
-            close(ends[1]);
+    for (const bool global : {true, false}) {
+        EXPECT_TRUE(childDrawsOtherBytes(global, false));
+        EXPECT_TRUE(childDrawsOtherBytes(global, true));
+        const pid_t child = fork(); // whose kernel knows no mark for memory
+        if (child == 0) {
+            forgetForkMarks();
+            _exit(childDrawsOtherBytes(global, false) ? 0 : 1);
         }
+        EXPECT_EQ(exitStatus(child), 0);
     }
 }
 
@@ -408,10 +412,12 @@ TEST(Random, DrawsOfOneCallShareTheRunningDigest)
 
 TEST(Random, DrawsTakeTheDeviceAndFailWithoutIt)
 {
-    for (const bool isThere : {true, false}) {
+    for (const char* const device : {"works", "is missing", "fails"}) {
+        const bool isThere = *device == 'w';
         const pid_t child = fork(); // a child must seed its pool, too
         if (child == 0) {
-            const RandomSource source(isThere ? RandomSource::device : RandomSource::none);
+            const RandomSource source(*device == 'i' ? RandomSource::none : RandomSource::device);
+            const ReadHook reads([=] { return *device == 'f' ? EIO : 0; });
             const Context context;
             SeedCall padded;
             padded.padding = ZIRC_PAD_RANDOM;
@@ -420,7 +426,7 @@ TEST(Random, DrawsTakeTheDeviceAndFailWithoutIt)
                                      padded.encrypt(), VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED)};
             _exit(results == (isThere ? std::array<int, 5>{} : std::array{-1, -1, 110, 3110, 5001}) ? 0 : 1);
         }
-        EXPECT_EQ(exitStatus(child), 0) << isThere;
+        EXPECT_EQ(exitStatus(child), 0) << device;
     }
 }
 

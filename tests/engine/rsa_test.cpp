@@ -320,32 +320,26 @@ TEST(Rsa, APrivateExponentMayBeLongerThanTheModulus)
 // A number from the modulus on is no input, and a result is below the modulus even if that is not the product of the primes.
 TEST(Rsa, NumbersAreBelowTheModulus)
 {
-    const Key& key = keyOf(1024);
-    const Peer n = numberOf(key, "n");
-    int tried = 0;
-    for (int i = 0; i < 64; ++i) {
-        const std::string message = std::to_string(i);
-        std::string signature, cipherText, out;
-        ASSERT_EQ(sign(121401, key.privateBlob, message, signature), 0);
-        ASSERT_EQ(cipher(true, 12001, 6, key.publicBlob, "m", cipherText), 0);
-        for (std::string* const number : {&signature, &cipherText}) {
-            const Peer sum(*number);
-            BN_add(sum, sum, n);
-            *number = BN_num_bits(sum) > 1024 ? "" : sum.bytes(128);
-        }
-        if (signature.empty() || cipherText.empty()) continue;
-        EXPECT_EQ(verify(121401, key.publicBlob, message, signature), 3116);
-        EXPECT_EQ(cipher(false, 12001, 7, key.privateBlob, cipherText, out), 3110);
-        ++tried;
+    const Key& shorter = keyOf(1020); // whose double has as many octets
+    const Peer n = numberOf(shorter, "n");
+    std::string signature, cipherText, out;
+    ASSERT_EQ(sign(121401, shorter.privateBlob, "m", signature), 0);
+    ASSERT_EQ(cipher(true, 12001, 6, shorter.publicBlob, "m", cipherText), 0);
+    EXPECT_EQ(verify(121401, shorter.publicBlob, "m", signature), 0);
+    EXPECT_EQ(cipher(false, 12001, 7, shorter.privateBlob, cipherText, out), 0);
+    for (std::string* const number : {&signature, &cipherText}) {
+        const Peer sum(*number);
+        BN_add(sum, sum, n);
+        *number = sum.bytes(128);
     }
-    EXPECT_GT(tried, 0);
+    EXPECT_EQ(verify(121401, shorter.publicBlob, "m", signature), 3116);
+    EXPECT_EQ(cipher(false, 12001, 7, shorter.privateBlob, cipherText, out), 3110);
 
     Peer least; // the least odd number of 1024 bits
     BN_set_bit(least, 1023);
     BN_add_word(least, 1);
-    const std::string blob = blobWith(key, "n", least);
+    const std::string blob = blobWith(keyOf(1024), "n", least);
     for (int i = 0; i < 32; ++i) {
-        std::string signature;
         ASSERT_EQ(sign(121401, blob, std::to_string(i), signature), 0);
         EXPECT_LT(BN_cmp(Peer(signature), least), 0);
     }

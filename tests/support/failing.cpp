@@ -1,6 +1,7 @@
 // What fails on demand: the linker sends malloc, calloc, realloc, free and getrandom here, and operator new is ours.
 #include "support/failing.h"
 
+#include <sys/mman.h>
 #include <sys/types.h>
 
 #include <algorithm>
@@ -26,6 +27,7 @@ bool refuses(std::size_t size)
 }
 
 thread_local test::RandomSource::Kind randomSource = test::RandomSource::system;
+thread_local bool isForkMarked = true;
 thread_local std::function<int()>* readHook = nullptr;
 
 thread_local test::HeapWatch* watch = nullptr;
@@ -62,6 +64,13 @@ int __wrap_open(const char* path, int flags)
 {
     if (randomSource != test::RandomSource::none || std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
     errno = ENOENT;
+    return -1;
+}
+int __real_madvise(void* area, std::size_t length, int advice);
+int __wrap_madvise(void* area, std::size_t length, int advice)
+{
+    if (isForkMarked || advice != MADV_WIPEONFORK) return __real_madvise(area, length, advice);
+    errno = EINVAL;
     return -1;
 }
 ssize_t __real_read(int file, void* out, std::size_t length);
@@ -136,6 +145,8 @@ long FailingAllocation::count() { return counted; }
 RandomSource::RandomSource(Kind kind) { randomSource = kind; }
 
 RandomSource::~RandomSource() { randomSource = system; }
+
+void forgetForkMarks() { isForkMarked = false; }
 
 ReadHook::ReadHook(std::function<int()> hook) : m_hook(std::move(hook)) { readHook = &m_hook; }
 

@@ -53,6 +53,9 @@ private:
     std::function<int()> m_hook;
 };
 
+// From now on the kernel of this thread cannot clear memory in children.
+void forgetForkMarks();
+
 // Where the system's random bytes come from while an object lives, on its thread.
 class RandomSource {
 public:
