@@ -187,11 +187,12 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
         {"VRNO_MEDIA_CARD_ReadPriKey 1 1234 password out", 0},
         {"VRNO_MEDIA_CARD_ReadPriKey 1 1234 wrongPassword out", 2004},
     };
-    for (const auto& [line, code] : table) {
+    for (const auto& row : table) {
+        const char* const line = row.first;
         Context context;
         EXPECT_EQ(VRNO_MEDIA_Load(context, STORAGE_LIBRARY), 0);
         HeapWatch heap;
-        EXPECT_EQ(call(context, line, input).code, code) << line;
+        EXPECT_EQ(call(context, line, input).code, row.second) << line;
         EXPECT_EQ(found(heap.freed(), secrets), "") << line;
         EXPECT_EQ(found({stackAfter([&] { call(context, line, input); })}, secrets), "") << line;
     }

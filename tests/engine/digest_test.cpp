@@ -7,13 +7,13 @@
 #include "engine/digest/sha1_kernels.h"
 #include "support/bytes.h"
 #include "support/cases.h"
+#include "support/folder.h"
 
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 #include <openssl/sha.h>
 
 #include <cstdio>
-#include <fstream>
 #include <functional>
 #include <random>
 
@@ -146,11 +146,11 @@ TEST(Digest, AgreesWithOpenssl)
 
 TEST(Digest, Has160AgreesWithRhash)
 {
+    const Folder folder;
     std::mt19937 random(3);
     std::string command = "rhash --has160 --printf '%{has160}\\n'", expected;
     for (const std::size_t length : {1U, 55U, 56U, 63U, 64U, 65U, 119U, 120U, 128U, 5000U}) {
-        const std::string data = randomText(random, length), file = testing::TempDir() + "has160." + std::to_string(length);
-        std::ofstream(file, std::ios::binary) << data;
+        const std::string data = randomText(random, length), file = folder.put(std::to_string(length), data);
         command += " " + file;
         expected += has160.run("", {data}) + "\n";
     }
