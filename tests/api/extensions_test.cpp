@@ -154,9 +154,8 @@ std::string basicConstraints(X509* x)
 void compare(X509* x, std::map<std::string, int>& texts)
 {
     const ASN1_OCTET_STRING* const keyId = X509_get0_subject_key_id(x);
-    const std::map<std::string, std::string> values = {{"GetKeyUsage", keyUsage(x)},
-                                                       {"GetBasicConstraints", basicConstraints(x)},
-                                                       {"GetSubKeyID", keyId ? hexOf(keyId) : ""}};
+    const std::map<std::string, std::string> values = {
+        {"GetKeyUsage", keyUsage(x)}, {"GetBasicConstraints", basicConstraints(x)}, {"GetSubKeyID", keyId ? hexOf(keyId) : ""}};
     Context context;
     ASSERT_EQ(context.load(encoded(i2d_X509, x)), 0) << context.error();
     for (const Case& c : cases("getters.txt", 6)) {
