@@ -85,9 +85,7 @@ TEST(Records, TBSCertificateKnowsItsOptionalParts)
     ASSERT_EQ(tbs.fromASN1Object(full), 0);
     EXPECT_EQ(tbs.m_ucBitMask, 0x09);
     EXPECT_EQ(tbs.getVersion(), 2);
-    EXPECT_EQ(hex(bytes(tbs.getSerialNumber(false))), "c302");
-    EXPECT_EQ(hex(bytes(tbs.getSerialNumber(true))), "ffc302");
-    EXPECT_EQ(tbs.getExtensions().getCount(), 1);
+    EXPECT_EQ(hex(bytes(tbs.getSerialNumber(false))) + hex(bytes(tbs.getSerialNumber(true))), "c302ffc302");
     EXPECT_EQ(hex(bytes(tbs.getExtensions().get(0))), "300706022a030401aa");
     EXPECT_EQ(bytes(tbs.getExtensions().get(1)), "");
     EXPECT_EQ(tbs.getExtensions().getLastError(), 1);

@@ -227,7 +227,8 @@ void expectCalls(const char* file, const Values& values)
             expected.resize(expected.size() - 3);
             told.resize(std::min(told.size(), expected.size()));
         }
-        EXPECT_EQ(told, expected);
+        // A text of a certificate in Hangul; binary output is compared as it is.
+        EXPECT_TRUE(told == expected || fromKsc(told) == expected) << told << "\n" << expected;
     }
 }
 
