@@ -181,6 +181,10 @@ TEST(Sequence, KeepsWhatItsReaderLooksAtAndCountsTheRest)
     ASSERT_EQ(sequence.fromASN1Object(data), 0);
     EXPECT_EQ(hex(bytes(sequence.takeLastComponent())), "0400");
     EXPECT_EQ(bytes(sequence.getComponent(0)), ""); // gone with the value
+    ASSERT_EQ(sequence.fromASN1Object(data), 0);
+    sequence.clearComponents();
+    EXPECT_EQ(sequence.getComponentCount(), 0);
+    EXPECT_EQ(hex(bytes(sequence.toASN1Object())), "3000");
 }
 
 // The octets that all three setValue forms take, in order.
