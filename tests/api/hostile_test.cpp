@@ -37,19 +37,14 @@ static void expectDocumented(const std::string& group, const Values& values)
 
 TEST(Hostile, EveryTruncationIsRefused)
 {
-    const Values good = goodValues();
-    const std::string &cert = good.at("cert"), &key = good.at("key"), &blob = good.at("blob");
     Context context;
-    for (std::size_t length = 1; length < cert.size(); ++length) {
-        EXPECT_EQ(context.load(cert.substr(0, length)), 1500) << length;
-    }
-    for (std::size_t length = 1; length < key.size(); ++length) {
-        const Values cut = with("key", key.substr(0, length));
-        EXPECT_EQ(call(context, "VRNO_PRIKEY_CheckKeyPair cert key", cut).code, 2003) << length;
-    }
-    for (std::size_t length = 1; length < blob.size(); ++length) {
-        const Values cut = with("blob", blob.substr(0, length));
-        EXPECT_EQ(call(context, "VRNO_PRIKEY_Decrypt password blob out", cut).code, 2001) << length;
+    for (const auto& [name, line, code] : {std::tuple{"cert", "VRNO_CERT_Load cert", 1500},
+                                           {"key", "VRNO_PRIKEY_CheckKeyPair cert key", 2003},
+                                           {"blob", "VRNO_PRIKEY_Decrypt password blob out", 2001}}) {
+        const std::string good = goodValues().at(name);
+        for (std::size_t length = 1; length < good.size(); ++length) {
+            EXPECT_EQ(call(context, line, with(name, good.substr(0, length))).code, code) << length;
+        }
     }
 }
 

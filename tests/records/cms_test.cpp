@@ -13,39 +13,19 @@ namespace {
 
 template <class Record> std::string written(Record& record) { return hex(bytes(record.toASN1Object())); }
 
-void makeRecipient(RRecipientInfo& recipient, const std::string& keyId, const std::string& key)
-{
-    ByteString id = byteString(keyId), octets = byteString(key);
-    RRecipientIdentifier rid;
-    RAlgorithmIdentifier rsa;
-    RKeyTransRecipientInfo ktri;
-    EXPECT_EQ(rsa.setAlgorithm("1 2 3", true), 0);
-    EXPECT_EQ(rid.setSubjectKeyIdentifier(id) + ktri.setVersion(2) + ktri.setRid(rid), 0);
-    EXPECT_EQ(ktri.setKeyEncryptionAlgorithm(rsa) + ktri.setEncryptedKey(octets), 0);
-    EXPECT_EQ(recipient.setKeyTransRecipientInfo(ktri), 0);
-}
-
 } // namespace
 
 TEST(Cms, MessageIsWrittenAsItWasPutTogether)
 {
-    RRecipientInfo second, first;
-    makeRecipient(second, "\xBB", "two");
-    makeRecipient(first, "\xAA", "one");
-    RRecipientInfos recipients; // the set is not sorted
-    EXPECT_EQ(recipients.addRecipientInfo(second) + recipients.addRecipientInfo(first), 0);
-
-    ByteString oid = byteString("1 2 4"), octets = byteString("ciphertext");
-    RAlgorithmIdentifier cipher;
-    REncryptedContentInfo content;
-    EXPECT_EQ(cipher.setAlgorithm("1 2 5", true) + content.setContentType(oid), 0);
-    EXPECT_EQ(content.setContentEncryptionAlgorithm(cipher) + content.setEncryptedContent(std::move(octets)), 0);
-    REnvelopedData enveloped;
-    EXPECT_EQ(enveloped.setVersion(2) + enveloped.setRecipientInfos(recipients) +
-                  enveloped.setEncryptedContentInfo(std::move(content)),
-              0);
     const std::string set = "31{ 30{020102 80{BB} 30{06{2A03}} 04{\"two\"}} 30{020102 80{AA} 30{06{2A03}} 04{\"one\"}} }";
     const std::string info = "30{06{2A04} 30{06{2A05}} 80{\"ciphertext\"}}";
+    ByteString recipientsIn = byteString(der(set)), contentIn = byteString(der(info)); // the set is not sorted
+    RRecipientInfos recipients;
+    REncryptedContentInfo content;
+    REnvelopedData enveloped;
+    EXPECT_EQ(recipients.fromASN1Object(recipientsIn) + content.fromASN1Object(contentIn), 0);
+    EXPECT_EQ(enveloped.setVersion(2) + enveloped.setRecipientInfos(recipients), 0);
+    EXPECT_EQ(enveloped.setEncryptedContentInfo(std::move(content)), 0);
     for (int i = 0; i < 2; ++i) EXPECT_EQ(written(enveloped), hex(der("30{020102" + set + info + "}"))); // uses nothing up
 
     ROriginatorInfo originator;

@@ -4,7 +4,9 @@
 #include "support/cases.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <deque>
+#include <fstream>
 #include <sstream>
 #include <tuple>
 
@@ -111,6 +113,13 @@ int chain(VRNO_API_CTX* context)
     return 0;
 }
 
+int put(VRNO_API_CTX*, const char* item, const VRNO_BINSTR* content)
+{
+    std::ofstream file(std::string(std::getenv("VRNO_STORAGE")) + "/" + item, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(content->pData), content->nLen);
+    return 0;
+}
+
 using Function = int (*)(VRNO_API_CTX*, Arguments&);
 template <auto... function> std::map<std::string, Function> functionsNamed(const char* names)
 {
@@ -126,7 +135,7 @@ const std::map<std::string, Function> functions = FUNCTIONS(
     VRNO_CERT_GetAIA, VRNO_CRYPT_GenKeyAndIV, VRNO_CRYPT_SetKeyAndIV, VRNO_CRYPT_GetKeyAndIV, VRNO_CRYPT_Encrypt,
     VRNO_CRYPT_Decrypt, VRNO_CMS_EncryptData, VRNO_PRIKEY_Encrypt, VRNO_PRIKEY_Decrypt, VRNO_PRIKEY_CheckKeyPair,
     VRNO_MEDIA_DISK_ReadFile, VRNO_MEDIA_DISK_ReadCert, VRNO_MEDIA_DISK_ReadPriKey, VRNO_MEDIA_Load, VRNO_MEDIA_Unload,
-    VRNO_MEDIA_CARD_ReadCert, VRNO_MEDIA_CARD_ReadPriKey, chain);
+    VRNO_MEDIA_CARD_ReadCert, VRNO_MEDIA_CARD_ReadPriKey, chain, put);
 #undef FUNCTIONS
 
 std::string nameOf(const std::string& line) { return line.substr(0, line.find(' ')); }
@@ -218,7 +227,8 @@ void expectCalls(const char* file, const Values& values)
             expected.resize(expected.size() - 3);
             told.resize(std::min(told.size(), expected.size()));
         }
-        EXPECT_EQ(told, expected);
+        // A text of a certificate in Hangul; binary output is compared as it is.
+        EXPECT_TRUE(told == expected || fromKsc(told) == expected) << told << "\n" << expected;
     }
 }
 

@@ -24,7 +24,7 @@ struct Result {
 // "empty", and both the notation that follows "der:" up to the end of the line; an output is "out".
 // A text has as much room as the number in front of it says, or 20 bytes, behind which nothing must be written. A call that
 // fails, but for memory, must leave its outputs as they were.
-// "chain" makes the context's session cipher chain its messages.
+// "chain" makes the context's session cipher chain its messages; "put 0020.item key" puts an item on the card.
 Result call(VRNO_API_CTX* context, const std::string& line, const Values& values = {});
 
 // The text that VRNO_CERT_<name> gives; and of one that must not fail.

@@ -4,7 +4,6 @@
 #include "support/bytes.h"
 
 #include <openssl/cms.h>
-#include <openssl/conf.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/x509.h>
@@ -18,9 +17,7 @@ struct Freed {
     void operator()(BIO* b) const { BIO_free(b); }
     void operator()(ASN1_OBJECT* o) const { ASN1_OBJECT_free(o); }
     void operator()(EVP_PKEY* k) const { EVP_PKEY_free(k); }
-    void operator()(EVP_PKEY_CTX* c) const { EVP_PKEY_CTX_free(c); }
     void operator()(PKCS8_PRIV_KEY_INFO* p) const { PKCS8_PRIV_KEY_INFO_free(p); }
-    void operator()(CONF* c) const { NCONF_free(c); }
     void operator()(EVP_CIPHER* c) const { EVP_CIPHER_free(c); }
     void operator()(EVP_MD_CTX* c) const { EVP_MD_CTX_free(c); }
     void operator()(CMS_ContentInfo* c) const { CMS_ContentInfo_free(c); }

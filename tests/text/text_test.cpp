@@ -37,20 +37,3 @@ TEST(Text, WhatIsNoSyllableBecomesQuestionMarks)
     EXPECT_EQ(UUnicode::Unicode2KSC(jamo, ksc), 0);
     EXPECT_EQ(hex(bytes(ksc)), "3f81413f3f");
 }
-
-TEST(Text, ByteOrderSwapsInPairs)
-{
-    unsigned char data[] = {1, 2, 3, 4};
-    EXPECT_EQ(UUnicode::SwapByteOrder(data, 3), 1);
-    EXPECT_EQ(data[0], 1);
-    EXPECT_EQ(UUnicode::SwapByteOrder(data, 4), 0);
-    EXPECT_EQ(data[0], 2);
-    EXPECT_EQ(data[3], 3);
-    EXPECT_EQ(UUnicode::SwapByteOrder(data, 0), 0);
-}
-
-TEST(Text, LiteralsConvertAtCompileTime)
-{
-    constexpr const char* literal = u8"\"%s\" 위치의 똠방 (1)"_ksc;
-    EXPECT_EQ(fromKsc(literal), "\"%s\" 위치의 똠방 (1)");
-}
