@@ -2,6 +2,8 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+as_root() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
+
 # Installs those Debian packages that are missing.
 need() {
     local package missing=()
@@ -9,11 +11,9 @@ need() {
         dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
     done
     [ ${#missing[@]} -eq 0 ] && return
-    local root=()
-    [ "$(id -u)" -eq 0 ] || root=(sudo)
     echo "Installing ${missing[*]}"
-    "${root[@]}" apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive "${root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    as_root apt-get update -qq
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
 # Configures and builds a preset, with the compilers in CXX and CC if they are set. A build folder of another compiler is

@@ -5,6 +5,7 @@
 #include "support/openssl.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <ctime>
 #include <filesystem>
 
@@ -12,17 +13,20 @@ using namespace test;
 
 namespace {
 
-std::time_t instant(const ASN1_TIME* time)
+// Seconds since 1970; std::time_t ends in January 2038 on 32-bit systems.
+std::int64_t instant(const ASN1_TIME* time)
 {
-    std::tm fields{};
-    EXPECT_EQ(ASN1_TIME_to_tm(time, &fields), 1);
-    return timegm(&fields);
+    const Owned<ASN1_TIME> epoch(ASN1_TIME_set(nullptr, 0));
+    int days = 0, seconds = 0;
+    EXPECT_EQ(ASN1_TIME_diff(&days, &seconds, epoch.get(), time), 1);
+    return std::int64_t{days} * 86400 + seconds;
 }
 
-std::string localText(std::time_t instant)
+std::string localText(std::int64_t instant)
 {
+    const auto time = static_cast<std::time_t>(instant);
     char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&instant));
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", std::localtime(&time));
     return text;
 }
 

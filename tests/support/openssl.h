@@ -14,6 +14,7 @@ namespace test {
 
 struct Freed {
     void operator()(X509* x) const { X509_free(x); }
+    void operator()(ASN1_STRING* s) const { ASN1_STRING_free(s); }
     void operator()(BIO* b) const { BIO_free(b); }
     void operator()(ASN1_OBJECT* o) const { ASN1_OBJECT_free(o); }
     void operator()(EVP_PKEY* k) const { EVP_PKEY_free(k); }
