@@ -176,6 +176,8 @@ typedef struct VRNO_BINSTR {
 #pragma pack(pop)
 
 /* Does not compile where a size or an offset is not that of the library, for pointers of 4 and of 8 bytes. */
+/* name is a name, so it has no parentheses. */
+/* NOLINTNEXTLINE(bugprone-macro-parentheses) */
 #define VRNO_LAYOUT(name, bytes, on32, on64) typedef char name[(bytes) == (sizeof(void*) == 8 ? (on64) : (on32)) ? 1 : -1]
 VRNO_LAYOUT(vrno_size_of_binstr, sizeof(VRNO_BINSTR), 8, 16);
 VRNO_LAYOUT(vrno_offset_of_length, offsetof(VRNO_BINSTR, nLen), 4, 8);
