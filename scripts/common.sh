@@ -12,7 +12,8 @@ need() {
     done
     [ ${#missing[@]} -eq 0 ] && return
     echo "Installing ${missing[*]}"
-    as_root apt-get update -qq
+    # A mirror that is being renewed may lack one list; what is missing is known when the installation fails.
+    as_root apt-get update -qq || true
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
