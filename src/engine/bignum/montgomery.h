@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/bignum/bignum.h"
-#include "engine/cpu.h"
+#include "base/cpu.h"
 
 namespace vrno {
 

@@ -1,7 +1,7 @@
 // The kernels of SHA-1's block function and of the chains of HMAC.
 #pragma once
 
-#include "engine/cpu.h"
+#include "base/cpu.h"
 #include "engine/digest/iterated.h"
 
 namespace vrno {

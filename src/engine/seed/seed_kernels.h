@@ -2,7 +2,7 @@
 // before it.
 #pragma once
 
-#include "engine/cpu.h"
+#include "base/cpu.h"
 #include "engine/seed/seed.h"
 
 namespace vrno {

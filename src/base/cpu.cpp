@@ -1,4 +1,4 @@
-#include "engine/cpu.h"
+#include "base/cpu.h"
 
 #include <atomic>
 
