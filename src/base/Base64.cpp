@@ -1,6 +1,9 @@
 #include "base/Base64.h"
 
-#include <array>
+#include "base/Base64Kernels.h"
+#include "base/wipe.h"
+
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 
@@ -8,30 +11,42 @@ namespace vrno {
 
 namespace {
 
-constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr unsigned char noValue = 0xFF;
-
-constexpr std::array<unsigned char, 256> values = [] {
-    std::array<unsigned char, 256> table{};
-    table.fill(noValue);
-    for (unsigned char value = 0; value < 64; ++value) table[static_cast<unsigned char>(alphabet[value])] = value;
-    return table;
-}();
-
-// Writes the four characters of up to three octets. Missing octets count as zero; each gives a "=".
-void encodeGroup(const unsigned char* octets, std::size_t count, unsigned char* out)
-{
-    std::uint32_t group = 0;
-    for (std::size_t i = 0; i < 3; ++i) group = group << 8 | (i < count ? octets[i] : 0U);
-    for (std::size_t i = 0; i < 4; ++i) {
-        out[i] = i <= count ? static_cast<unsigned char>(alphabet[group >> (18 - 6 * i) & 63]) : static_cast<unsigned char>('=');
-    }
-}
+using namespace base64;
 
 int failMemory(ByteString& out)
 {
     out.setOutOfMemory();
     return 1;
+}
+
+// All whole groups, up to the first that a decoder does not take. The count of bytes that were converted.
+template <std::size_t kernels>
+std::size_t convertGroups(const Kernel<Function> (&table)[kernels], Function portable, unsigned char* out, Octets in,
+                          std::size_t inGroup, std::size_t outGroup)
+{
+    const std::size_t fast = pick(table)(out, in.data(), in.size());
+    return fast + portable(out + fast / inGroup * outGroup, in.data() + fast, in.size() - fast);
+}
+
+// The last group, which is not whole: missing octets count as zero.
+void encodeLast(unsigned char* out, Octets octets)
+{
+    SecretArea<octetsOfGroup> group;
+    std::copy(octets.begin(), octets.end(), group.bytes);
+    encodePortable(out, group.bytes, octetsOfGroup);
+    std::fill(out + octets.size() + 1, out + charactersOfGroup, static_cast<unsigned char>('='));
+}
+
+// The same back. False for a character outside the alphabet.
+bool decodeLast(unsigned char* out, Octets text)
+{
+    SecretArea<charactersOfGroup> group;
+    SecretArea<octetsOfGroup> octets;
+    std::fill_n(group.bytes, charactersOfGroup, static_cast<unsigned char>(alphabet[0]));
+    std::copy(text.begin(), text.end(), group.bytes);
+    if (decodePortable(octets.bytes, group.bytes, charactersOfGroup) == 0) return false;
+    std::copy_n(octets.bytes, text.size() - 1, out);
+    return true;
 }
 
 } // namespace
@@ -45,11 +60,10 @@ int base64Encode(Octets in, ByteString& out)
     const std::uint64_t length = (std::uint64_t{in.size()} + 2) / 3 * 4;
     if (length >= INT_MAX) return 1;
     ByteString text;
-    unsigned char* to = text.makeRoom(static_cast<int>(length));
+    unsigned char* const to = text.makeRoom(static_cast<int>(length));
     if (!to) return failMemory(out);
-    std::size_t at = 0;
-    for (; in.size() - at >= 3; at += 3, to += 4) encodeGroup(&in[at], 3, to);
-    if (at < in.size()) encodeGroup(&in[at], in.size() - at, to);
+    const std::size_t done = convertGroups(encodeKernels, encodePortable, to, in, octetsOfGroup, charactersOfGroup);
+    if (done < in.size()) encodeLast(to + done / octetsOfGroup * charactersOfGroup, in.subspan(done));
     out.swap(text);
     return 0;
 }
@@ -64,20 +78,12 @@ int base64Decode(Octets in, ByteString& out)
         return 0;
     }
     ByteString octets;
-    unsigned char* to = octets.makeRoom(static_cast<int>(text.size() * 3 / 4));
+    unsigned char* const to = octets.makeRoom(static_cast<int>(text.size() * 3 / 4));
     if (!to) return failMemory(out);
-    std::uint32_t bits = 0;
-    int count = 0; // the number of low bits of `bits` that are not written yet
-    for (const unsigned char character : text) {
-        const unsigned char value = values[character];
-        if (value == noValue) return 1;
-        bits = bits << 6 | value;
-        count += 6;
-        if (count >= 8) {
-            count -= 8;
-            *to++ = static_cast<unsigned char>(bits >> count);
-        }
-    }
+    const std::size_t done = convertGroups(decodeKernels, decodePortable, to, text, charactersOfGroup, octetsOfGroup);
+    const Octets last = text.subspan(done);
+    if (last.size() >= charactersOfGroup) return 1;
+    if (!last.empty() && !decodeLast(to + done / charactersOfGroup * octetsOfGroup, last)) return 1;
     out.swap(octets);
     return 0;
 }

@@ -8,6 +8,8 @@ namespace vrno {
 enum class CpuFeature : unsigned {
     none,          // what every processor has
     shaExtensions, // the SHA-1 instructions of x86, with SSSE3 and SSE4.1 for the shuffles around them
+    avx2,          // AVX2, whose registers the operating system saves
+    vbmi512,       // AVX-512 F, BW and VBMI, whose registers the operating system saves
     gfni512,       // GFNI with AVX-512 F, BW and VL, whose registers the operating system saves
     ifma512,       // AVX-512 F, VL and IFMA, whose registers the operating system saves, and BMI2
 };

@@ -1,15 +1,18 @@
 // ByteString and what stands on it: the trail, the clock, Base64 and the builder.
 #include "base/Base64.h"
+#include "base/Base64Kernels.h"
 #include "base/ByteBuilder.h"
 #include "base/DateTime.h"
 #include "base/Objects.h"
 #include "support/bytes.h"
 #include "support/cases.h"
 #include "support/failing.h"
+#include "support/guarded.h"
 
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
+#include <cctype>
 #include <cstdlib>
 #include <ctime>
 
@@ -160,6 +163,44 @@ TEST(Base64, IsThatOfOpenSSLForEveryLength)
         ASSERT_EQ(bytes(text), expected);
         ASSERT_EQ(base64Decode(text.octets(), back), 0);
         ASSERT_EQ(bytes(back), data);
+    }
+}
+
+// A kernel and the portable one behind it, in areas that end where no access is allowed.
+std::string converted(base64::Function kernel, base64::Function portable, const std::string& in, std::size_t inGroup,
+                      std::size_t outGroup)
+{
+    const test::Guarded from(in), to(std::string(in.size() / inGroup * outGroup, '\0'));
+    const auto out = const_cast<unsigned char*>(to.data());
+    std::size_t done = kernel(out, from.data(), in.size());
+    EXPECT_EQ(done % inGroup, 0U);
+    done += portable(out + done / inGroup * outGroup, from.data() + done, in.size() - done);
+    return std::string(reinterpret_cast<const char*>(out), done / inGroup * outGroup);
+}
+
+TEST(Base64, KernelsAgreeWithThePortableOne)
+{
+    const auto compare = [](const auto& kernels, base64::Function portable, const std::string& in, std::size_t inGroup,
+                            std::size_t outGroup) {
+        const std::string expected = converted(portable, portable, in, inGroup, outGroup);
+        for (const auto& kernel : kernels) {
+            if (!cpuHas(kernel.needs)) continue;
+            EXPECT_EQ(converted(kernel.run, portable, in, inGroup, outGroup), expected) << kernel.name;
+        }
+        return expected;
+    };
+    std::string octets, text;
+    for (unsigned length = 0; length < 300; ++length, octets += static_cast<char>(length * 89 + length / 3)) {
+        text = compare(base64::encodeKernels, base64::encodePortable, octets, 3, 4);
+        compare(base64::decodeKernels, base64::decodePortable, text, 4, 3);
+    }
+    for (std::size_t at = 92; at < 160; ++at) { // a wrong character ends the decoding in front of its group
+        for (unsigned value = 0; value < 256; ++value) {
+            std::string changed = text.substr(0, 160);
+            changed[at] = static_cast<char>(value);
+            const std::string out = compare(base64::decodeKernels, base64::decodePortable, changed, 4, 3);
+            ASSERT_EQ(out.size(), std::isalnum(static_cast<int>(value)) || value == '+' || value == '/' ? 120U : at / 4 * 3);
+        }
     }
 }
 
