@@ -65,7 +65,11 @@ ByteString& DateTime::formatTime(const char* fmt)
     fields.tm_isdst = m_nDstFlag;
     if (std::mktime(&fields) == static_cast<std::time_t>(-1)) return m_bsText;
     char text[1024] = {};
+    // The format is the caller's own.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
     if (std::strftime(text, sizeof text, fmt, &fields) > 0) m_bsText = text;
+#pragma GCC diagnostic pop
     return m_bsText;
 }
 
