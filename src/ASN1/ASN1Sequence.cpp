@@ -15,7 +15,12 @@ ASN1Sequence::ASN1Sequence() : ASN1Sequence(sequenceType.tag) {}
 
 ASN1Set::ASN1Set() : ASN1Sequence(setType.tag) {}
 
-ASN1Sequence::~ASN1Sequence() { delete[] pComponentInfo; }
+ASN1Sequence::~ASN1Sequence() { releaseTable(); }
+
+void ASN1Sequence::releaseTable()
+{
+    if (pComponentInfo != m_firstComponents) delete[] pComponentInfo;
+}
 
 int ASN1Sequence::fromASN1Object(ByteString& data) { return decodeComponents(data, sequenceType); }
 
@@ -74,15 +79,15 @@ const ComponentInfo* ASN1Sequence::entry(int index) const
     return index >= 0 && index < std::min(m_nComponentCount, m_nMaxKept) ? pComponentInfo + index : nullptr;
 }
 
-// The table grows by 20 entries while it is short and by half when it is long, so that a hostile value of hundreds of thousands of
-// components takes linear time.
+// The first table lies in the object. It grows by 20 entries while it is short and by half when it is long, so that a hostile value
+// of hundreds of thousands of components takes linear time.
 int ASN1Sequence::ReallocCompontntInfo()
 {
     const int capacity = m_nComponentCapacity + (m_nComponentCapacity < 1000 ? 20 : m_nComponentCapacity / 2);
     auto* const table = new (std::nothrow) ComponentInfo[static_cast<std::size_t>(capacity)];
     if (!table) return failMemory(*this, 1, "pComponentInfo");
     if (m_nComponentCount > 0) std::memcpy(table, pComponentInfo, static_cast<std::size_t>(m_nComponentCount) * sizeof *table);
-    delete[] pComponentInfo;
+    releaseTable();
     pComponentInfo = table;
     m_nComponentCapacity = capacity;
     return 0;

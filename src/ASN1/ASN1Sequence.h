@@ -43,10 +43,12 @@ public:
     ByteString& encodeInPlace();
     void clearComponents();
 
+    static constexpr int capacityAtFirst = 20;
+
     int m_nComponentCount = 0;
-    int m_nComponentCapacity = 0;
+    int m_nComponentCapacity = capacityAtFirst;
     int m_nMaxKept = 0x7FFFFFFF;
-    ComponentInfo* pComponentInfo = nullptr;
+    ComponentInfo* pComponentInfo = m_firstComponents; // or a longer table from the heap
 
 protected:
     explicit ASN1Sequence(unsigned char primitiveTag);
@@ -58,6 +60,9 @@ private:
     int makeEntry(int length, int tag, Here at);
     int ExtractComponentInfo();
     int ReallocCompontntInfo();
+    void releaseTable();
+
+    ComponentInfo m_firstComponents[capacityAtFirst];
 };
 
 class ASN1Set : public ASN1Sequence {

@@ -185,8 +185,10 @@ int Call::handOver(ByteString& data, VRNO_BINSTR* out)
     if (m_code != 0) return m_code;
     VRNO_BINSTR_Delete(out);
     if (data.getLength() == 0) return 0;
-    out->nLen = static_cast<unsigned int>(data.getLength());
+    const auto length = static_cast<unsigned int>(data.getLength());
     out->pData = data.release();
+    if (!out->pData) return noMemory();
+    out->nLen = length;
     return 0;
 }
 

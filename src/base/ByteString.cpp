@@ -12,14 +12,6 @@
 
 namespace vrno {
 
-// A block for `length` bytes, with the zero after them already set; null on allocation failure.
-static unsigned char* newBlock(int length)
-{
-    auto* const block = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(length) + 1));
-    if (block) block[length] = 0;
-    return block;
-}
-
 static void copyBytes(unsigned char* to, const void* from, int length)
 {
     if (length > 0) std::memcpy(to, from, static_cast<std::size_t>(length));
@@ -42,10 +34,33 @@ ByteString::ByteString(const ByteString& other)
 
 ByteString::~ByteString() { releaseBlock(); }
 
+// A block for `length` bytes and the zero; null on allocation failure. It may be the one in use, with the content.
+unsigned char* ByteString::newBlock(int length)
+{
+    return length <= maxShort ? m_short : static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(length) + 1));
+}
+
+// Takes a block of newBlock() that the caller has filled, and releases the old one if it is another.
+void ByteString::replaceBlock(unsigned char* block, int length)
+{
+    if (block != m_pData) {
+        releaseBlock();
+    } else if (length < m_nLength) {
+        shorten(length);
+    }
+    block[length] = 0;
+    m_pData = block;
+    m_nLength = length;
+}
+
 void ByteString::releaseBlock()
 {
-    wipe();
-    std::free(m_pData);
+    if (isShort()) {
+        vrno::wipe(m_short, sizeof m_short);
+    } else {
+        wipe();
+        std::free(m_pData);
+    }
 }
 
 void ByteString::copyStatus(const ByteString& other)
@@ -55,16 +70,16 @@ void ByteString::copyStatus(const ByteString& other)
 
 int ByteString::setData(const void* data, int length)
 {
-    // The old block is released after the copy, since `data` may lie in it.
-    unsigned char* block = nullptr;
     const bool wanted = data != nullptr && length >= 0 && length < INT_MAX;
-    if (wanted) block = newBlock(length);
-    if (block) copyBytes(block, data, length);
-    clear();
-    if (!block) return m_nError = wanted || (data != nullptr && length == INT_MAX) ? outOfMemory : good;
-    m_pData = block;
-    m_nLength = length;
-    return good;
+    unsigned char* const block = wanted ? newBlock(length) : nullptr;
+    if (!block) {
+        clear();
+        return m_nError = wanted || (data != nullptr && length == INT_MAX) ? outOfMemory : good;
+    }
+    // The old block is released after the copy, since `data` may lie in it.
+    if (length > 0) std::memmove(block, data, static_cast<std::size_t>(length));
+    replaceBlock(block, length);
+    return m_nError = good;
 }
 
 int ByteString::join(Octets first, Octets second)
@@ -116,21 +131,20 @@ int ByteString::append(const void* data, int length)
     if (length >= INT_MAX - m_nLength) return outOfMemory;
     unsigned char* const block = newBlock(m_nLength + length);
     if (!block) return outOfMemory;
-    copyBytes(block, m_pData, m_nLength);
+    if (block != m_pData) copyBytes(block, m_pData, m_nLength);
     copyBytes(block + m_nLength, data, length);
-    releaseBlock();
-    m_pData = block;
-    m_nLength += length;
+    replaceBlock(block, m_nLength + length);
     return good;
 }
 
-// Returns a block of `size` bytes that starts with the content and replaces the old block. On allocation failure it returns null
+// Returns a block for `length` bytes that starts with the content and replaces the old block. On allocation failure it returns null
 // and keeps the old one.
-unsigned char* ByteString::grownBlock(std::size_t size)
+unsigned char* ByteString::grownBlock(int length)
 {
-    if (size > maxCopiedBlock) return static_cast<unsigned char*>(std::realloc(m_pData, size));
-    auto* const block = static_cast<unsigned char*>(std::malloc(size));
-    if (!block) return nullptr;
+    const auto size = static_cast<std::size_t>(length) + 1;
+    if (size > maxCopiedBlock && !isShort()) return static_cast<unsigned char*>(std::realloc(m_pData, size));
+    unsigned char* const block = newBlock(length);
+    if (!block || block == m_pData) return block;
     copyBytes(block, m_pData, m_nLength);
     releaseBlock();
     return block;
@@ -141,13 +155,14 @@ int ByteString::prepend(Octets front)
     if (front.empty()) return good;
     const auto length = static_cast<std::size_t>(m_nLength);
     if (front.size() >= INT_MAX - length) return outOfMemory;
-    unsigned char* const block = grownBlock(front.size() + length + 1);
+    const int grown = m_nLength + static_cast<int>(front.size());
+    unsigned char* const block = grownBlock(grown);
     if (!block) return outOfMemory;
     std::memmove(block + front.size(), block, length);
     std::memcpy(block, front.data(), front.size());
-    block[front.size() + length] = 0;
+    block[grown] = 0;
     m_pData = block;
-    m_nLength += static_cast<int>(front.size());
+    m_nLength = grown;
     return good;
 }
 
@@ -209,6 +224,7 @@ unsigned char* ByteString::makeRoom(int length)
     if (length >= 0 && length < INT_MAX) m_pData = newBlock(length);
     if (m_pData) {
         m_nLength = length;
+        m_pData[length] = 0;
     } else {
         m_nError = outOfMemory;
     }
@@ -224,17 +240,29 @@ void ByteString::shorten(int length)
 
 unsigned char* ByteString::release()
 {
-    unsigned char* const block = m_pData;
-    m_pData = nullptr;
-    m_nLength = 0;
+    const auto size = static_cast<std::size_t>(m_nLength) + 1;
+    unsigned char* const block = isShort() ? static_cast<unsigned char*>(std::malloc(size)) : m_pData;
+    if (!isShort()) {
+        m_pData = nullptr;
+        m_nLength = 0;
+    } else if (block) {
+        std::memcpy(block, m_short, size);
+        clear();
+    } else {
+        setOutOfMemory();
+    }
     return block;
 }
 
 void ByteString::swap(ByteString& other)
 {
+    const bool isOwn = isShort(), isItsOwn = other.isShort();
     std::swap(m_nLength, other.m_nLength);
-    std::swap(m_pData, other.m_pData);
     std::swap(m_nError, other.m_nError);
+    std::swap(m_pData, other.m_pData);
+    std::swap(m_short, other.m_short);
+    if (isItsOwn) m_pData = m_short;
+    if (isOwn) other.m_pData = other.m_short;
 }
 
 void ByteString::wipe()

@@ -7,9 +7,9 @@
 
 namespace vrno {
 
-// Holds any bytes. A zero byte follows the data and is not counted, so that the content can be read as a text. A block comes from
-// malloc and belongs to one object; a copy has its own. A block is overwritten with zeros before it is released, because it may
-// hold a key; only the growth of a large block by prepend() cannot do that.
+// Holds any bytes. A zero byte follows the data and is not counted, so that the content can be read as a text. A block belongs to
+// one object; a copy has its own. A short one lies in the object, a longer one comes from malloc. A block is overwritten with zeros
+// before it is released, because it may hold a key; only the growth of a large block by prepend() cannot do that.
 //
 // Nothing throws. On allocation failure the status is 2, and the content is empty or, where a comment says so, unchanged. A copy
 // of an object with that status has it too, so the failure is not taken for empty data later.
@@ -72,7 +72,8 @@ public:
     // object is empty with the status 2. shorten() then reduces the length to what was filled.
     unsigned char* makeRoom(int length);
     void shorten(int length);
-    // Returns the block, which the caller must free(), and leaves the object empty; null if there is none.
+    // Returns the block, which the caller must free(), and leaves the object empty; null if there is none. A short block is copied:
+    // null, with the object empty and the status 2, on allocation failure.
     unsigned char* release();
     void swap(ByteString& other);
     // Overwrites the data with zeros; the length stays.
@@ -94,14 +95,21 @@ private:
     // ones hold messages, which are not secret and too large to be held twice.
     static constexpr std::size_t maxCopiedBlock = std::size_t{1} << 20;
 
+    // Up to this length the block lies in the object. It holds most tags, numbers, identifiers and dates.
+    static constexpr int maxShort = 23;
+
     int append(const void* data, int length);
-    unsigned char* grownBlock(std::size_t size);
+    unsigned char* newBlock(int length);
+    void replaceBlock(unsigned char* block, int length);
+    bool isShort() const { return m_pData == m_short; }
+    unsigned char* grownBlock(int length);
     void releaseBlock();
     void copyStatus(const ByteString& other);
 
     int m_nLength = 0;
-    unsigned char* m_pData = nullptr;
     int m_nError = good;
+    unsigned char* m_pData = nullptr;
+    unsigned char m_short[maxShort + 1] = {};
 };
 
 // A text made as by ByteString::format. It is empty on failure, and has status 2 if an allocation failed.

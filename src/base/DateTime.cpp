@@ -3,7 +3,7 @@
 #include "platform/platform.h"
 
 #include <atomic>
-#include <ctime>
+#include <tuple>
 
 namespace vrno {
 
@@ -50,6 +50,13 @@ void DateTime::setTime(int value, bool local)
     m_nMinute = fields.tm_min;
     m_nSecond = fields.tm_sec;
     if (local) m_nDstFlag = fields.tm_isdst;
+    m_converted = fields;
+}
+
+// What formatTime() takes from the fields.
+static auto fieldsOf(const std::tm& t)
+{
+    return std::tie(t.tm_year, t.tm_mon, t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec, t.tm_isdst);
 }
 
 ByteString& DateTime::formatTime(const char* fmt)
@@ -63,7 +70,8 @@ ByteString& DateTime::formatTime(const char* fmt)
     fields.tm_min = m_nMinute;
     fields.tm_sec = m_nSecond;
     fields.tm_isdst = m_nDstFlag;
-    if (std::mktime(&fields) == static_cast<std::time_t>(-1)) return m_bsText;
+    // Normalising looks at the file of the time zone. It would not change what the system has converted.
+    if (fieldsOf(fields) != fieldsOf(m_converted) && std::mktime(&fields) == static_cast<std::time_t>(-1)) return m_bsText;
     char text[1024] = {};
     // The format is the caller's own.
 #pragma GCC diagnostic push

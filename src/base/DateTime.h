@@ -3,6 +3,8 @@
 
 #include "base/ByteString.h"
 
+#include <ctime>
+
 namespace vrno {
 
 class DateTime {
@@ -30,6 +32,9 @@ public:
     int m_nZoneOffset = 0;
     int m_nDstFlag = 0;
     ByteString m_bsText;
+
+private:
+    std::tm m_converted{}; // as the system gave it in setTime()
 };
 
 } // namespace vrno
