@@ -10,7 +10,7 @@ Operation encode(const Input& in)
 {
     return [out = std::string(modp_b64_encode_len(in.data.size()), 0), &in](Bytes* kept) mutable {
         const auto* const data = reinterpret_cast<const char*>(in.data.data());
-        keep(kept, out.data(), static_cast<std::size_t>(modp_b64_encode(out.data(), data, static_cast<int>(in.data.size()))));
+        keep(kept, out.data(), modp_b64_encode(out.data(), data, in.data.size()));
     };
 }
 
@@ -18,9 +18,9 @@ Operation decode(const Input& in)
 {
     return [out = std::string(modp_b64_decode_len(in.data.size()), 0), &in](Bytes* kept) mutable {
         const auto* const data = reinterpret_cast<const char*>(in.data.data());
-        const auto length = modp_b64_decode(out.data(), data, static_cast<int>(in.data.size()));
-        require(static_cast<int>(length) > 0, "modp_b64_decode");
-        keep(kept, out.data(), static_cast<std::size_t>(length));
+        const std::size_t length = modp_b64_decode(out.data(), data, in.data.size());
+        require(length != static_cast<std::size_t>(-1), "modp_b64_decode");
+        keep(kept, out.data(), length);
     };
 }
 

@@ -298,10 +298,14 @@ Operation bareTexts(const Input& in)
         const unsigned char* const end = at + in.certificate.size();
         long length = 0;
         int tag = 0, kind = 0;
-        const auto next = [&] { ASN1_get_object(&at, &length, &tag, &kind, end - at); };
-        next(); // Certificate
-        next(); // TBSCertificate
-        for (next(); !(kind == V_ASN1_CONTEXT_SPECIFIC && tag == 3); next()) at += length;
+        const auto enter = [&] { ASN1_get_object(&at, &length, &tag, &kind, end - at); };
+        enter(); // Certificate
+        enter(); // TBSCertificate
+        do {
+            enter();
+            if (kind == V_ASN1_CONTEXT_SPECIFIC && tag == 3) break;
+            at += length;
+        } while (at < end);
         const Owned<X509_EXTENSIONS, [](X509_EXTENSIONS* all) { sk_X509_EXTENSION_pop_free(all, X509_EXTENSION_free); }> all(
             d2i_X509_EXTENSIONS(nullptr, &at, length));
         BIO_reset(out.get());
