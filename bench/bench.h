@@ -93,6 +93,9 @@ inline Bytes padded(const Bytes& data)
     return all;
 }
 
+// The RSAPrivateKey of a PrivateKeyInfo stands behind so many bytes.
+inline constexpr std::size_t headOfRsaKey = 26;
+
 // Bytes in lower-case hexadecimal.
 std::string hex(const unsigned char* data, std::size_t length);
 

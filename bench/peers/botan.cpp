@@ -60,14 +60,15 @@ template <bool encrypts> Operation keyUnderPassword(const Input& in)
 // The private operation is blinded: this library has no other.
 Operation keyPair(const Input& in)
 {
-    Botan::DataSource_Memory source(in.privateKey.data(), in.privateKey.size());
-    const std::shared_ptr<Botan::Private_Key> key = Botan::PKCS8::load_key(source);
-    const auto signs = std::make_shared<Botan::PK_Signer>(*key, generator(), "EMSA3(SHA-160)");
-    const auto verifies = std::make_shared<Botan::PK_Verifier>(*key, "EMSA3(SHA-160)");
-    return [=](Bytes* kept) {
+    return [&in](Bytes* kept) {
         const std::uint8_t text[] = "text";
-        const std::vector<std::uint8_t> signature = signs->sign_message(text, sizeof text, generator());
-        keep(kept, verifies->verify_message(text, sizeof text, signature.data(), signature.size()) ? "pair" : "no pair");
+        Botan::DataSource_Memory source(in.privateKey.data(), in.privateKey.size());
+        const std::unique_ptr<Botan::Private_Key> key = Botan::PKCS8::load_key(source);
+        const std::unique_ptr<Botan::Public_Key> open = Botan::X509_Certificate(in.certificate).load_subject_public_key();
+        const std::vector<std::uint8_t> signature =
+            Botan::PK_Signer(*key, generator(), "EMSA3(SHA-160)").sign_message(text, sizeof text, generator());
+        Botan::PK_Verifier verifier(*open, "EMSA3(SHA-160)");
+        keep(kept, verifier.verify_message(text, sizeof text, signature.data(), signature.size()) ? "pair" : "no pair");
     };
 }
 

@@ -79,22 +79,20 @@ Operation certificateFields(const Input& in)
 // The private operation is blinded: this library has no other.
 Operation keyPair(const Input& in)
 {
-    const auto key = std::shared_ptr<mbedtls_pk_context>(new mbedtls_pk_context, [](mbedtls_pk_context* last) {
-        mbedtls_pk_free(last);
-        delete last;
-    });
-    mbedtls_pk_init(key.get());
-    require(mbedtls_pk_parse_key(key.get(), in.privateKey.data(), in.privateKey.size(), nullptr, 0) == 0, failure);
-    return [key, certificate = std::make_shared<Certificate>(in.certificate)](Bytes* kept) {
+    return [&in](Bytes* kept) {
+        const Certificate certificate(in.certificate);
+        mbedtls_pk_context key;
+        mbedtls_pk_init(&key);
+        require(mbedtls_pk_parse_key(&key, in.privateKey.data(), in.privateKey.size(), nullptr, 0) == 0, failure);
         unsigned char digest[20], signature[256];
         std::size_t length = 0;
         mbedtls_sha1_ret(reinterpret_cast<const unsigned char*>("text"), 4, digest);
-        require(mbedtls_pk_sign(key.get(), MBEDTLS_MD_SHA1, digest, sizeof digest, signature, &length, mbedtls_ctr_drbg_random,
+        require(mbedtls_pk_sign(&key, MBEDTLS_MD_SHA1, digest, sizeof digest, signature, &length, mbedtls_ctr_drbg_random,
                                 &generator().drbg) == 0,
                 failure);
-        keep(kept, mbedtls_pk_verify(&certificate->parsed.pk, MBEDTLS_MD_SHA1, digest, sizeof digest, signature, length) == 0
-                       ? "pair"
-                       : "no pair");
+        mbedtls_pk_free(&key);
+        mbedtls_pk_context open = certificate.parsed.pk; // a view
+        keep(kept, mbedtls_pk_verify(&open, MBEDTLS_MD_SHA1, digest, sizeof digest, signature, length) == 0 ? "pair" : "no pair");
     };
 }
 

@@ -158,16 +158,32 @@ Operation keyPair(const Input& in)
     };
 }
 
-// The private operation without blinding, which ours does not have.
+using RsaKey = Owned<RSA, RSA_free>;
+
+// The RSAPublicKey in a certificate, and the same read anew.
+Bytes publicKeyOf(const Input& in)
+{
+    const Certificate certificate = readCertificate(in);
+    const ASN1_BIT_STRING* const key = X509_get0_pubkey_bitstr(certificate.get());
+    return {key->data, key->data + key->length};
+}
+
+RsaKey readPublicKey(const Bytes& key)
+{
+    const unsigned char* from = key.data();
+    return RsaKey(d2i_RSAPublicKey(nullptr, &from, static_cast<long>(key.size())));
+}
+
+// The private operation without blinding, which ours does not have. Keys are read in each call, as ours does.
 Operation bareKeyPair(const Input& in)
 {
-    const Key key = readKey(in);
-    const std::shared_ptr<RSA> secret(EVP_PKEY_get1_RSA(key.get()), RSA_free);
-    const std::shared_ptr<RSA> open(EVP_PKEY_get1_RSA(X509_get0_pubkey(readCertificate(in).get())), RSA_free);
-    RSA_blinding_off(secret.get());
-    return [=](Bytes* kept) {
+    return [holder = publicKeyOf(in), &in](Bytes* kept) {
+        const unsigned char* from = in.privateKey.data() + headOfRsaKey;
+        const RsaKey secret(d2i_RSAPrivateKey(nullptr, &from, static_cast<long>(in.privateKey.size() - headOfRsaKey)));
+        const RsaKey open = readPublicKey(holder);
         unsigned char digest[20], signature[256];
         unsigned length = 0;
+        RSA_blinding_off(secret.get());
         SHA1(text, sizeof text, digest);
         RSA_sign(NID_sha1, digest, sizeof digest, signature, &length, secret.get());
         keep(kept, RSA_verify(NID_sha1, digest, sizeof digest, signature, length, open.get()) == 1 ? "pair" : "no pair");
@@ -213,18 +229,19 @@ template <class T> Bytes derOf(int (*encode)(const T*, unsigned char**), const T
     return out;
 }
 
-// ContentInfo and EnvelopedData of RFC 5652, around one KeyTransRecipientInfo. The certificate is read before.
+// ContentInfo and EnvelopedData of RFC 5652, around one KeyTransRecipientInfo. Of the certificate only
+// the key is read anew.
 Operation bareMessage(const Input& in)
 {
     const Certificate certificate = readCertificate(in);
-    const std::shared_ptr<RSA> holder(EVP_PKEY_get1_RSA(X509_get0_pubkey(certificate.get())), RSA_free);
     const Bytes name = element(0x30, {derOf<X509_NAME>(i2d_X509_NAME, X509_get_issuer_name(certificate.get())),
                                       derOf<ASN1_INTEGER>(i2d_ASN1_INTEGER, X509_get0_serialNumber(certificate.get()))});
     const Bytes enveloped{6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 7, 3},
         data{6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 7, 1},
         rsa{0x30, 0x0D, 6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 1, 1, 5, 0},
         seedId{6, 8, 0x2A, 0x83, 0x1A, 0x8C, 0x9A, 0x44, 1, 4}, zero{2, 1, 0};
-    return [=, reused = std::make_shared<Reused>(), &in](Bytes* kept) {
+    return [=, key = publicKeyOf(in), reused = std::make_shared<Reused>(), &in](Bytes* kept) {
+        const RsaKey holder = readPublicKey(key);
         unsigned char drawn[32]; // key and IV
         RAND_bytes(drawn, sizeof drawn);
         Bytes cipher(in.data.size() + 16), sealed(static_cast<std::size_t>(RSA_size(holder.get())));
