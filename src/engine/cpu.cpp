@@ -31,7 +31,11 @@ unsigned askProcessor()
     const unsigned basic = ecx;
     if (!__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx)) return found;
     if (has(basic, bit_SSSE3 | bit_SSE4_1) && has(ebx, bit_SHA)) found |= bit(CpuFeature::shaExtensions);
-    if (!has(basic, bit_OSXSAVE) || !has(savedRegisterSets(), sse | avx | avx512)) return found;
+    const unsigned saved = has(basic, bit_OSXSAVE) ? savedRegisterSets() : 0;
+    if (!has(saved, sse | avx)) return found;
+    if (has(ecx, bit_GFNI) && has(ebx, bit_AVX2)) found |= bit(CpuFeature::gfni256);
+    if (has(basic, bit_AES) && has(ebx, bit_AVX2)) found |= bit(CpuFeature::aes256);
+    if (!has(saved, avx512)) return found;
     if (has(ecx, bit_GFNI) && has(ebx, bit_AVX512F | bit_AVX512BW | bit_AVX512VL)) found |= bit(CpuFeature::gfni512);
     if (has(ebx, bit_AVX512F | bit_AVX512VL | bit_AVX512IFMA | bit_BMI2)) found |= bit(CpuFeature::ifma512);
     return found;

@@ -9,6 +9,8 @@ enum class CpuFeature : unsigned {
     none,          // what every processor has
     shaExtensions, // the SHA-1 instructions of x86, with SSSE3 and SSE4.1 for the shuffles around them
     gfni512,       // GFNI with AVX-512 F, BW and VL, whose registers the operating system saves
+    gfni256,       // GFNI with AVX2, whose registers the operating system saves
+    aes256,        // AES-NI with AVX2, whose registers the operating system saves
     ifma512,       // AVX-512 F, VL and IFMA, whose registers the operating system saves, and BMI2
 };
 
