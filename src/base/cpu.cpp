@@ -34,6 +34,8 @@ unsigned askProcessor()
     const unsigned saved = has(basic, bit_OSXSAVE) ? savedRegisterSets() : 0;
     if (!has(saved, sse | avx)) return found;
     if (has(ebx, bit_AVX2)) found |= bit(CpuFeature::avx2);
+    if (has(ebx, bit_AVX2) && has(ecx, bit_GFNI)) found |= bit(CpuFeature::gfni256);
+    if (has(ebx, bit_AVX2) && has(basic, bit_AES)) found |= bit(CpuFeature::aes256);
     if (!has(saved, avx512)) return found;
     if (has(ebx, bit_AVX512F | bit_AVX512BW) && has(ecx, bit_AVX512VBMI)) found |= bit(CpuFeature::vbmi512);
     if (has(ecx, bit_GFNI) && has(ebx, bit_AVX512F | bit_AVX512BW | bit_AVX512VL)) found |= bit(CpuFeature::gfni512);

@@ -11,6 +11,8 @@ enum class CpuFeature : unsigned {
     avx2,          // AVX2, whose registers the operating system saves
     vbmi512,       // AVX-512 F, BW and VBMI, whose registers the operating system saves
     gfni512,       // GFNI with AVX-512 F, BW and VL, whose registers the operating system saves
+    gfni256,       // GFNI with AVX2, whose registers the operating system saves
+    aes256,        // AES-NI with AVX2, whose registers the operating system saves
     ifma512,       // AVX-512 F, VL and IFMA, whose registers the operating system saves, and BMI2
 };
 

@@ -113,8 +113,8 @@ TEST(Seed, EveryKernelDecryptsLikeOneBlockAtATime)
 {
     SEED_Schedule schedule;
     SEED_SetKey(schedule, noise(16, 1).data());
-    for (std::size_t blocks = 0; blocks < 70; ++blocks) {
-        const Buffer in = noise(16 * blocks, 2);
+    for (std::size_t blocks = 0; blocks < 132; ++blocks) {
+        const Buffer in = noise(16 * blocks, static_cast<unsigned>(blocks));
         Buffer expected(in.size()), oneChain(16, 7);
         for (std::size_t i = 0; i < blocks; ++i) SEED_CbcDecrypt(schedule, &expected[16 * i], &in[16 * i], 16, oneChain.data());
         for (const Kernel<CbcFunction>& kernel : seedCbcDecryptKernels) {
@@ -125,6 +125,7 @@ TEST(Seed, EveryKernelDecryptsLikeOneBlockAtATime)
             ASSERT_EQ(out, expected) << kernel.name << " " << blocks;
             ASSERT_EQ(inPlace, expected);
             ASSERT_EQ(chain, oneChain);
+            ASSERT_EQ(otherChain, oneChain);
         }
     }
 }

@@ -12,8 +12,14 @@ using CbcFunction = void(const SEED_Schedule& schedule, unsigned char* output, c
                          unsigned char* chainingValue);
 
 CbcFunction seedCbcDecryptPortable;
+CbcFunction seedCbcDecryptGfni512, seedCbcDecryptGfni256, seedCbcDecryptAes256; // on x86 only
 
 inline constexpr Kernel<CbcFunction> seedCbcDecryptKernels[] = {
+#if defined(__x86_64__) || defined(__i386__)
+    {"gfni512", CpuFeature::gfni512, seedCbcDecryptGfni512},
+    {"gfni256", CpuFeature::gfni256, seedCbcDecryptGfni256},
+    {"aes256", CpuFeature::aes256, seedCbcDecryptAes256},
+#endif
     {"portable", CpuFeature::none, seedCbcDecryptPortable},
 };
 
