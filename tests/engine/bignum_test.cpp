@@ -1,4 +1,5 @@
 // Big numbers: compared with OpenSSL's on random and on extreme operands; word layers and kernels with each other.
+#include "engine/bignum/division.h"
 #include "engine/bignum/montgomery.h"
 #include "engine/bignum/primes.h"
 #include "engine/bignum/rows.h"
@@ -241,17 +242,25 @@ TEST(BigNumber, KernelsCarryThroughAllLimbs)
     }
 }
 
+// A row whose words are often all ones or zeros.
+template <std::size_t n> void drawRow(std::uint32_t (&row)[n])
+{
+    for (std::uint32_t& word : row)
+        word = static_cast<std::uint32_t>(numbers() % 3 ? numbers() : numbers() % 2 ? ~0U : numbers() % 3);
+}
+
 TEST(BigNumber, WordLayersAgree)
 {
-    const auto word = [] { return numbers() % 3 ? static_cast<unsigned>(numbers()) : numbers() % 2 ? ~0U : numbers() % 3; };
     for (int turn = 0; turn < 50000; ++turn) {
-        std::uint32_t a[5], r[2][5], squares[2][10];
-        const std::uint32_t w = static_cast<std::uint32_t>(word()), high = static_cast<std::uint32_t>(word());
-        for (int i = 0; i < 5; ++i) {
-            a[i] = static_cast<std::uint32_t>(word());
-            r[0][i] = r[1][i] = static_cast<std::uint32_t>(word());
-        }
+        std::uint32_t a[5], r[2][5], words[2], squares[2][10];
+        drawRow(a);
+        drawRow(words);
+        drawRow(r[0]);
+        std::memcpy(r[1], r[0], sizeof r[0]);
+        const auto [w, high] = words;
         ASSERT_EQ(WordsPortable::mulAddRow(r[0], a, 5, w), WordsNative::mulAddRow(r[1], a, 5, w));
+        ASSERT_EQ(0, std::memcmp(r[0], r[1], sizeof r[0]));
+        ASSERT_EQ(WordsPortable::mulSubRow(r[0], a, 5, w), WordsNative::mulSubRow(r[1], a, 5, w));
         ASSERT_EQ(0, std::memcmp(r[0], r[1], sizeof r[0]));
         ASSERT_EQ(WordsPortable::mulRow(r[0], a, 5, w), WordsNative::mulRow(r[1], a, 5, w));
         ASSERT_EQ(0, std::memcmp(r[0], r[1], sizeof r[0]));
@@ -260,6 +269,33 @@ TEST(BigNumber, WordLayersAgree)
         ASSERT_EQ(0, std::memcmp(squares[0], squares[1], sizeof squares[0]));
         if (high < w || w == 0) { ASSERT_EQ(WordsPortable::bnDivWords(high, a[0], w), WordsNative::bnDivWords(high, a[0], w)); }
     }
+}
+
+// Every layer's quotient, times the divisor, plus the remainder, is the dividend.
+template <class Layer> void divideAndMultiply()
+{
+    for (int turn = 0; turn < 30000; ++turn) {
+        std::uint32_t a[13], d[8], q[14], rem[8], product[21];
+        drawRow(a);
+        drawRow(d);
+        const std::size_t an = numbers() % 14, dn = 1 + numbers() % 8, digits = an < dn ? 0 : an - dn + 1;
+        d[dn - 1] |= 1U << (numbers() % 32);
+        std::fill_n(q, 14, 0x5A5A5A5AU);
+        divideRows<Layer>(q, rem, a, an, d, dn);
+        mulRows<WordsPortable>(product, d, dn, q, digits);
+        EXPECT_EQ(0U, addToRow(product + dn, digits, addRow(product, product, rem, dn)));
+        ASSERT_EQ(0, compareRows(product, a, an)) << turn;
+        ASSERT_EQ(significant(product + an, dn + digits - an), 0U) << turn;
+        ASSERT_LT(compareRows(rem, d, dn), 0) << turn;
+        ASSERT_EQ(q[digits], 0x5A5A5A5AU) << turn;
+    }
+}
+
+TEST(BigNumber, EveryLayerDivides)
+{
+    divideAndMultiply<WordsPortable>();
+    divideAndMultiply<WordsNative>();
+    divideAndMultiply<WidestWords>();
 }
 
 TEST(BigNumber, ZerosAndBadOperandsGiveDefinedResults)

@@ -1,8 +1,5 @@
 // Products, quotients and remainders.
-#include "engine/bignum/rows.h"
-
-#include <algorithm>
-#include <bit>
+#include "engine/bignum/division.h"
 
 namespace vrno {
 
@@ -53,41 +50,10 @@ void reduceRow(ZIRC_BN& r, const std::uint32_t* d, std::size_t n, std::uint32_t 
 
 } // namespace
 
-// Long division (Knuth, TAOCP 4.3.1, algorithm D) with d shifted so that its top bit is set. A digit estimated from the top
-// word of d is too large by 2 at most.
 void divideRows(std::uint32_t* q, std::uint32_t* rem, const std::uint32_t* a, std::size_t an, const std::uint32_t* d,
                 std::size_t dn)
 {
-    if (an < dn) {
-        std::copy_n(a, an, rem);
-        std::fill(rem + an, rem + dn, 0U);
-        return;
-    }
-    std::uint32_t dividend[maxDividend + 1], divisor[bnWords], product[bnWords + 1];
-    const int shift = std::countl_zero(d[dn - 1]);
-    const auto shifted = [shift](std::uint32_t word, std::uint32_t below) {
-        return shift > 0 ? word << shift | below >> (32 - shift) : word;
-    };
-    for (std::size_t i = 0; i < dn; ++i) divisor[i] = shifted(d[i], i > 0 ? d[i - 1] : 0);
-    for (std::size_t i = 0; i <= an; ++i) dividend[i] = shifted(i < an ? a[i] : 0, i > 0 ? a[i - 1] : 0);
-    const std::uint32_t top = divisor[dn - 1];
-    for (std::size_t j = an - dn + 1; j-- > 0;) {
-        std::uint32_t* const window = dividend + j; // dn + 1 words; its upper dn words are below the divisor
-        std::uint32_t digit = window[dn] == top ? ~0U : Words::bnDivWords(window[dn], window[dn - 1], top);
-        product[dn] = Words::mulRow(product, divisor, dn, digit);
-        while (compareRows(product, window, dn + 1) > 0) {
-            --digit;
-            product[dn] -= subRow(product, product, divisor, dn);
-        }
-        subRow(window, window, product, dn + 1);
-        if (q) q[j] = digit;
-    }
-    for (std::size_t i = 0; i < dn; ++i) {
-        rem[i] = shift > 0 ? dividend[i] >> shift | dividend[i + 1] << (32 - shift) : dividend[i];
-    }
-    wipe(dividend, 4 * (an + 1));
-    wipe(divisor, 4 * dn);
-    wipe(product, 4 * (dn + 1));
+    divideRows<WidestWords>(q, rem, a, an, d, dn);
 }
 
 void powerOfTwo(ZIRC_BN& r, std::size_t exponent, const ZIRC_BN& m)

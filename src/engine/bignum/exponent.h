@@ -34,7 +34,7 @@ template <class Element, int size> struct PowerTable {
     ~PowerTable() { wipe(v, sizeof v); }
 };
 
-// r = a to the power p, where r starts as the ring's one, by a sliding window over odd powers (HAC 14.85).
+// r = a to the power p, for a p above 0, by a sliding window over odd powers (HAC 14.85).
 template <class Ring> void power(Ring& ring, typename Ring::Element& r, const typename Ring::Element& a, const ZIRC_BN& p)
 {
     using Element = typename Ring::Element;
@@ -62,7 +62,11 @@ template <class Ring> void power(Ring& ring, typename Ring::Element& r, const ty
             }
         }
         for (int i = 0; i <= e && !start; ++i) ring.sqr(r);
-        ring.mul(r, r, odd.v[value >> 1]);
+        if (start) {
+            r = odd.v[value >> 1];
+        } else {
+            ring.mul(r, r, odd.v[value >> 1]);
+        }
         start = false;
         w -= e + 1;
     }
@@ -76,8 +80,8 @@ inline unsigned windowAt(const ZIRC_BN& p, int position, int bits)
     return window;
 }
 
-// The same with fixed windows, so that the order of squares and products depends on the length of p alone. In a ring of pairs
-// each half has its own p, and the longest counts.
+// The same with fixed windows, so that the order of squares and products depends on the length of p alone. r starts as the ring's
+// one. In a ring of pairs each half has its own p, and the longest counts.
 template <class Ring, class... Exponent>
 void powerSecret(Ring& ring, typename Ring::Element& r, const typename Ring::Element& a, const Exponent&... p)
 {

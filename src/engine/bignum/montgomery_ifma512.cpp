@@ -93,15 +93,17 @@ template <class L, std::size_t... z> IFMA512_INLINE void normalise(std::uint64_t
     (L::store(r + L::lanes * z, L::both(sums[z], full)), ...);
 }
 
-// The state of a product: the sums of limbs of a x b and of multiples of N, with zeros on top. The lowest limb is kept in
+// The state of a product: the sums of limbs of a x b and of multiples of N, with zeros on top. With two rows each of them has its
+// own sums, so that neither addition waits for the other; one row takes fewer registers and shifts. The lowest limb is kept in
 // `low`, so that the next multiple of N does not wait for the vectors; lane 0 has no meaning.
-template <class L, std::size_t Z> struct Product {
-    typename L::V A[Z], N[Z], x[Z + 1] = {}, y[Z + 1] = {};
+template <class L, std::size_t Z, int rows> struct Product {
+    typename L::V A[Z], N[Z], sums[rows][Z + 1] = {};
     std::uint64_t a0, N0, N1, n0, low = 0;
 };
 
-template <class L, std::size_t... z>
-IFMA512_INLINE void begin(Product<L, sizeof...(z)>& p, const std::uint64_t* a, const Modulus& modulus, std::index_sequence<z...>)
+template <class L, int rows, std::size_t... z>
+IFMA512_INLINE void begin(Product<L, sizeof...(z), rows>& p, const std::uint64_t* a, const Modulus& modulus,
+                          std::index_sequence<z...>)
 {
     ((p.A[z] = L::load(a + L::lanes * z), p.N[z] = L::load(modulus.N + L::lanes * z)), ...);
     p.a0 = a[0];
@@ -111,33 +113,35 @@ IFMA512_INLINE void begin(Product<L, sizeof...(z)>& p, const std::uint64_t* a, c
 }
 
 // Adds a limb of b times a, and the multiple of N that clears the lowest limb, which is then shifted out.
-template <class L, std::size_t... z>
-IFMA512_INLINE void turn(Product<L, sizeof...(z)>& p, std::uint64_t limb, std::index_sequence<z...>)
+template <class L, int rows, std::size_t... z>
+IFMA512_INLINE void turn(Product<L, sizeof...(z), rows>& p, std::uint64_t limb, std::index_sequence<z...>)
 {
+    auto &x = p.sums[0], &y = p.sums[rows - 1];
     const auto digit = L::all(limb);
-    ((p.x[z] = L::addLow(p.x[z], p.A[z], digit)), ...);
+    ((x[z] = L::addLow(x[z], p.A[z], digit)), ...);
     const DoubleLimb lowest = static_cast<DoubleLimb>(p.a0) * limb + p.low;
     const std::uint64_t lowestLimb = static_cast<std::uint64_t>(lowest) << spareBits;
     const std::uint64_t multiple = lowestLimb * p.n0; // in the upper 52 bits
     const auto multiples = L::all(multiple >> spareBits);
-    const __m128i next = _mm_add_epi64(L::bottom(p.x[0]), L::bottom(p.y[0]));
+    const __m128i next = rows > 1 ? _mm_add_epi64(L::bottom(x[0]), L::bottom(y[0])) : L::bottom(x[0]);
     // The lowest limb and that of N x multiple are both 0 or sum up to one that is carried.
     p.low =
         static_cast<std::uint64_t>(lowest >> limbBits) + (lowestLimb != 0) + static_cast<std::uint64_t>(_mm_extract_epi64(next, 1));
     p.low += static_cast<std::uint64_t>(static_cast<DoubleLimb>(p.N0) * multiple >> 64) + (p.N1 * multiple >> spareBits);
-    ((p.y[z] = L::addLow(p.y[z], p.N[z], multiples)), ...);
-    ((p.x[z] = L::down(p.x[z], p.x[z + 1])), ...);
-    ((p.y[z] = L::down(p.y[z], p.y[z + 1])), ...);
-    ((p.x[z] = L::addHigh(p.x[z], p.A[z], digit)), ...);
-    ((p.y[z] = L::addHigh(p.y[z], p.N[z], multiples)), ...);
+    ((y[z] = L::addLow(y[z], p.N[z], multiples)), ...);
+    ((x[z] = L::down(x[z], x[z + 1])), ...);
+    if constexpr (rows > 1) ((y[z] = L::down(y[z], y[z + 1])), ...);
+    ((x[z] = L::addHigh(x[z], p.A[z], digit)), ...);
+    ((y[z] = L::addHigh(y[z], p.N[z], multiples)), ...);
 }
 
-template <class L, std::size_t... z>
-IFMA512_INLINE void end(std::uint64_t* r, Product<L, sizeof...(z)>& p, std::index_sequence<z...> registers)
+template <class L, int rows, std::size_t... z>
+IFMA512_INLINE void end(std::uint64_t* r, Product<L, sizeof...(z), rows>& p, std::index_sequence<z...> registers)
 {
-    ((p.x[z] = L::add(p.x[z], p.y[z])), ...);
-    p.x[0] = L::pick(p.x[0], 1, L::all(p.low));
-    normalise<L>(r, p.x, registers);
+    auto& x = p.sums[0];
+    if constexpr (rows > 1) ((x[z] = L::add(x[z], p.sums[1][z])), ...);
+    x[0] = L::pick(x[0], 1, L::all(p.low));
+    normalise<L>(r, x, registers);
 }
 
 // r = a x b / R, below 2 x N.
@@ -145,7 +149,7 @@ template <class L, std::size_t... z>
 IFMA512 void multiply(std::uint64_t* r, const std::uint64_t* a, const std::uint64_t* b, const Modulus& modulus,
                       std::index_sequence<z...> registers)
 {
-    Product<L, sizeof...(z)> p;
+    Product<L, sizeof...(z), 2> p;
     begin(p, a, modulus, registers);
     for (std::size_t i = 0; i < modulus.limbs; ++i) turn(p, b[i], registers);
     end(r, p, registers);
@@ -157,7 +161,8 @@ template <class L, std::size_t... z>
 IFMA512 void multiplyPair(std::uint64_t* r, const std::uint64_t* a, const std::uint64_t* b, std::size_t second,
                           const Modulus (&modulus)[2], std::index_sequence<z...> registers)
 {
-    Product<L, sizeof...(z)> p, q;
+    constexpr int rows = sizeof...(z) < 5 ? 2 : 1; // two products with two rows of five do not fit into the registers
+    Product<L, sizeof...(z), rows> p, q;
     begin(p, a, modulus[0], registers);
     begin(q, a + second, modulus[1], registers);
     for (std::size_t i = 0; i < modulus[0].limbs; ++i) {

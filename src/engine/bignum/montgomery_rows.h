@@ -102,11 +102,11 @@ template <class Montgomery> void modExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC
     Montgomery montgomery(m);
     PowerTable<Element, 2> values;
     Element &result = values.v[0], &base = values.v[1];
-    Temporary one;
-    bnSetWord(one, 1);
-    montgomery.enter(result, one);
     montgomery.enter(base, a);
     if (secret) {
+        Temporary one;
+        bnSetWord(one, 1);
+        montgomery.enter(result, one);
         powerSecret(montgomery, result, base, p);
     } else {
         power(montgomery, result, base, p);

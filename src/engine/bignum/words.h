@@ -3,13 +3,11 @@
 //   Word       an unsigned type
 //   mulRow     r = a x w for n words; returns the carry word
 //   mulAddRow  r += a x w for n words; returns the carry word
+//   mulSubRow  r -= a x w for n words; returns the borrow word
 //   sqrWords   r[2i] and r[2i + 1] become the square of a[i], for n words of a
-//
-// and, for words of 32 bits,
-//
 //   bnDivWords the two words (high, low) divided by d, for a high below d; all ones for a d of 0
 //
-// r is a or does not overlap it; n may be 0; no branch depends on the value of a word.
+// r is a or does not overlap it; n may be 0; no branch depends on the value of a word, but for bnDivWords.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +22,7 @@ struct WordsPortable {
     using Word = std::uint32_t;
     static Word mulRow(Word* r, const Word* a, std::size_t n, Word w);
     static Word mulAddRow(Word* r, const Word* a, std::size_t n, Word w);
+    static Word mulSubRow(Word* r, const Word* a, std::size_t n, Word w);
     static void sqrWords(Word* r, const Word* a, std::size_t n);
     static Word bnDivWords(Word high, Word low, Word d);
 };
@@ -55,6 +54,18 @@ template <class Single, class Double> struct WordsOf {
         return carry;
     }
 
+    static Word mulSubRow(Word* r, const Word* a, std::size_t n, Word w)
+    {
+        Word borrow = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            const Double t = static_cast<Double>(a[i]) * w + borrow; // as for mulRow
+            const Word low = static_cast<Word>(t);
+            borrow = static_cast<Word>(t >> bits) + static_cast<Word>(r[i] < low);
+            r[i] -= low;
+        }
+        return borrow;
+    }
+
     static void sqrWords(Word* r, const Word* a, std::size_t n)
     {
         for (std::size_t i = 0; i < n; ++i) {
@@ -63,19 +74,24 @@ template <class Single, class Double> struct WordsOf {
             r[2 * i + 1] = static_cast<Word>(t >> bits);
         }
     }
+
+    static Word bnDivWords(Word high, Word low, Word d)
+    {
+        return d > 0 ? static_cast<Word>((static_cast<Double>(high) << bits | low) / d) : ~Word{0};
+    }
 };
 
-struct WordsNative : WordsOf<std::uint32_t, std::uint64_t> {
-    static Word bnDivWords(Word high, Word low, Word d);
-};
+using WordsNative = WordsOf<std::uint32_t, std::uint64_t>;
+using Words = std::conditional_t<sizeof(void*) >= 8, WordsNative, WordsPortable>;
 
-// 64-bit words, for the inner loops of exponentiation.
+// 64-bit words, for the inner loops of exponentiation and division.
 #ifdef __SIZEOF_INT128__
 __extension__ typedef unsigned __int128 DoubleLimb;
 using WordsWide = WordsOf<std::uint64_t, DoubleLimb>;
+using WidestWords = WordsWide;
+#else
+using WidestWords = Words;
 #endif
-
-using Words = std::conditional_t<sizeof(void*) >= 8, WordsNative, WordsPortable>;
 
 // ---- rows without products ----
 

@@ -49,6 +49,18 @@ Word WordsPortable::mulAddRow(Word* r, const Word* a, std::size_t n, Word w)
     return carry;
 }
 
+Word WordsPortable::mulSubRow(Word* r, const Word* a, std::size_t n, Word w)
+{
+    Word borrow = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const Product p = multiply(a[i], w);
+        const Word low = p.low + borrow;
+        borrow = p.high + static_cast<Word>(low < borrow) + static_cast<Word>(r[i] < low);
+        r[i] -= low;
+    }
+    return borrow;
+}
+
 void WordsPortable::sqrWords(Word* r, const Word* a, std::size_t n)
 {
     for (std::size_t i = 0; i < n; ++i) {

@@ -86,6 +86,7 @@ struct ZIRC_Context {
     unsigned char stagingBuffer[stagingLength] = {}; // input for the primitive, or the digest to be signed
     int nBuffered = 0;                               // bytes in stagingBuffer
     int nError = ZIRC_OK;                            // last base code
+    bool hasPrivateKey = false;                      // a private key was read
     std::size_t keyAreaUsed = 0;                     // bytes of the area that hold a key
     KeyArea keyArea;                                 // the last member, so that one wipe covers all that was used
 };

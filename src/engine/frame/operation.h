@@ -20,6 +20,9 @@ using OwnedContext = std::unique_ptr<ZIRC_Context, WipedDelete>;
 
 inline OwnedContext newContext() { return OwnedContext(new (std::nothrow) ZIRC_Context); }
 
+// The stack that the stages use at most when they read a private key and use it, with the slowest kernel.
+inline constexpr std::size_t privateKeyStack = 36 * 1024;
+
 // Runs the stages of an operation in a context of its own, in order up to the first that fails. 0, or the context's error with
 // that stage's offset: 1000, 2000, 3000 by position.
 template <class... Stage> int stages(Stage... stage)
@@ -31,8 +34,9 @@ template <class... Stage> int stages(Stage... stage)
         offset += 1000;
         return next(*context) == 0;
     };
-    if ((succeeds(stage) && ...)) return 0;
-    return context->nError + offset;
+    const bool isDone = (succeeds(stage) && ...);
+    if (context->hasPrivateKey) wipeStack<privateKeyStack>();
+    return isDone ? 0 : context->nError + offset;
 }
 
 // Runs a slot; 1 if the algorithm does not have it.
@@ -67,6 +71,7 @@ inline constexpr KeyKind privateKey{&Sizes::nMinPrivateKeyLen, &Slots::fnSetPriv
 
 inline int setKey(ZIRC_Context& context, const KeyKind& kind, const unsigned char* key, int length)
 {
+    context.hasPrivateKey = context.hasPrivateKey || kind.set == privateKey.set;
     return runSlot(context, kind.set, key, length) > 0 ? ZIRC_SetError(context, ZIRC_INVALID_KEY) : 0;
 }
 
