@@ -25,12 +25,12 @@ void SEED_SetKey(SEED_Schedule& schedule, const unsigned char* userKey)
 
 template <bool encrypts> static void oneBlock(const SEED_Schedule& schedule, std::uint32_t* words)
 {
-    Block block[1] = {{words[0], words[1], words[2], words[3]}};
+    Block block = {words[0], words[1], words[2], words[3]};
     rounds<encrypts>(schedule, block);
-    words[0] = block[0].l0;
-    words[1] = block[0].l1;
-    words[2] = block[0].r0;
-    words[3] = block[0].r1;
+    words[0] = block.l0;
+    words[1] = block.l1;
+    words[2] = block.r0;
+    words[3] = block.r1;
 }
 
 void SEED_Encrypt(const SEED_Schedule& schedule, std::uint32_t* block) { oneBlock<true>(schedule, block); }
@@ -40,13 +40,13 @@ void SEED_Decrypt(const SEED_Schedule& schedule, std::uint32_t* block) { oneBloc
 void SEED_CbcEncrypt(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t length,
                      unsigned char* chainingValue)
 {
-    Block chain[1] = {loadBlock(chainingValue)};
+    Block chain = loadBlock(chainingValue);
     for (std::size_t blocks = length / SEED_BLOCK; blocks > 0; --blocks, input += SEED_BLOCK, output += SEED_BLOCK) {
-        chain[0] = chain[0] ^ loadBlock(input);
+        chain = chain ^ loadBlock(input);
         rounds<true>(schedule, chain);
-        storeBlock(output, chain[0]);
+        storeBlock(output, chain);
     }
-    storeBlock(chainingValue, chain[0]);
+    storeBlock(chainingValue, chain);
 }
 
 void SEED_CbcDecrypt(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t length,

@@ -14,8 +14,10 @@ static void decryptGroups(const SEED_Schedule& schedule, unsigned char*& output,
 {
     for (; blocks >= N; blocks -= N, input += N * SEED_BLOCK, output += N * SEED_BLOCK) {
         Block cipher[N], plain[N];
+#pragma GCC unroll 8
         for (std::size_t i = 0; i < N; ++i) plain[i] = cipher[i] = loadBlock(input + i * SEED_BLOCK);
         rounds<false>(schedule, plain);
+#pragma GCC unroll 8
         for (std::size_t i = 0; i < N; ++i) storeBlock(output + i * SEED_BLOCK, plain[i] ^ (i == 0 ? chain : cipher[i - 1]));
         chain = cipher[N - 1];
     }
