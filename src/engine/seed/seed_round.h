@@ -77,12 +77,6 @@ template <bool encrypts, int... i>
     (oneRound<encrypts, i>(schedule, b, first), ...);
 }
 
-template <bool encrypts, std::size_t N, int... i>
-[[gnu::always_inline]] inline void allRounds(const SEED_Schedule& schedule, Block (&blocks)[N], std::integer_sequence<int, i...>)
-{
-    (oneRound(blocks, schedule.words[keyPlace<encrypts>(i)], schedule.words[keyPlace<encrypts>(i) + 1]), ...);
-}
-
 using AllRounds = std::make_integer_sequence<int, SEED_ROUNDS>;
 
 // All rounds, in the order of encryption or in reverse. The halves are not swapped after the last round.
@@ -94,7 +88,11 @@ template <bool encrypts> [[gnu::always_inline]] inline void rounds(const SEED_Sc
 template <bool encrypts, std::size_t N> [[gnu::always_inline]] inline void rounds(const SEED_Schedule& schedule, Block (&blocks)[N])
 {
     if constexpr (N == 1) return rounds<encrypts>(schedule, blocks[0]);
-    allRounds<encrypts>(schedule, blocks, AllRounds());
+    for (int i = 0; i < SEED_ROUNDS; i += 2) {
+        const std::uint32_t *first = schedule.words + keyPlace<encrypts>(i), *second = schedule.words + keyPlace<encrypts>(i + 1);
+        oneRound(blocks, first[0], first[1]);
+        oneRound(blocks, second[0], second[1]);
+    }
 #pragma GCC unroll 8
     for (Block& b : blocks) b = {b.r0, b.r1, b.l0, b.l1};
 }

@@ -114,27 +114,22 @@ template <class V, std::size_t... g>
 
 template <class V, std::size_t groups> constexpr std::size_t runLength = registerSize<V> * 4 * groups;
 
-// What is left behind the long runs, in an area for the shortest run that holds it.
-template <class V, std::size_t groups, std::size_t... fewer>
+// What fills no run, in an area for one.
+template <class V, std::size_t groups>
 VECTOR_INLINE void decryptRest(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t length,
                                const unsigned char* chainingValue)
 {
-    if constexpr (sizeof...(fewer) > 0) {
-        if (length <= std::max({runLength<V, fewer>...})) {
-            return decryptRest<V, fewer...>(schedule, output, input, length, chainingValue);
-        }
-    }
     SecretArea<runLength<V, groups>> area;
     std::memcpy(area.bytes, input, length);
     decryptRun<V>(schedule, area.bytes, area.bytes, chainingValue, std::make_index_sequence<groups>());
     std::memcpy(output, area.bytes, length);
 }
 
-// Overwrites the frame of decryptRun, which has the same caller: the compiler keeps there what the registers do not hold, 1.4 KB at
-// most, or 2.6 KB where there are eight registers.
+// Overwrites the frame of decryptRun, which has the same caller: the compiler keeps there what the registers do not hold, 1.8 KB at
+// most, or 3.4 KB where there are eight registers.
 [[gnu::noinline]] static void wipeSpilled()
 {
-    unsigned char area[sizeof(void*) > 4 ? 1920 : 2688];
+    unsigned char area[sizeof(void*) > 4 ? 1920 : 3520];
     wipe(area, sizeof area);
 }
 
@@ -142,16 +137,18 @@ template <class V>
 VECTOR void cbcDecrypt(const SEED_Schedule& schedule, unsigned char* output, const unsigned char* input, std::size_t blocks,
                        unsigned char* chainingValue)
 {
-    constexpr std::size_t most = runLength<V, 6>;
+    constexpr std::size_t groups = 6, most = runLength<V, groups>; // with more, too little fits into the registers
     if (blocks < V::fewest) return seedCbcDecryptPortable(schedule, output, input, blocks, chainingValue);
     for (std::size_t length = 0; blocks >= V::fewest; blocks -= length / SEED_BLOCK, input += length, output += length) {
         length = std::min(blocks * SEED_BLOCK, most);
         unsigned char next[SEED_BLOCK];
         std::memcpy(next, input + length - SEED_BLOCK, SEED_BLOCK);
         if (length == most) {
-            decryptRun<V>(schedule, output, input, chainingValue, std::make_index_sequence<6>());
+            decryptRun<V>(schedule, output, input, chainingValue, std::make_index_sequence<groups>());
+        } else if (length > runLength<V, 1>) {
+            decryptRest<V, groups>(schedule, output, input, length, chainingValue);
         } else {
-            decryptRest<V, 6, 4, 1>(schedule, output, input, length, chainingValue);
+            decryptRest<V, 1>(schedule, output, input, length, chainingValue);
         }
         std::memcpy(chainingValue, next, SEED_BLOCK);
     }
