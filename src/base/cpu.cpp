@@ -60,4 +60,9 @@ bool cpuHas(CpuFeature feature)
     return (found & bit(feature)) != 0;
 }
 
+void cpuForget(CpuFeature feature)
+{
+    if (cpuHas(feature)) features.fetch_and(~bit(feature), std::memory_order_relaxed);
+}
+
 } // namespace vrno

@@ -18,6 +18,8 @@ enum class CpuFeature : unsigned {
 
 // Asks the processor on the first call only. May be called from any thread.
 bool cpuHas(CpuFeature feature);
+// From now on the processor lacks the feature. It is for tests, which run the slower kernels by it.
+void cpuForget(CpuFeature feature);
 
 // A kernel is one body of a function that has several, with the feature that it needs. A table of kernels lists the fastest
 // first and ends with one that needs nothing.
