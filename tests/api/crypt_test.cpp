@@ -66,6 +66,7 @@ TEST(SessionCipher, AnUnknownAlgorithmHasNoSchedule)
     fields.nSymAlg = 4001;
     fields.ucFlags |= 2; // chained messages share one schedule
     EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), 5015);
+    EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), 5015); // the failed one has left nothing
 }
 
 TEST(SessionCipher, EveryMessageStartsFromTheSessionIv)

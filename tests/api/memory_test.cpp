@@ -1,4 +1,6 @@
 // Memory that runs out, and memory that is freed.
+#include "engine/digest/hmac.h"
+#include "engine/seed/seed.h"
 #include "support/bytes.h"
 #include "support/calls.h"
 #include "support/certificates.h"
@@ -16,6 +18,7 @@
 #include <unordered_map>
 
 using namespace test;
+using namespace vrno;
 
 namespace {
 
@@ -128,6 +131,23 @@ std::string stackAfter(std::function<void()> step)
     return stack;
 }
 
+// What protectedUnder() derives from the password, and what HMAC makes of that on the way.
+void addDerived(Secrets& secrets, const std::string& password)
+{
+    unsigned char derived[32];
+    PKCS5_PBKDF2_HMAC_SHA1(password.data(), static_cast<int>(password.size()), reinterpret_cast<const unsigned char*>("salt"), 4, 5,
+                           sizeof derived, derived);
+    secrets["derived key"] = text(derived, 16);
+    HMAC_State state;
+    HMAC_Init(state, password.data(), password.size());
+    secrets["inner state"] = text(reinterpret_cast<unsigned char*>(state.sha1.h), 20);
+    secrets["outer state"] = text(reinterpret_cast<unsigned char*>(state.outer.h), 20);
+    for (const char pad : {'\x36', '\x5C'}) {
+        std::string& padded = secrets[std::string("pad ") + pad] = password;
+        for (char& octet : padded) octet = static_cast<char>(octet ^ pad);
+    }
+}
+
 // A protected key as `password` opens it, with anything for a plaintext.
 std::string protectedUnder(const std::string& password, const std::string& plaintext)
 {
@@ -158,6 +178,7 @@ TEST(Memory, RunsOutWith1002AndLeavesNoLeakAndNoSecret)
                 EXPECT_EQ(found(heap.freed(), secrets), "");
                 if (!well.output.empty()) input["last"] = well.output;
             }
+            call(context, "VRNO_CERT_Load cert", input); // and stays, for VRNO_API_Finish
         }
         EXPECT_EQ(heap.live(), 0U);
     }
@@ -171,6 +192,7 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
     secrets["plaintext"] = "[some+text+that+no+message+has]";
     input["noKey"] = protectedUnder(input["password"], secrets["plaintext"]);
     input["longer"] = protectedUnder(input["password"], input["key"] + "and more");
+    addDerived(secrets, input["password"]);
     const std::pair<const char*, int> table[] = {
         {"VRNO_PRIKEY_Encrypt 48 password key out", 0},
         {"VRNO_PRIKEY_Decrypt password blob out", 0},
@@ -210,8 +232,13 @@ TEST(FreedMemory, HoldsNoSessionKey)
             call(context, line, input);
             const std::string all = call(context, "VRNO_CRYPT_GetKeyAndIV out out out").output; // "48", key and IV
             secrets["session key"] = all.substr(2, 16);
+            SEED_Schedule schedule;
+            SEED_SetKey(schedule, at(secrets["session key"]));
+            secrets["schedule"] = text(reinterpret_cast<unsigned char*>(schedule.words), sizeof schedule.words);
             input["last"] = call(context, "VRNO_CRYPT_Encrypt cert out", input).output;
             call(context, "VRNO_CRYPT_Decrypt last out", input);
+            const std::string stack = stackAfter([&] { call(context, "VRNO_CRYPT_Encrypt cert out", input); });
+            EXPECT_EQ(found({stack}, secrets), "") << line;
             call(context, "VRNO_CRYPT_GenKeyAndIV 48"); // in place of the old one
         }
         EXPECT_EQ(found(heap.freed(), secrets), "") << line;

@@ -206,9 +206,11 @@ TEST(Seed, BadPaddingIsRefused)
         int length = 16;
         EXPECT_LT(unpadBuffer(data.data(), &length, 16, id), 0) << id << " " << tail;
     }
-    unsigned char tooShort[] = {5, 5};
+    unsigned char tooShort[] = {5, 5}, moreThanABlock[32];
     int length = 2;
     EXPECT_LT(unpadBuffer(tooShort, &length, 245, ZIRC_PAD_LENGTH), 0); // counts more bytes than there are
+    std::memset(moreThanABlock, length = 32, sizeof moreThanABlock);
+    EXPECT_LT(unpadBuffer(moreThanABlock, &length, 16, ZIRC_PAD_LENGTH), 0);
 }
 
 // ---- the frame ----
@@ -413,19 +415,27 @@ TEST(Random, DrawsOfOneCallShareTheRunningDigest)
 
 TEST(Random, DrawsTakeTheDeviceAndFailWithoutIt)
 {
-    for (const char* const device : {"works", "is missing", "fails"}) {
-        const bool isThere = *device == 'w';
+    const struct {
+        const char* device;
+        RandomSource::Kind kind;
+        bool isGood;
+    } table[] = {{"works", RandomSource::device, true},
+                 {"is missing", RandomSource::none, false},
+                 {"fails", RandomSource::device, false},
+                 {"is a file", RandomSource::file, false},
+                 {"is not needed after an interruption", RandomSource::interrupted, true}};
+    for (const auto& [device, kind, isGood] : table) {
         const pid_t child = fork(); // a child must seed its pool, too
         if (child == 0) {
-            const RandomSource source(*device == 'i' ? RandomSource::none : RandomSource::device);
-            const ReadHook reads([=] { return *device == 'f' ? EIO : 0; });
+            const RandomSource source(kind);
+            const ReadHook reads([device = device] { return *device == 'f' ? EIO : 0; });
             const Context context;
             SeedCall padded;
             padded.padding = ZIRC_PAD_RANDOM;
             unsigned char out[16] = {};
             const std::array results{randBytes(out, 16), randBytesLocal(out, 16), ZIRC_GenerateRandom(3420, out, 16, nullptr, 0),
                                      padded.encrypt(), VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED)};
-            _exit(results == (isThere ? std::array<int, 5>{} : std::array{-1, -1, 110, 3110, 5001}) ? 0 : 1);
+            _exit(results == (isGood ? std::array<int, 5>{} : std::array{-1, -1, 110, 3110, 5001}) ? 0 : 1);
         }
         EXPECT_EQ(exitStatus(child), 0) << device;
     }

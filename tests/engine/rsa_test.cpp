@@ -170,6 +170,7 @@ TEST(Rsa, BadPaddingsAreRefused)
         {"seven bytes of padding", block(der("0002AAAAAAAAAAAAAA00") + "m", ""), 3110, 3116},
         {"seven bytes of 0xFF", block(der("0001FFFFFFFFFFFFFF00") + info + der("00"), ""), 3110, 3116},
         {"another byte in the padding", block(der("0001FF"), der("FE00") + info), 3110, 3116},
+        {"another separator", block(der("0001FF"), der("01") + info), 3110, 3116},
         {"nothing behind the separator", block(der("0002AA"), der("00")), 0, 3116},
         {"the digest alone", block(der("0001FF"), der("00") + digest), 3110, 0},
         {"something behind the DigestInfo", block(der("0001FF"), der("00") + info + "more"), 3110, 0},

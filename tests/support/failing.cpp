@@ -55,6 +55,12 @@ ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 {
     using test::RandomSource;
     if (randomSource == RandomSource::system) return __real_getrandom(out, length, flags);
+    if (randomSource == RandomSource::interrupted) {
+        randomSource = RandomSource::withoutDevice;
+        errno = EINTR;
+        return -1;
+    }
+    if (randomSource == RandomSource::withoutDevice) return __real_getrandom(out, length, flags);
     if (randomSource == RandomSource::alwaysTheSame) return static_cast<ssize_t>((std::memset(out, 'r', length), length));
     errno = ENOSYS;
     return -1;
@@ -62,7 +68,10 @@ ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 int __real_open(const char* path, int flags);
 int __wrap_open(const char* path, int flags)
 {
-    if (randomSource != test::RandomSource::none || std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
+    using test::RandomSource;
+    if (std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
+    if (randomSource == RandomSource::file) return __real_open("/proc/self/exe", flags);
+    if (randomSource != RandomSource::none && randomSource != RandomSource::withoutDevice) return __real_open(path, flags);
     errno = ENOENT;
     return -1;
 }
@@ -70,6 +79,7 @@ int __real_madvise(void* area, std::size_t length, int advice);
 int __wrap_madvise(void* area, std::size_t length, int advice)
 {
     if (isForkMarked || advice != MADV_WIPEONFORK) return __real_madvise(area, length, advice);
+    __real_madvise(area, length, MADV_KEEPONFORK); // takes back the mark of the parent
     errno = EINVAL;
     return -1;
 }

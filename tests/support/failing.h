@@ -56,10 +56,11 @@ private:
 // From now on the kernel of this thread cannot clear memory in children.
 void forgetForkMarks();
 
-// Where the system's random bytes come from while an object lives, on its thread.
+// Where the system's random bytes come from while an object lives, on its thread. `device`: there is no call for them, and `file`:
+// a file stands in the device's place. `interrupted`: the first call is; there is no device.
 class RandomSource {
 public:
-    enum Kind { system, device, none, alwaysTheSame }; // the device: there is no call for them
+    enum Kind { system, device, file, none, interrupted, withoutDevice, alwaysTheSame };
 
     explicit RandomSource(Kind kind);
     ~RandomSource();

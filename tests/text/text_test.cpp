@@ -33,7 +33,7 @@ TEST(Text, WhatIsNoSyllableBecomesQuestionMarks)
         EXPECT_EQ(UUTF8String::UTF8ToKSC(utf8, ksc), 0);
         EXPECT_EQ(hex(bytes(ksc)), c[1]) << c.where;
     }
-    ByteString jamo = byteString(der("0011 02AC A4D7 FFFF")), ksc;
+    ByteString jamo = byteString(der("0011 02AC A4D7 FFFF 41")), ksc; // and half a unit
     EXPECT_EQ(UUnicode::Unicode2KSC(jamo, ksc), 0);
     EXPECT_EQ(hex(bytes(ksc)), "3f81413f3f");
 }
