@@ -21,7 +21,7 @@ using OwnedContext = std::unique_ptr<ZIRC_Context, WipedDelete>;
 inline OwnedContext newContext() { return OwnedContext(new (std::nothrow) ZIRC_Context); }
 
 // The stack that the stages use at most when they read a private key and use it, with the slowest kernel.
-inline constexpr std::size_t privateKeyStack = 36 * 1024;
+inline constexpr std::size_t privateKeyStack = 32 * 1024;
 
 // Runs the stages of an operation in a context of its own, in order up to the first that fails. 0, or the context's error with
 // that stage's offset: 1000, 2000, 3000 by position.
