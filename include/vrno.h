@@ -29,6 +29,7 @@
  *  8. Secrets. No function leaves a private key, a password, a session key or the plain text of a protected key in memory
  *     that it has released: such memory is overwritten with zeros first. A result belongs to the caller, and
  *     VRNO_BINSTR_Delete overwrites it.
+ *  9. Stack. A call takes less than 48 KB of its thread's stack, beside what a storage library takes.
  *
  * Limits. RSA keys have 1024 or 2048 bits, KCDSA keys 1024 bits; signatures use SHA-1. Dates are between 1970-01-01 00:00:00 and
  * 2038-01-19 03:14:07 UTC. The one cipher is SEED. What a newer certificate gets:

@@ -12,7 +12,7 @@ namespace {
 
 using Area = std::span<unsigned char>;
 
-constexpr int ivAreaLength = 32, outputSlack = 512;
+constexpr int ivAreaLength = 32, outputSlack = 512; // which holds the longest result of RSA
 
 // Copies what fits into the area; the area's part that holds it, empty for more than that.
 template <std::size_t room> Area fillArea(SecretArea<room>& area, const ByteString& from)
@@ -23,11 +23,11 @@ template <std::size_t room> Area fillArea(SecretArea<room>& area, const ByteStri
     return {area.bytes, octets.size()};
 }
 
-// Room for the output of so much input; empty when there is no memory, or for more than a ByteString holds.
-Area makeOutput(ByteString& block, std::size_t length)
+// Room for the output of so much input and `more`; empty when there is no memory, or for more than a ByteString holds.
+Area makeOutput(ByteString& block, std::size_t length, int more)
 {
     if (length >= INT_MAX - outputSlack) return {};
-    const int room = static_cast<int>(length) + outputSlack;
+    const int room = static_cast<int>(length) + more;
     return {block.makeRoom(room), static_cast<std::size_t>(block.getLength())};
 }
 
@@ -134,10 +134,10 @@ int VNEncrypt::publicKeyPath(const Direction& direction, const Job& job, EngineJ
 
 int VNEncrypt::symmetricPath(const Direction& direction, const Job& job, EngineJob& engineJob, Here at)
 {
-    SecretArea<GENKEY_MAX_LEN> schedule;
+    SecretArea<seedScheduleLength> schedule;
     SecretArea<ivAreaLength> ivArea;
     engineJob.iv = fillArea(ivArea, job.iv); // empty for one that is too long, which the engine then refuses
-    int scheduleLength = GENKEY_MAX_LEN;
+    int scheduleLength = seedScheduleLength;
     ByteString pKey(job.key);
     if (pKey.isOutOfMemory()) return failMemory(*this, direction.keyCode, "pKey", "Memory(pKey) allocation is failed.", at);
     if (!engineJob.isKeyPairMode()) {
@@ -147,7 +147,7 @@ int VNEncrypt::symmetricPath(const Direction& direction, const Job& job, EngineJ
     }
     engineJob.key = {schedule.bytes, static_cast<std::size_t>(scheduleLength)};
     ByteString block;
-    engineJob.out = makeOutput(block, job.in.size());
+    engineJob.out = makeOutput(block, job.in.size(), seedBlockLength);
     if (engineJob.out.empty()) return outputFailure(direction.outputCode, block, at);
     int length = 0;
     const int result = engineJob.run(direction, length);
@@ -182,8 +182,8 @@ int VNEncrypt::GenerateKey(int nAlgID, ByteString& key, ByteString& out)
     const Here at = Here::now();
     int algorithm = 0;
     if (const int code = mapAlgorithm(*this, nAlgID, algorithm, at)) return code;
-    SecretArea<GENKEY_MAX_LEN> schedule;
-    int length = GENKEY_MAX_LEN;
+    SecretArea<seedScheduleLength> schedule;
+    int length = seedScheduleLength;
     const int result = ZIRC_GenerateKey(schedule.bytes, &length, algorithm, key.getBytes(), key.getLength());
     if (result != 0) return engineFailure(*this, 3, "ZIRC_GenerateKey", result, at);
     if (out.setData(schedule.bytes, length) > 0) return engineFailure(*this, 3, "ZIRC_GenerateKey", ZIRC_MEMORY_ERROR, at);
@@ -195,7 +195,7 @@ int VNEncrypt::chained(const Direction& direction, const Job& job, Here at)
     EngineJob engineJob;
     if (const int code = mapCodes(job, engineJob, at)) return code;
     ByteString block;
-    engineJob.out = makeOutput(block, job.in.size());
+    engineJob.out = makeOutput(block, job.in.size(), outputSlack);
     if (engineJob.out.empty()) return outputFailure(5, block, at);
     SecretArea<ivAreaLength> ivArea;
     engineJob.iv = fillArea(ivArea, job.iv);

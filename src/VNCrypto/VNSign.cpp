@@ -8,7 +8,7 @@ int VNSign::SignData(int nAlgID, ByteString& privateKey, ByteString& data, ByteS
 {
     int algorithm = 0;
     if (const int code = mapAlgorithm(*this, nAlgID, algorithm, Here::now())) return code;
-    unsigned char signature[2048];
+    unsigned char signature[512]; // none has more than 256 bytes
     int length = sizeof signature;
     const int result = ZIRC_SignData(privateKey.getBytes(), privateKey.getLength(), algorithm, signature, &length, data.getBytes(),
                                      data.getLength());

@@ -114,11 +114,13 @@ std::string found(const std::vector<std::string>& freed, const Secrets& secrets)
     return text;
 }
 
+constexpr char stackPaint = '\xA5';
+
 // The stack of a thread that runs the step and ends.
 std::string stackAfter(std::function<void()> step)
 {
     constexpr std::size_t size = 1 << 20;
-    std::string stack(size + 4096, '\0');
+    std::string stack(size + 4096, stackPaint);
     void* const base = reinterpret_cast<void*>((reinterpret_cast<std::uintptr_t>(stack.data()) + 4095) & ~std::uintptr_t{4095});
     pthread_attr_t attributes;
     pthread_t thread;
@@ -129,6 +131,13 @@ std::string stackAfter(std::function<void()> step)
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
     return stack;
+}
+
+// The octets of it that were written.
+std::size_t stackUse(const std::function<void()>& step)
+{
+    const std::string stack = stackAfter(step);
+    return stack.size() - stack.find_first_not_of(stackPaint);
 }
 
 // What protectedUnder() derives from the password, and what HMAC makes of that on the way.
@@ -242,5 +251,23 @@ TEST(FreedMemory, HoldsNoSessionKey)
             call(context, "VRNO_CRYPT_GenKeyAndIV 48"); // in place of the old one
         }
         EXPECT_EQ(found(heap.freed(), secrets), "") << line;
+    }
+}
+
+TEST(Stack, NoCallTakes48KB)
+{
+#ifndef MEASURES_STACK
+    GTEST_SKIP() << "only the release states its stack";
+#endif
+    Input input;
+    const std::size_t ofThread = stackUse([] {});
+    for (const std::string& certificate : {input["cert"], everyExtension}) {
+        input["cert"] = certificate;
+        Context context;
+        for (const Step& step : session()) {
+            Result result;
+            EXPECT_LT(stackUse([&] { result = make(step, context, input); }) - ofThread, std::size_t{48000}) << step.line;
+            if (!result.output.empty()) input["last"] = result.output;
+        }
     }
 }

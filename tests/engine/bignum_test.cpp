@@ -221,7 +221,7 @@ TEST(BigNumber, EveryExponentiationAgreesWithOpenssl)
 // Under a modulus of ones only, and with a base next to it, every carry runs through all limbs.
 TEST(BigNumber, KernelsCarryThroughAllLimbs)
 {
-    for (int bits = 2; bits <= 4800; bits += bits < 80 ? 1 : bits < 300 ? 13 : 187) {
+    for (int bits = 2; bits <= montgomeryMaxBits; bits += bits < 80 ? 1 : bits < 300 ? 13 : 187) {
         ZIRC_BN m, a, p;
         bnSetWord(m, 0);
         for (int i = 0; i < bits; ++i) {

@@ -332,7 +332,7 @@ TEST(Engine, BadArgumentsOfOtherOperationsGiveTheirCodes)
     EXPECT_EQ(ZIRC_DigestData(1400, b, &room, b, 1), 3103);
     EXPECT_EQ(ZIRC_ChainMAC(b, 16, 31400, b, &room, b, 20, 1), 2103);
     const FailingAllocation first(1);
-    EXPECT_EQ(ZIRC_GenerateRandom(3420, b, 8, nullptr, 0), 102);
+    EXPECT_EQ(ZIRC_SignData(b, 900, 121401, b, &room, b, 1), 102);
 }
 
 TEST(Engine, ErrorTextsNameStageAndCode)

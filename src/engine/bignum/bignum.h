@@ -80,9 +80,9 @@ void bnModSqr(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& m);
 void bnModExp(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m);
 void bnModExpReduced(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m); // the same
 
-// The same for a p that is a private key. For an odd m the branches and addresses of the exponentiation depend on nothing but
-// the lengths of p and m. The two divisions before it, of a and of a power of two by m, may take a time that depends on a
-// and m. For an even m the time may depend on everything.
+// The same for a p that is a private key. For an odd m of up to 2048 bits the branches and addresses of the exponentiation
+// depend on nothing but the lengths of p and m. The two divisions before it, of a and of a power of two by m, may take a time
+// that depends on a and m. For any other m the time may depend on everything.
 void bnModExpSecret(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m);
 
 // r1 = a to the p1 modulo m1 and r2 = a to the p2 modulo m2 likewise, which may take less time than one after the other. r1

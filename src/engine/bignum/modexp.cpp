@@ -1,4 +1,4 @@
-// Exponentiation: the choice of a kernel, and the plain form for even moduli.
+// Exponentiation: the choice of a kernel, and the plain form for even and very long moduli.
 #include "engine/bignum/exponent.h"
 #include "engine/bignum/montgomery.h"
 
@@ -26,7 +26,7 @@ struct Operands {
         bnMod(base, a, modulus);
     }
     bool isOneOrZero() const { return exponent.top == 0 || bnBits(modulus) == 1; } // the result
-    bool isOrdinary() const { return !isOneOrZero() && isOdd(modulus); }
+    bool isOrdinary() const { return !isOneOrZero() && isOdd(modulus) && bnBits(modulus) <= montgomeryMaxBits; }
 };
 
 void modExp(ZIRC_BN& r, const Operands& operands, bool secret)

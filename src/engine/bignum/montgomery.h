@@ -1,13 +1,16 @@
 // Exponentiation modulo an odd number by Montgomery's multiplication (HAC 14.36, 14.94), in several bodies.
 #pragma once
 
-#include "engine/bignum/bignum.h"
 #include "base/cpu.h"
+#include "engine/bignum/bignum.h"
 
 namespace vrno {
 
-// r = a to the power p modulo m, for an odd m above 1, an a from 0 to m - 1 and a p above 0. r is none of the operands. With
-// `secret`, branches and addresses depend on the length of p but not on its bits.
+// The longest modulus of a kernel: that of the longest keys. It bounds the stack that the tables of powers take.
+inline constexpr int montgomeryMaxBits = 2048;
+
+// r = a to the power p modulo m, for an odd m above 1 of up to montgomeryMaxBits, an a from 0 to m - 1 and a p above 0. r is none
+// of the operands. With `secret`, branches and addresses depend on the length of p but not on its bits.
 using ModExpFunction = void(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m, bool secret);
 
 ModExpFunction modExpPortable; // over WordsPortable

@@ -307,8 +307,6 @@ void modExpOfSize(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN&
         modExp<MontgomeryIfma<Eight, Z>>(r, a, p, m, secret);
     } else if constexpr (sizeof...(more) > 0) {
         modExpOfSize<more...>(r, a, p, m, secret);
-    } else {
-        modExpWide(r, a, p, m, secret);
     }
 }
 
@@ -316,7 +314,8 @@ void modExpOfSize(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN&
 
 void modExpIfma512(ZIRC_BN& r, const ZIRC_BN& a, const ZIRC_BN& p, const ZIRC_BN& m, bool secret)
 {
-    modExpOfSize<1, 2, 3, 4, 5, 8>(r, a, p, m, secret);
+    static_assert(MontgomeryIfma<Eight, 5>::maxBits >= montgomeryMaxBits);
+    modExpOfSize<1, 2, 3, 4, 5>(r, a, p, m, secret);
 }
 
 // For the primes of RSA with 1024 and 2048 bits; longer ones do not fit into the registers.

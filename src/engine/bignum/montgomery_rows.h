@@ -11,7 +11,7 @@ template <class Layer> class MontgomeryRows {
 public:
     using Word = typename Layer::Word;
     static constexpr int bits = std::numeric_limits<Word>::digits;
-    static constexpr std::size_t maxLength = bnWords * 32 / bits;
+    static constexpr std::size_t maxLength = montgomeryMaxBits / bits;
     struct Element {
         Word d[maxLength];
     };
@@ -34,13 +34,14 @@ public:
         wipe(squares, sizeof squares);
     }
 
-    void mul(Element& r, const Element& a, const Element& b)
+    // Not inline: powers have many of them.
+    [[gnu::noinline]] void mul(Element& r, const Element& a, const Element& b)
     {
         mulRows<Layer>(product, a.d, n, b.d, n);
         reduce(r);
     }
 
-    void sqr(Element& r)
+    [[gnu::noinline]] void sqr(Element& r)
     {
         sqrRows<Layer>(product, r.d, n, squares);
         reduce(r);

@@ -148,7 +148,7 @@ int update(ZIRC_Context& context, const Direction& direction, unsigned char* key
         return 0;
     }
     if (runChunks(context, direction, mode, data) > 0) return 1;
-    std::memcpy(key, &context.keyArea, static_cast<std::size_t>(context.sizes.nKeyLen));
+    std::memcpy(key, &context.seedKey, static_cast<std::size_t>(context.sizes.nKeyLen));
     return 0;
 }
 
@@ -242,7 +242,7 @@ int finish(ZIRC_Context& context, const Direction& direction, const CipherJob& j
     if (direction.finalStage(context, job.nEncMode, job.data.output + produced, &last, job.nPaddintType) > 0) return 1;
     *job.data.outputLength = produced + last;
     if (symmetric) {
-        std::memcpy(job.key, &context.keyArea, static_cast<std::size_t>(context.sizes.nKeyLen));
+        std::memcpy(job.key, &context.seedKey, static_cast<std::size_t>(context.sizes.nKeyLen));
         std::memcpy(job.iv, context.iv, static_cast<std::size_t>(context.sizes.nIvLen));
     }
     return 0;
@@ -275,16 +275,15 @@ int ZIRC_DecryptData(unsigned char* key, int keyLength, int nAlgID, int nEncMode
 
 int ZIRC_GenerateKey(unsigned char* schedule, int* scheduleLength, int nAlgID, const unsigned char* userKey, int userKeyLength)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
-    if (bindCipher(*context, nAlgID, ZIRC_MODE_CBC) > 0) return context->nError;
-    const Sizes& sizes = context->sizes;
-    if (context->nClass == ZIRC_CLASS_ASYMMETRIC) return ZIRC_INVALID_ALGORITHM; // which has no schedules
+    ZIRC_Context context;
+    if (bindCipher(context, nAlgID, ZIRC_MODE_CBC) > 0) return context.nError;
+    const Sizes& sizes = context.sizes;
+    if (context.nClass == ZIRC_CLASS_ASYMMETRIC) return ZIRC_INVALID_ALGORITHM; // which has no schedules
     if (!schedule) return ZIRC_INVALID_KEY_POINTER;
     if (*scheduleLength < sizes.nKeyLen) return ZIRC_NOT_ENOUGH_BUFFER;
     if (!userKey) return ZIRC_INVALID_DATA_POINTER;
     if (userKeyLength < sizes.nUserKeyLen) return ZIRC_INVALID_DATA;
-    if (runSlot(*context, &Slots::fnGenerateKey, schedule, userKey) > 0) return ZIRC_STAGED_OPERATION_FAILED;
+    if (runSlot(context, &Slots::fnGenerateKey, schedule, userKey) > 0) return ZIRC_STAGED_OPERATION_FAILED;
     *scheduleLength = sizes.nKeyLen;
     return 0;
 }

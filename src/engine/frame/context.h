@@ -1,6 +1,7 @@
 // The record of one public operation, its slots, the binders and the stages.
 #pragma once
 
+#include "base/wipe.h"
 #include "engine/digest/hash_id.h"
 #include "engine/digest/hmac.h"
 #include "engine/digest/md5.h"
@@ -11,6 +12,7 @@
 #include "engine/seed/seed.h"
 
 #include <cstddef>
+#include <memory>
 
 namespace vrno {
 
@@ -26,7 +28,7 @@ struct Slots {
     int (*fnGenerateKey)(ZIRC_Context&, unsigned char*, const unsigned char*) = nullptr;
     // Public blob, its in/out length, private blob, its in/out length, exponent parameter, its length.
     int (*fnGenerateKeyPair)(ZIRC_Context&, unsigned char*, int*, unsigned char*, int*, const unsigned char*, int) = nullptr;
-    // Into keyArea, from a schedule or a blob and its length.
+    // Into the context, from a schedule or a blob and its length.
     int (*fnSetKey)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnSetPublicKey)(ZIRC_Context&, const unsigned char*, int) = nullptr;
     int (*fnSetPrivateKey)(ZIRC_Context&, const unsigned char*, int) = nullptr;
@@ -62,33 +64,46 @@ struct Sizes {
 
 inline constexpr int stagingLength = 1000;
 
-// The key of an algorithm, as its slots read it.
-union KeyArea {
-    SEED_Schedule seed;
+// The numbers of a key pair, as the slots read them.
+union KeyPair {
     ZIRC_RsaKey rsa;
     ZIRC_KcdsaKey kcdsa;
 
-    KeyArea() {}
+    KeyPair() {}
 };
 
-// Zeroed on allocation, but for keyArea, and wiped before it is released.
-struct ZIRC_Context {
-    unsigned int nClass = ZIRC_CLASS_SYMMETRIC;
-    Sizes sizes;
-    unsigned int nHashId = hashMd5;
+// What an operation works on. It has no meaning before a slot or a stage has set it.
+struct ZIRC_State {
     union {
         SHA1_State sha1;
         MD5_State md5;
-    } digestState = {};
-    HMAC_State macState = {};
+    } digestState;
+    HMAC_State macState;
+    SEED_Schedule seedKey;
+    unsigned char iv[seedBlockLength];
+    unsigned char stagingBuffer[stagingLength]; // input for the primitive, or the digest to be signed
+};
+
+// The context of one operation, which lives on its stack. A key pair is too long for that. What may be secret is wiped in the
+// end.
+struct ZIRC_Context : ZIRC_State {
+    unsigned int nClass = ZIRC_CLASS_SYMMETRIC;
+    Sizes sizes;
+    unsigned int nHashId = hashMd5;
     const Slots* slots = &noSlots;
-    unsigned char iv[seedBlockLength] = {};
-    unsigned char stagingBuffer[stagingLength] = {}; // input for the primitive, or the digest to be signed
-    int nBuffered = 0;                               // bytes in stagingBuffer
-    int nError = ZIRC_OK;                            // last base code
-    bool hasPrivateKey = false;                      // a private key was read
-    std::size_t keyAreaUsed = 0;                     // bytes of the area that hold a key
-    KeyArea keyArea;                                 // the last member, so that one wipe covers all that was used
+    int nBuffered = 0;                // bytes in stagingBuffer
+    int nError = ZIRC_OK;             // last base code
+    bool hasPrivateKey = false;       // keyPair was made for one
+    std::unique_ptr<KeyPair> keyPair; // null before a slot has read a key
+
+    ZIRC_Context() {}
+    ZIRC_Context(const ZIRC_Context&) = delete;
+    ZIRC_Context& operator=(const ZIRC_Context&) = delete;
+    ~ZIRC_Context()
+    {
+        wipe(static_cast<ZIRC_State*>(this), sizeof(ZIRC_State));
+        if (hasPrivateKey) wipe(keyPair.get(), sizeof *keyPair);
+    }
 };
 
 // Stores a base code and returns 1, so that a failing path returns what this returns.

@@ -9,7 +9,7 @@ namespace {
 
 struct Kcdsa {
     using Key = ZIRC_KcdsaKey;
-    static constexpr Key KeyArea::*area = &KeyArea::kcdsa;
+    static constexpr Key KeyPair::*area = &KeyPair::kcdsa;
     static constexpr auto readPublicKey = kcdsaReadPublicKey, readPrivateKey = kcdsaReadPrivateKey;
     static constexpr auto writePublicKey = kcdsaWritePublicKey, writePrivateKey = kcdsaWritePrivateKey;
 };
@@ -19,7 +19,7 @@ int digestInitWithZ(ZIRC_Context& context)
 {
     if (context.nHashId != hashSha1) return ZIRC_SetError(context, ZIRC_INVALID_ALGORITHM);
     unsigned char z[kcdsaZLength];
-    kcdsaZ(context.keyArea.kcdsa, z);
+    kcdsaZ(context.keyPair->kcdsa, z);
     SHA1_Init(context.digestState.sha1);
     SHA1_Update(context.digestState.sha1, z, sizeof z);
     return 0;
@@ -28,7 +28,7 @@ int digestInitWithZ(ZIRC_Context& context)
 int sign(ZIRC_Context& context, unsigned char* output, int* outputLength)
 {
     ZIRC_BN r, s;
-    if (kcdsaSign(context.keyArea.kcdsa, context.nHashId, r, s, context.stagingBuffer, context.nBuffered) < 0) {
+    if (kcdsaSign(context.keyPair->kcdsa, context.nHashId, r, s, context.stagingBuffer, context.nBuffered) < 0) {
         return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
     }
     constexpr int maxLength = 2 * kcdsaMaxOrderBits / 8 + 32; // of the encoding, whose room the frame does not check
@@ -43,7 +43,7 @@ int verify(ZIRC_Context& context, const unsigned char* signature, int length)
     ZIRC_BN r, s;
     if (kcdsaDecodeSignature(signature, length, r, s) < 0) return ZIRC_SetError(context, ZIRC_INVALID_SIGNATURE);
     const unsigned char* const digest = context.stagingBuffer;
-    return verifyResult(context, kcdsaVerify(context.keyArea.kcdsa, context.nHashId, digest, context.nBuffered, r, s));
+    return verifyResult(context, kcdsaVerify(context.keyPair->kcdsa, context.nHashId, digest, context.nBuffered, r, s));
 }
 
 // The bits of q for so many bits of p.
@@ -57,7 +57,9 @@ int orderBits(int pBits)
 int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publicLength, unsigned char* privateBlob,
                     int* privateLength, const unsigned char*, int)
 {
-    ZIRC_KcdsaKey& key = newKey<Kcdsa>(context);
+    ZIRC_KcdsaKey* const made = newKey<Kcdsa>(context, true);
+    if (!made) return 1;
+    ZIRC_KcdsaKey& key = *made;
     if (kcdsaGenerateKeyPair(key, context.sizes.nKeyBits, orderBits(context.sizes.nKeyBits)) < 0) {
         return ZIRC_SetError(context, ZIRC_STAGED_OPERATION_FAILED);
     }

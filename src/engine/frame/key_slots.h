@@ -1,7 +1,7 @@
 // What the slots of RSA and KCDSA share. A scheme is a type with
 //
 //   Key                               its key record
-//   area                              the record's place in the context's KeyArea
+//   area                              the record's place in KeyPair
 //   readPublicKey, readPrivateKey     from a blob
 //   writePublicKey, writePrivateKey   to a blob
 #pragma once
@@ -13,23 +13,33 @@
 
 namespace vrno {
 
-// An empty key in the context.
-template <class Scheme> typename Scheme::Key& newKey(ZIRC_Context& context)
+// An empty key in the context; null, and ZIRC_MEMORY_ERROR set, when there is no memory for it.
+template <class Scheme> typename Scheme::Key* newKey(ZIRC_Context& context, bool isPrivate)
 {
-    context.keyAreaUsed = sizeof(typename Scheme::Key);
-    return *new (&(context.keyArea.*Scheme::area)) typename Scheme::Key;
+    if (!context.keyPair) context.keyPair.reset(new (std::nothrow) KeyPair);
+    if (!context.keyPair) {
+        ZIRC_SetError(context, ZIRC_MEMORY_ERROR);
+        return nullptr;
+    }
+    context.hasPrivateKey = isPrivate;
+    return new (&(*context.keyPair.*Scheme::area)) typename Scheme::Key;
+}
+
+template <class Scheme, auto read, bool isPrivate> int setPairKey(ZIRC_Context& context, const unsigned char* blob, int length)
+{
+    typename Scheme::Key* const key = newKey<Scheme>(context, isPrivate);
+    if (!key) return 1;
+    return read(*key, blob, length) == 0 ? 0 : ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
 }
 
 template <class Scheme> int setPublicKey(ZIRC_Context& context, const unsigned char* blob, int length)
 {
-    if (Scheme::readPublicKey(newKey<Scheme>(context), blob, length) == 0) return 0;
-    return ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
+    return setPairKey<Scheme, Scheme::readPublicKey, false>(context, blob, length);
 }
 
 template <class Scheme> int setPrivateKey(ZIRC_Context& context, const unsigned char* blob, int length)
 {
-    if (Scheme::readPrivateKey(newKey<Scheme>(context), blob, length) == 0) return 0;
-    return ZIRC_SetError(context, ZIRC_ASN1_OPERATION_FAILED);
+    return setPairKey<Scheme, Scheme::readPrivateKey, true>(context, blob, length);
 }
 
 // The two blobs of a generated key.

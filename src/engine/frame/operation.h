@@ -4,39 +4,25 @@
 #include "base/wipe.h"
 #include "engine/frame/context.h"
 
-#include <memory>
-#include <new>
-
 namespace vrno {
 
-struct WipedDelete {
-    void operator()(ZIRC_Context* context) const
-    {
-        wipe(context, offsetof(ZIRC_Context, keyArea) + context->keyAreaUsed);
-        delete context;
-    }
-};
-using OwnedContext = std::unique_ptr<ZIRC_Context, WipedDelete>;
-
-inline OwnedContext newContext() { return OwnedContext(new (std::nothrow) ZIRC_Context); }
-
 // The stack that the stages use at most when they read a private key and use it, with the slowest kernel.
-inline constexpr std::size_t privateKeyStack = 36 * 1024;
+inline constexpr std::size_t privateKeyStack = 32 * 1024;
 
 // Runs the stages of an operation in a context of its own, in order up to the first that fails. 0, or the context's error with
-// that stage's offset: 1000, 2000, 3000 by position.
+// that stage's offset: 1000, 2000, 3000 by position; ZIRC_MEMORY_ERROR has none.
 template <class... Stage> int stages(Stage... stage)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
+    ZIRC_Context context;
     int offset = 0;
     const auto succeeds = [&](auto& next) {
         offset += 1000;
-        return next(*context) == 0;
+        return next(context) == 0;
     };
     const bool isDone = (succeeds(stage) && ...);
-    if (context->hasPrivateKey) wipeStack<privateKeyStack>();
-    return isDone ? 0 : context->nError + offset;
+    if (context.hasPrivateKey) wipeStack<privateKeyStack>();
+    if (isDone) return 0;
+    return context.nError == ZIRC_MEMORY_ERROR ? ZIRC_MEMORY_ERROR : context.nError + offset;
 }
 
 // Runs a slot; 1 if the algorithm does not have it.
@@ -71,8 +57,8 @@ inline constexpr KeyKind privateKey{&Sizes::nMinPrivateKeyLen, &Slots::fnSetPriv
 
 inline int setKey(ZIRC_Context& context, const KeyKind& kind, const unsigned char* key, int length)
 {
-    context.hasPrivateKey = context.hasPrivateKey || kind.set == privateKey.set;
-    return runSlot(context, kind.set, key, length) > 0 ? ZIRC_SetError(context, ZIRC_INVALID_KEY) : 0;
+    if (runSlot(context, kind.set, key, length) == 0) return 0;
+    return context.nError == ZIRC_MEMORY_ERROR ? 1 : ZIRC_SetError(context, ZIRC_INVALID_KEY);
 }
 
 } // namespace vrno

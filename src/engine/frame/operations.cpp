@@ -158,11 +158,10 @@ int ZIRC_VerifyData(const unsigned char* key, int keyLength, int nAlgID, const u
 
 int ZIRC_GenerateRandom(int nAlgID, unsigned char* output, int outputLength, const unsigned char* seed, int seedLength)
 {
-    const OwnedContext context = newContext();
-    if (!context) return ZIRC_MEMORY_ERROR;
-    if (bindRandom(*context, nAlgID) > 0) return context->nError;
+    ZIRC_Context context;
+    if (bindRandom(context, nAlgID) > 0) return context.nError;
     if (outputLength < 0 || seedLength < 0 || (!output && outputLength > 0)) return ZIRC_INVALID_DATA;
-    if (runSlot(*context, &Slots::fnRandom, output, outputLength, seed, seedLength) > 0) return ZIRC_STAGED_OPERATION_FAILED;
+    if (runSlot(context, &Slots::fnRandom, output, outputLength, seed, seedLength) > 0) return ZIRC_STAGED_OPERATION_FAILED;
     return 0;
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 struct Rsa {
     using Key = ZIRC_RsaKey;
-    static constexpr Key KeyArea::*area = &KeyArea::rsa;
+    static constexpr Key KeyPair::*area = &KeyPair::rsa;
     static constexpr auto readPublicKey = rsaReadPublicKey, readPrivateKey = rsaReadPrivateKey;
     static constexpr auto writePublicKey = rsaWritePublicKey, writePrivateKey = rsaWritePrivateKey;
 };
@@ -17,7 +17,7 @@ struct Rsa {
 // Whether the output has room for the modulus. The key decides its size, which may be more than that of the id's row.
 bool hasRoom(const ZIRC_Context& context, const int* outputLength)
 {
-    return *outputLength >= (bnBits(context.keyArea.rsa.n) + 7) / 8;
+    return *outputLength >= (bnBits(context.keyPair->rsa.n) + 7) / 8;
 }
 
 // ---- PKCS#1 v1.5 ----
@@ -30,18 +30,18 @@ int pkcs1Cipher(ZIRC_Context& context, int mode, unsigned char* output, int* out
 {
     if (!hasRoom(context, outputLength)) return 1;
     const Routine run = mode == ZIRC_MODE_PUBLIC_KEY ? withPublicKey : withPrivateKey;
-    return outputResult(context, run(context.keyArea.rsa, output, input, length), outputLength);
+    return outputResult(context, run(context.keyPair->rsa, output, input, length), outputLength);
 }
 
 int pkcs1Sign(ZIRC_Context& context, unsigned char* output, int* outputLength)
 {
-    const int length = rsaPrivateEncrypt(context.keyArea.rsa, output, context.stagingBuffer, context.nBuffered);
+    const int length = rsaPrivateEncrypt(context.keyPair->rsa, output, context.stagingBuffer, context.nBuffered);
     return outputResult(context, length, outputLength);
 }
 
 int pkcs1Verify(ZIRC_Context& context, const unsigned char* signature, int length)
 {
-    return verifyResult(context, rsaVerifyPkcs1(context.keyArea.rsa, context.stagingBuffer, context.nBuffered, signature, length));
+    return verifyResult(context, rsaVerifyPkcs1(context.keyPair->rsa, context.stagingBuffer, context.nBuffered, signature, length));
 }
 
 template <class Digest> int digestInfoFinal(ZIRC_Context& context, unsigned char* output, int* length)
@@ -63,18 +63,18 @@ template <int onlyMode, LabelRoutine run>
 int oaepCipher(ZIRC_Context& context, int mode, unsigned char* output, int* outputLength, const unsigned char* input, int length)
 {
     if (mode != onlyMode || !hasRoom(context, outputLength)) return 1;
-    return outputResult(context, run(context.keyArea.rsa, context.nHashId, output, input, length, nullptr, 0), outputLength);
+    return outputResult(context, run(context.keyPair->rsa, context.nHashId, output, input, length, nullptr, 0), outputLength);
 }
 
 int pssSign(ZIRC_Context& context, unsigned char* output, int* outputLength)
 {
-    const int length = rsaPssSign(context.keyArea.rsa, context.nHashId, output, context.stagingBuffer, context.nBuffered, 0);
+    const int length = rsaPssSign(context.keyPair->rsa, context.nHashId, output, context.stagingBuffer, context.nBuffered, 0);
     return outputResult(context, length, outputLength);
 }
 
 int pssVerify(ZIRC_Context& context, const unsigned char* signature, int length)
 {
-    return verifyResult(context, rsaPssVerify(context.keyArea.rsa, context.nHashId, context.stagingBuffer, context.nBuffered,
+    return verifyResult(context, rsaPssVerify(context.keyPair->rsa, context.nHashId, context.stagingBuffer, context.nBuffered,
                                               signature, length, 0));
 }
 
@@ -97,7 +97,9 @@ int generateKeyPair(ZIRC_Context& context, unsigned char* publicBlob, int* publi
     const unsigned int exponent = exponentOf(parameter, parameterLength);
     // An even exponent has the factor 2 in common with p - 1 of every prime p.
     if (exponent % 2 == 0) return ZIRC_SetError(context, ZIRC_INVALID_DATA);
-    ZIRC_RsaKey& key = newKey<Rsa>(context);
+    ZIRC_RsaKey* const made = newKey<Rsa>(context, true);
+    if (!made) return 1;
+    ZIRC_RsaKey& key = *made;
     const Sizes& sizes = context.sizes;
     const int result = multiPrime ? rsaGenerateMultiPrimeKeyPair(key, sizes.nKeyBits, exponent, sizes.nPrimeCount)
                                   : rsaGenerateKeyPair(key, sizes.nKeyBits, exponent);

@@ -21,8 +21,7 @@ static int generateSchedule(ZIRC_Context&, unsigned char* output, const unsigned
 static int setSchedule(ZIRC_Context& context, const unsigned char* key, int length)
 {
     if (length < context.sizes.nKeyLen) return 1;
-    std::memcpy(&context.keyArea.seed, key, sizeof context.keyArea.seed);
-    context.keyAreaUsed = sizeof context.keyArea.seed;
+    std::memcpy(&context.seedKey, key, sizeof context.seedKey);
     return 0;
 }
 
@@ -33,7 +32,7 @@ template <CbcRoutine run>
 static int runCbc(ZIRC_Context& context, int, unsigned char* output, int* outputLength, const unsigned char* input, int inputLength)
 {
     if (inputLength % context.sizes.nInputBlockLen != 0) return 1;
-    run(context.keyArea.seed, output, input, static_cast<std::size_t>(inputLength), context.iv);
+    run(context.seedKey, output, input, static_cast<std::size_t>(inputLength), context.iv);
     *outputLength = inputLength;
     return 0;
 }

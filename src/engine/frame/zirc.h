@@ -7,7 +7,7 @@
 // Results, in the whole engine:
 //
 //   operation        0 for success, or a code below. Operations with stages add 1000 for a failure in Init, 2000 in Update,
-//                    3000 in Final; ZIRC_MEMORY_ERROR for their context has no offset.
+//                    3000 in Final; ZIRC_MEMORY_ERROR for a key pair has no offset.
 //   stage, slot      0 for success; 1 for failure, with the code in the context
 //   other routines   0 or more for success, negative for failure. The number says more only where the declaration tells
 //                    what it is, for instance the length of the output.
