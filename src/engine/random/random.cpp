@@ -127,10 +127,9 @@ struct Seeding {
 constexpr Seeding ofProcess{88, false};
 constexpr Seeding ofCall{92, true};
 
-void randMixSeed(Pool& pool, const Seeding& seeding, const unsigned char* data, std::size_t length)
+void randMixSeed(Pool& pool, const Seeding& seeding, std::uint32_t process, const unsigned char* data, std::size_t length)
 {
     SecretArea<8> more;
-    const std::uint32_t process = platform::processId();
     std::memcpy(more.bytes, &process, 4);
     std::memcpy(more.bytes + 4, data, 4);
     randMix(pool, data, length, more.bytes, seeding.withProcess ? sizeof more.bytes : 0);
@@ -141,9 +140,9 @@ int randSeedFromSystem(Pool& pool, const Seeding& seeding)
 {
     SecretArea<92> area;
     if (!platform::randomBytes(area.bytes, seeding.length)) return -1;
-    const std::uint32_t time = wallClockSeconds();
-    randMixSeed(pool, seeding, area.bytes, seeding.length);
-    randMixSeed(pool, seeding, reinterpret_cast<const unsigned char*>(&time), sizeof time);
+    const std::uint32_t time = wallClockSeconds(), process = seeding.withProcess ? platform::processId() : 0;
+    randMixSeed(pool, seeding, process, area.bytes, seeding.length);
+    randMixSeed(pool, seeding, process, reinterpret_cast<const unsigned char*>(&time), sizeof time);
     return 0;
 }
 
