@@ -64,7 +64,7 @@ std::string withoutMemory(const Step& step, VRNO_API_CTX* context, const Values&
 // Secrets by name.
 using Secrets = Values;
 
-// The password, and the numbers of the RSA private key in both orders of their octets.
+// The password, and the numbers of the RSA private key: in both orders of their octets, and as the kernel for IFMA holds them.
 Secrets secretsOf(const Values& input)
 {
     Secrets secrets{{"password", input.at("password")}};
@@ -78,7 +78,15 @@ Secrets secretsOf(const Values& input)
         BN_bn2bin(number, reinterpret_cast<unsigned char*>(octets.data()));
         BN_clear_free(number);
         secrets[name] = octets;
-        secrets[name + std::string(" from its end")] = {octets.rbegin(), octets.rend()};
+        const std::string fromEnd(octets.rbegin(), octets.rend());
+        secrets[name + std::string(" from its end")] = fromEnd;
+        std::string& limbs = secrets[name + std::string(" in limbs of 52 bits")];
+        for (std::size_t bit = 0; bit / 8 + 8 <= fromEnd.size(); bit += 52) {
+            std::uint64_t limb = 0;
+            std::memcpy(&limb, fromEnd.data() + bit / 8, sizeof limb);
+            limb = limb >> bit % 8 & ((std::uint64_t{1} << 52) - 1);
+            limbs.append(reinterpret_cast<const char*>(&limb), sizeof limb);
+        }
     }
     return secrets;
 }

@@ -53,7 +53,9 @@ struct AffineMap {
     constexpr Octet operator()(Octet x) const
     {
         Octet sum = constant;
-        for (int i = 0; i < 8; ++i) sum ^= x >> i & 1 ? images[i] : 0;
+        for (int i = 0; i < 8; ++i) {
+            if (x >> i & 1) sum ^= images[i];
+        }
         return sum;
     }
     // The matrix of GF2P8AFFINEQB, without the constant: the highest octet is the row of bit 0.
