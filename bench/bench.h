@@ -93,15 +93,15 @@ inline Bytes padded(const Bytes& data)
     return all;
 }
 
-// The RSAPrivateKey of a PrivateKeyInfo stands behind so many bytes.
-inline constexpr std::size_t headOfRsaKey = 26;
-
 // Bytes in lower-case hexadecimal.
 std::string hex(const unsigned char* data, std::size_t length);
 
-// Seconds of one operation of each side, which run in turns: so many rounds, and for `budget` seconds, at least. The shortest
-// time counts, so that other load on the machine does not.
+// Seconds of the processor for one operation of each side, which run in turns: so many rounds, and for `budget` seconds, at least.
+// The shortest time counts, so that other load on the machine does not.
 std::vector<double> measure(const std::vector<Operation>& sides, double budget, int rounds = 3);
+
+// Does something whose time does not count in the measurement of this thread.
+void untimed(const std::function<void()>& action);
 
 struct Allocations {
     std::size_t count, bytes;
@@ -120,8 +120,12 @@ struct Figures {
              const std::string& unit, double relative = 0);
 };
 
-Table growthOfCertificates(Figures& figures);
-Table growthOfMessages(Figures& figures);
+// The names of the kernels that a work gets from this processor, "-" where nothing is chosen.
+std::string kernelsOf(Work work, std::size_t size);
+
+Table kernels(Figures& figures, double budget); // each kernel that this processor runs
+Table growthOfCertificates(Figures& figures, int rounds);
+Table growthOfMessages(Figures& figures, int rounds);
 Table threads(Figures& figures, double budget);
 Table allocations(Figures& figures);
 

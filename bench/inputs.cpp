@@ -104,13 +104,15 @@ Bytes sign(const Certificate& made, unsigned bits)
     return derOf(i2d_X509, made.get());
 }
 
-void addExtension(const Certificate& made, const char* name, const char* value)
+// `sections` are those that the value names, in the form of OpenSSL's configuration.
+void addExtension(const Certificate& made, const char* name, const char* value, CONF* sections = nullptr)
 {
-    X509V3_CTX context;
     static CONF* const none = NCONF_new(nullptr); // OpenSSL demands one for policies
+    CONF* const known = sections ? sections : none;
+    X509V3_CTX context;
     X509V3_set_ctx(&context, made.get(), made.get(), nullptr, nullptr, 0);
-    X509V3_set_nconf(&context, none);
-    X509_EXTENSION* const extension = X509V3_EXT_conf(nullptr, &context, name, value);
+    X509V3_set_nconf(&context, known);
+    X509_EXTENSION* const extension = X509V3_EXT_nconf(known, &context, name, value);
     require(extension, name);
     X509_add_ext(made.get(), extension, -1);
     X509_EXTENSION_free(extension);
@@ -119,19 +121,24 @@ void addExtension(const Certificate& made, const char* name, const char* value)
 // With the extensions of a holder's certificate of the Korean PKI, and the others that have a getter.
 Bytes fullCertificate(unsigned bits)
 {
+    static constexpr char text[] = "[policy]\npolicyIdentifier = 1.2.410.200004.5.2.1.2\nCPS.1 = http://www.example.kr/cps.html\n"
+                                   "userNotice.1 = @notice\n[notice]\nexplicitText = UTF8:이 인증서는 시험용입니다\n";
     const Certificate made = plainCertificate(bits);
+    const std::unique_ptr<BIO, decltype(&BIO_free)> lines(BIO_new_mem_buf(text, -1), BIO_free);
+    const std::unique_ptr<CONF, decltype(&NCONF_free)> sections(NCONF_new(nullptr), NCONF_free);
+    require(NCONF_load_bio(sections.get(), lines.get(), nullptr) == 1, "NCONF_load_bio");
     for (const auto& [name, value] : {
              std::pair{"subjectKeyIdentifier", "hash"},
              {"authorityKeyIdentifier", "keyid,issuer:always"},
              {"keyUsage", "critical,digitalSignature,nonRepudiation,keyEncipherment"},
              {"basicConstraints", "CA:FALSE"},
-             {"certificatePolicies", "1.2.410.200004.5.2.1.2"},
+             {"certificatePolicies", "@policy"},
              {"extendedKeyUsage", "clientAuth,emailProtection"},
              {"subjectAltName", "email:gildong@example.kr,DNS:example.kr"},
-             {"crlDistributionPoints", "URI:http://crl.example.kr/dp1.crl"},
+             {"crlDistributionPoints", "URI:ldap://ds.example.kr:389/ou=dp1"},
              {"authorityInfoAccess", "OCSP;URI:http://ocsp.example.kr:4612"},
          })
-        addExtension(made, name, value);
+        addExtension(made, name, value, sections.get());
     return sign(made, bits);
 }
 
@@ -194,7 +201,8 @@ void makeCertificate(Input& in, Work work, unsigned bits)
         in.holds = contains({"435a2b1f4d", "Benchmark CA", "Hong Gildong 0001", hex(key.data(), key.size()),
                              hex(signature->data, static_cast<std::size_t>(signature->length))});
     }
-    if (work == Work::certificateTexts) in.holds = contains({"gildong@example.kr", "http://crl.example.kr/dp1.crl", "http://ocsp"});
+    if (work == Work::certificateTexts)
+        in.holds = contains({"gildong@example.kr", "ldap://ds.example.kr:389/ou=dp1", "cps.html", "http://ocsp"});
     if (work == Work::message) in.holds = [&in, bits](const Bytes& result) { return decryptsTo(result, in.data, bits); };
 }
 

@@ -2,7 +2,7 @@
 #include "bench.h"
 
 #include <chrono>
-#include <cstdint>
+#include <ctime>
 
 // Every allocation of this program and its libraries comes here; it is passed to the C library.
 namespace {
@@ -52,37 +52,55 @@ Allocations countAllocations(const std::function<void()>& call)
 
 namespace {
 
-double now() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+double clockTime() { return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count(); }
+
+// Of this thread. All works run in one thread, and what other programs take of the processor does not count.
+double processorTime()
+{
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+thread_local double leftOut; // seconds since the start of the round
 
 double timeOf(const Operation& operation, int calls)
 {
-    const double start = now();
+    leftOut = 0;
+    const double start = processorTime();
     for (int i = 0; i < calls; ++i) operation(nullptr);
-    return now() - start;
+    return processorTime() - start - leftOut;
 }
 
-// So many calls that the clock's own time does not count, and the time of one.
+// So many calls that neither the clock counts nor what the other sides have left in the caches, and the time of one.
 std::pair<int, double> firstRound(const Operation& operation)
 {
     int calls = 1;
     double seconds = timeOf(operation, calls);
-    for (; seconds < 100e-6; seconds = timeOf(operation, calls)) calls *= 2;
+    for (; seconds < 500e-6; seconds = timeOf(operation, calls)) calls *= 2;
     return {calls, seconds / calls};
 }
 
 } // namespace
 
+void untimed(const std::function<void()>& action)
+{
+    const double start = processorTime();
+    action();
+    leftOut += processorTime() - start;
+}
+
 std::vector<double> measure(const std::vector<Operation>& sides, double budget, int rounds)
 {
     std::vector<int> calls;
     std::vector<double> best;
-    const double start = now();
+    const double start = clockTime();
     for (const Operation& side : sides) {
         const auto [count, seconds] = firstRound(side);
         calls.push_back(count);
         best.push_back(seconds);
     }
-    for (; rounds > 0 || now() - start < budget; --rounds) {
+    for (; rounds > 0 || clockTime() - start < budget; --rounds) {
         for (std::size_t i = 0; i < sides.size(); ++i) best[i] = std::min(best[i], timeOf(sides[i], calls[i]) / calls[i]);
     }
     return best;

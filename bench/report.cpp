@@ -9,7 +9,7 @@ namespace bench {
 std::string number(double value)
 {
     char text[32];
-    std::snprintf(text, sizeof text, value < 0.9995 ? "%.2f" : value < 9.995 ? "%.2f" : value < 99.95 ? "%.1f" : "%.0f", value);
+    std::snprintf(text, sizeof text, value < 0.0995 ? "%.3f" : value < 9.995 ? "%.2f" : value < 99.95 ? "%.1f" : "%.0f", value);
     return text;
 }
 

@@ -63,12 +63,12 @@ Operation keyPair(const Input& in)
     return [&in](Bytes* kept) {
         const std::uint8_t text[] = "text";
         Botan::DataSource_Memory source(in.privateKey.data(), in.privateKey.size());
-        const std::unique_ptr<Botan::Private_Key> key = Botan::PKCS8::load_key(source);
+        const std::unique_ptr<Botan::Private_Key> secret = Botan::PKCS8::load_key(source);
         const std::unique_ptr<Botan::Public_Key> open = Botan::X509_Certificate(in.certificate).load_subject_public_key();
-        const std::vector<std::uint8_t> signature =
-            Botan::PK_Signer(*key, generator(), "EMSA3(SHA-160)").sign_message(text, sizeof text, generator());
-        Botan::PK_Verifier verifier(*open, "EMSA3(SHA-160)");
-        keep(kept, verifier.verify_message(text, sizeof text, signature.data(), signature.size()) ? "pair" : "no pair");
+        Botan::PK_Signer signs(*secret, generator(), "EMSA3(SHA-160)");
+        Botan::PK_Verifier verifies(*open, "EMSA3(SHA-160)");
+        const std::vector<std::uint8_t> signature = signs.sign_message(text, sizeof text, generator());
+        keep(kept, verifies.verify_message(text, sizeof text, signature.data(), signature.size()) ? "pair" : "no pair");
     };
 }
 

@@ -60,13 +60,13 @@ struct Pair {
     rsa_private_key secret;
     mpz_t signature;
 
+    // The RSAPrivateKey stands behind the 26 bytes that a PrivateKeyInfo begins with.
     explicit Pair(const Bytes& key)
     {
         rsa_public_key_init(&open);
         rsa_private_key_init(&secret);
         mpz_init(signature);
-        require(rsa_keypair_from_der(&open, &secret, 0, key.size() - headOfRsaKey, key.data() + headOfRsaKey),
-                "rsa_keypair_from_der");
+        require(rsa_keypair_from_der(&open, &secret, 0, key.size() - 26, key.data() + 26), "rsa_keypair_from_der");
     }
     Pair(const Pair&) = delete;
     Pair& operator=(const Pair&) = delete;

@@ -1,4 +1,5 @@
-// OpenSSL, twice: as one would write it for one job, and by its bare calls, with everything made before that can be.
+// OpenSSL, twice: as one would write it for one job, and by its bare calls, which keep contexts and buffers and find what they
+// need of a certificate in its encoding, since d2i_X509 takes long over the key.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include "bench.h"
 
@@ -44,6 +45,49 @@ Key readKey(const Input& in)
 {
     const unsigned char* from = in.privateKey.data();
     return Key(d2i_AutoPrivateKey(nullptr, &from, static_cast<long>(in.privateKey.size())));
+}
+
+// An element in DER: its first octet, its content, and what stands behind it.
+struct Element {
+    const unsigned char *start, *content, *end;
+};
+
+Element elementAt(const unsigned char* at, const unsigned char* end)
+{
+    const unsigned char* content = at;
+    long length = 0;
+    int tag = 0, kind = 0;
+    require((ASN1_get_object(&content, &length, &tag, &kind, end - at) & 0x80) == 0, failure);
+    return {at, content, content + length};
+}
+
+Element component(const Element& container, int index)
+{
+    Element found = elementAt(container.content, container.end);
+    for (; index > 0; --index) found = elementAt(found.end, container.end);
+    return found;
+}
+
+Element whole(const Bytes& der) { return elementAt(der.data(), der.data() + der.size()); }
+
+// The components of a TBSCertificate of version 3 without unique identifiers.
+enum { serial = 1, issuer = 3, subjectKey = 6, extensions = 7 };
+Element tbsCertificate(const Input& in) { return component(whole(in.certificate), 0); }
+
+using RsaKey = Owned<RSA, RSA_free>;
+
+RsaKey barePublicKey(const Input& in)
+{
+    const Element bits = component(component(tbsCertificate(in), subjectKey), 1);
+    const unsigned char* from = bits.content + 1; // behind the count of unused bits
+    return RsaKey(d2i_RSAPublicKey(nullptr, &from, bits.end - from));
+}
+
+RsaKey barePrivateKey(const Input& in)
+{
+    const Element octets = component(whole(in.privateKey), 2);
+    const unsigned char* from = octets.content;
+    return RsaKey(d2i_RSAPrivateKey(nullptr, &from, octets.end - from));
 }
 
 // One message in CBC mode; the number of bytes written.
@@ -158,29 +202,11 @@ Operation keyPair(const Input& in)
     };
 }
 
-using RsaKey = Owned<RSA, RSA_free>;
-
-// The RSAPublicKey in a certificate, and the same read anew.
-Bytes publicKeyOf(const Input& in)
-{
-    const Certificate certificate = readCertificate(in);
-    const ASN1_BIT_STRING* const key = X509_get0_pubkey_bitstr(certificate.get());
-    return {key->data, key->data + key->length};
-}
-
-RsaKey readPublicKey(const Bytes& key)
-{
-    const unsigned char* from = key.data();
-    return RsaKey(d2i_RSAPublicKey(nullptr, &from, static_cast<long>(key.size())));
-}
-
-// The private operation without blinding, which ours does not have. Keys are read in each call, as ours does.
+// The private operation without blinding, which ours does not have.
 Operation bareKeyPair(const Input& in)
 {
-    return [holder = publicKeyOf(in), &in](Bytes* kept) {
-        const unsigned char* from = in.privateKey.data() + headOfRsaKey;
-        const RsaKey secret(d2i_RSAPrivateKey(nullptr, &from, static_cast<long>(in.privateKey.size() - headOfRsaKey)));
-        const RsaKey open = readPublicKey(holder);
+    return [&in](Bytes* kept) {
+        const RsaKey open = barePublicKey(in), secret = barePrivateKey(in);
         unsigned char digest[20], signature[256];
         unsigned length = 0;
         RSA_blinding_off(secret.get());
@@ -205,53 +231,65 @@ Operation message(const Input& in)
     };
 }
 
-// One element in DER around parts.
-Bytes element(unsigned char tag, std::initializer_list<Bytes> parts)
+// Puts the header of an element in front of the beginning of its content, of which `rest` octets follow later.
+void enclose(unsigned char tag, Bytes& content, std::size_t rest = 0)
 {
-    std::size_t length = 0;
-    for (const Bytes& part : parts) length += part.size();
-    Bytes all{tag};
+    const std::size_t length = content.size() + rest;
+    Bytes header{tag};
     if (length < 128) {
-        all.push_back(static_cast<unsigned char>(length));
+        header.push_back(static_cast<unsigned char>(length));
     } else {
-        all.push_back(0x84);
-        for (int shift = 24; shift >= 0; shift -= 8) all.push_back(static_cast<unsigned char>(length >> shift));
+        header.push_back(0x84);
+        for (int shift = 24; shift >= 0; shift -= 8) header.push_back(static_cast<unsigned char>(length >> shift));
     }
-    all.reserve(all.size() + length);
-    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    content.insert(content.begin(), header.begin(), header.end());
+}
+
+void putBefore(Bytes& content, const Bytes& part) { content.insert(content.begin(), part.begin(), part.end()); }
+
+// KeyTransRecipientInfo of RFC 5652.
+Bytes bareRecipient(const Input& in, const unsigned char* key)
+{
+    static const Bytes version{2, 1, 0}, rsa{0x30, 0x0D, 6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 1, 1, 5, 0};
+    const RsaKey holder = barePublicKey(in);
+    Bytes all(static_cast<std::size_t>(RSA_size(holder.get())));
+    require(RSA_public_encrypt(16, key, all.data(), holder.get(), RSA_PKCS1_PADDING) > 0, failure);
+    const Element tbs = tbsCertificate(in), name = component(tbs, issuer), number = component(tbs, serial);
+    Bytes identifier(name.start, name.end);
+    identifier.insert(identifier.end(), number.start, number.end);
+    enclose(0x30, identifier);
+    enclose(4, all);
+    for (const Bytes& part : {rsa, identifier, version}) putBefore(all, part);
+    enclose(0x30, all);
     return all;
 }
 
-template <class T> Bytes derOf(int (*encode)(const T*, unsigned char**), const T* value)
-{
-    Bytes out;
-    keepDer(&out, encode, value);
-    return out;
-}
-
-// ContentInfo and EnvelopedData of RFC 5652, around one KeyTransRecipientInfo. Of the certificate only
-// the key is read anew.
+// ContentInfo and EnvelopedData of RFC 5652, from the inside to the outside; the content is encrypted into its place.
 Operation bareMessage(const Input& in)
 {
-    const Certificate certificate = readCertificate(in);
-    const Bytes name = element(0x30, {derOf<X509_NAME>(i2d_X509_NAME, X509_get_issuer_name(certificate.get())),
-                                      derOf<ASN1_INTEGER>(i2d_ASN1_INTEGER, X509_get0_serialNumber(certificate.get()))});
-    const Bytes enveloped{6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 7, 3},
-        data{6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 7, 1},
-        rsa{0x30, 0x0D, 6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 1, 1, 5, 0},
-        seedId{6, 8, 0x2A, 0x83, 0x1A, 0x8C, 0x9A, 0x44, 1, 4}, zero{2, 1, 0};
-    return [=, key = publicKeyOf(in), reused = std::make_shared<Reused>(), &in](Bytes* kept) {
-        const RsaKey holder = readPublicKey(key);
+    return [reused = std::make_shared<Reused>(), &in](Bytes* kept) {
+        static const Bytes version{2, 1, 0}, enveloped{6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 7, 3},
+            data{6, 9, 0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 1, 7, 1}, seedId{6, 8, 0x2A, 0x83, 0x1A, 0x8C, 0x9A, 0x44, 1, 4};
+        const std::size_t length = in.data.size() / 16 * 16 + 16;
         unsigned char drawn[32]; // key and IV
         RAND_bytes(drawn, sizeof drawn);
-        Bytes cipher(in.data.size() + 16), sealed(static_cast<std::size_t>(RSA_size(holder.get())));
-        cipher.resize(cbc(reused->context.get(), reused->cipher.get(), true, drawn, drawn + 16, in.data, cipher.data()));
-        require(RSA_public_encrypt(16, drawn, sealed.data(), holder.get(), RSA_PKCS1_PADDING) > 0, failure);
-        const Bytes recipient = element(0x30, {zero, name, rsa, element(4, {sealed})});
-        const Bytes algorithm = element(0x30, {seedId, element(4, {Bytes(drawn + 16, drawn + 32)})});
-        const Bytes content = element(0x30, {data, algorithm, element(0x80, {cipher})});
-        const Bytes made = element(0x30, {enveloped, element(0xA0, {element(0x30, {zero, element(0x31, {recipient}), content})})});
-        keep(kept, made.data(), made.size());
+        Bytes recipients = bareRecipient(in, drawn), algorithm(drawn + 16, drawn + 32), all;
+        enclose(0x31, recipients);
+        enclose(4, algorithm);
+        putBefore(algorithm, seedId);
+        enclose(0x30, algorithm);
+        enclose(0x80, all, length);
+        for (const Bytes& part : {algorithm, data}) putBefore(all, part);
+        enclose(0x30, all, length);
+        for (const Bytes& part : {recipients, version}) putBefore(all, part);
+        enclose(0x30, all, length);
+        enclose(0xA0, all, length);
+        putBefore(all, enveloped);
+        enclose(0x30, all, length);
+        const std::unique_ptr<unsigned char[]> out(new unsigned char[all.size() + length]);
+        std::memcpy(out.get(), all.data(), all.size());
+        cbc(reused->context.get(), reused->cipher.get(), true, drawn, drawn + 16, in.data, out.get() + all.size());
+        keep(kept, out.get(), all.size() + length);
     };
 }
 
@@ -307,24 +345,13 @@ Operation certificateTexts(const Input& in)
     };
 }
 
-// Without d2i_X509, which mostly decodes the key: the extensions are looked for in the encoding.
 Operation bareTexts(const Input& in)
 {
     return [out = std::shared_ptr<BIO>(BIO_new(BIO_s_mem()), BIO_free), &in](Bytes* kept) {
-        const unsigned char* at = in.certificate.data();
-        const unsigned char* const end = at + in.certificate.size();
-        long length = 0;
-        int tag = 0, kind = 0;
-        const auto enter = [&] { ASN1_get_object(&at, &length, &tag, &kind, end - at); };
-        enter(); // Certificate
-        enter(); // TBSCertificate
-        do {
-            enter();
-            if (kind == V_ASN1_CONTEXT_SPECIFIC && tag == 3) break;
-            at += length;
-        } while (at < end);
+        const Element list = component(component(tbsCertificate(in), extensions), 0);
+        const unsigned char* from = list.start;
         const Owned<X509_EXTENSIONS, [](X509_EXTENSIONS* all) { sk_X509_EXTENSION_pop_free(all, X509_EXTENSION_free); }> all(
-            d2i_X509_EXTENSIONS(nullptr, &at, length));
+            d2i_X509_EXTENSIONS(nullptr, &from, list.end - from));
         BIO_reset(out.get());
         for (int i = 0; i < sk_X509_EXTENSION_num(all.get()); ++i)
             require(X509V3_EXT_print(out.get(), sk_X509_EXTENSION_value(all.get(), i), 0, 0) == 1, failure);
