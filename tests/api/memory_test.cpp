@@ -5,15 +5,7 @@
 #include "support/failing.h"
 #include "support/folder.h"
 #include "support/openssl.h"
-
-#include <pthread.h>
-
-#include <bitset>
-#include <cstdint>
-#include <cstring>
-#include <functional>
-#include <set>
-#include <unordered_map>
+#include "support/secrets.h"
 
 using namespace test;
 
@@ -58,13 +50,11 @@ std::string withoutMemory(const Step& step, VRNO_API_CTX* context, const Values&
     return text;
 }
 
-// Secrets by name.
-using Secrets = Values;
-
-// The password, and the numbers of the RSA private key in both orders of their octets.
+// The password, and the numbers of the RSA private key.
 Secrets secretsOf(const Values& input)
 {
-    Secrets secrets{{"password", input.at("password")}};
+    Secrets secrets;
+    secrets.add("password", input.at("password"));
     const std::string& info = input.at("key");
     const unsigned char* from = at(info);
     const std::unique_ptr<EVP_PKEY, Freed> key(d2i_AutoPrivateKey(nullptr, &from, static_cast<long>(info.size())));
@@ -74,58 +64,9 @@ Secrets secretsOf(const Values& input)
         std::string octets(static_cast<std::size_t>(BN_num_bytes(number)), '\0');
         BN_bn2bin(number, reinterpret_cast<unsigned char*>(octets.data()));
         BN_clear_free(number);
-        secrets[name] = octets;
-        secrets[name + std::string(" from its end")] = {octets.rbegin(), octets.rend()};
+        secrets.add(name, octets);
     }
     return secrets;
-}
-
-// Which secrets have eight octets in a row in freed blocks, and in how many, as "d in 3 blocks ".
-std::string found(const std::vector<std::string>& freed, const Secrets& secrets)
-{
-    using Window = std::uint64_t;
-    const auto windowAt = [](const std::string& octets, std::size_t i) {
-        Window window = 0;
-        std::memcpy(&window, octets.data() + i, sizeof window);
-        return window;
-    };
-    std::unordered_map<Window, std::string> windows;
-    std::bitset<0x10000> starts; // whether any begins with these two octets
-    for (const auto& [name, octets] : secrets) {
-        for (std::size_t i = 0; i + sizeof(Window) <= octets.size(); ++i) {
-            windows[windowAt(octets, i)] = name;
-            starts.set(windowAt(octets, i) & 0xFFFF);
-        }
-    }
-    std::map<std::string, int> blocks;
-    for (const std::string& block : freed) {
-        std::set<std::string> here;
-        for (std::size_t i = 0; i + sizeof(Window) <= block.size(); ++i) {
-            const Window window = windowAt(block, i);
-            if (starts[window & 0xFFFF] && windows.contains(window)) here.insert(windows.at(window));
-        }
-        for (const std::string& name : here) ++blocks[name];
-    }
-    std::string text;
-    for (const auto& [name, count] : blocks) text += name + " in " + std::to_string(count) + " blocks ";
-    return text;
-}
-
-// The stack of a thread that runs the step and ends.
-std::string stackAfter(std::function<void()> step)
-{
-    constexpr std::size_t size = 1 << 20;
-    std::string stack(size + 4096, '\0');
-    void* const base = reinterpret_cast<void*>((reinterpret_cast<std::uintptr_t>(stack.data()) + 4095) & ~std::uintptr_t{4095});
-    pthread_attr_t attributes;
-    pthread_t thread;
-    pthread_attr_init(&attributes);
-    EXPECT_EQ(pthread_attr_setstack(&attributes, base, size), 0);
-    const auto run = [](void* of) -> void* { return (*static_cast<std::function<void()>*>(of))(), nullptr; };
-    EXPECT_EQ(pthread_create(&thread, &attributes, run, &step), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    return stack;
 }
 
 // A protected key as `password` opens it, with anything for a plaintext.
@@ -155,7 +96,7 @@ TEST(Memory, RunsOutWith1002AndLeavesNoLeakAndNoSecret)
                 SCOPED_TRACE(step.line);
                 const Result well = make(step, context, input);
                 if (well.code == 0) { EXPECT_EQ(withoutMemory(step, context, input, well), ""); } // else no such extension
-                EXPECT_EQ(found(heap.freed(), secrets), "");
+                EXPECT_EQ(secrets.in(heap.freed()), "");
                 if (!well.output.empty()) input["last"] = well.output;
             }
         }
@@ -167,9 +108,10 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
 {
     Input input;
     Secrets secrets = secretsOf(input);
-    secrets["wrong password"] = input["wrongPassword"] = "another:phrase:by:a:stranger";
-    secrets["plaintext"] = "[some+text+that+no+message+has]";
-    input["noKey"] = protectedUnder(input["password"], secrets["plaintext"]);
+    const std::string plaintext = "[some+text+that+no+message+has]";
+    secrets.add("wrong password", input["wrongPassword"] = "another:phrase:by:a:stranger");
+    secrets.add("plaintext", plaintext);
+    input["noKey"] = protectedUnder(input["password"], plaintext);
     input["longer"] = protectedUnder(input["password"], input["key"] + "and more");
     const std::pair<const char*, int> table[] = {
         {"VRNO_PRIKEY_Encrypt 48 password key out", 0},
@@ -193,8 +135,8 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
         EXPECT_EQ(VRNO_MEDIA_Load(context, STORAGE_LIBRARY), 0);
         HeapWatch heap;
         EXPECT_EQ(call(context, line, input).code, row.second) << line;
-        EXPECT_EQ(found(heap.freed(), secrets), "") << line;
-        EXPECT_EQ(found({stackAfter([&] { call(context, line, input); })}, secrets), "") << line;
+        EXPECT_EQ(secrets.in(heap.freed()), "") << line;
+        EXPECT_EQ(secrets.in({stackAfter([&] { call(context, line, input); })}), "") << line;
     }
 }
 
@@ -209,11 +151,11 @@ TEST(FreedMemory, HoldsNoSessionKey)
             Context context;
             call(context, line, input);
             const std::string all = call(context, "VRNO_CRYPT_GetKeyAndIV out out out").output; // "48", key and IV
-            secrets["session key"] = all.substr(2, 16);
+            secrets.add("session key", all.substr(2, 16));
             input["last"] = call(context, "VRNO_CRYPT_Encrypt cert out", input).output;
             call(context, "VRNO_CRYPT_Decrypt last out", input);
             call(context, "VRNO_CRYPT_GenKeyAndIV 48"); // in place of the old one
         }
-        EXPECT_EQ(found(heap.freed(), secrets), "") << line;
+        EXPECT_EQ(secrets.in(heap.freed()), "") << line;
     }
 }

@@ -4,6 +4,7 @@
 #include "engine/bignum/rows.h"
 #include "engine/peer.h"
 #include "support/bytes.h"
+#include "support/secrets.h"
 
 #include <gtest/gtest.h>
 
@@ -371,4 +372,79 @@ TEST(BigNumber, RandomNumbersHaveTheirLength)
     EXPECT_NE(0, std::memcmp(one, two, 47));
     EXPECT_NE(0, std::memcmp(one + 37, one + 27, 10));
     EXPECT_EQ(0, one[47] | one[48] | one[49]);
+}
+
+// The squares of the words of a number, as they stand in memory.
+template <class Word, class Double> static std::string squaresOf(const std::string& number)
+{
+    const std::string fromEnd(number.rbegin(), number.rend());
+    std::string squares;
+    for (std::size_t i = 0; i + sizeof(Word) <= fromEnd.size(); i += sizeof(Word)) {
+        Word word = 0;
+        std::memcpy(&word, &fromEnd[i], sizeof word);
+        const Double square = static_cast<Double>(word) * word;
+        squares.append(reinterpret_cast<const char*>(&square), sizeof square);
+    }
+    return squares;
+}
+
+// Every number below is secret. The exponent is 3: the last square is that of the base in Montgomery's form.
+TEST(BigNumber, LeavesNothingOnTheStack)
+{
+    constexpr int bits = 1024, octets = bits / 8;
+    std::string random(2 * octets, '\0');
+    for (char& octet : random) octet = static_cast<char>(numbers());
+    random.front() = random[octets - 1] = '\xFF'; // of an odd modulus with its top bit
+    random[octets] = 0x7F;
+    const ZIRC_BN m = Peer(random.substr(0, octets)).ours(), a = Peer(random.substr(octets)).ours(), three = number("3");
+    ZIRC_BN r, other;
+    const auto leavings = [](const Secrets& secrets, const std::function<void()>& step) { return secrets.in({stackAfter(step)}); };
+    Secrets ofPower, ofProducts, ofRemainder, ofPrime;
+    ofPower.add("modulus", Peer(m).bytes(octets));
+    bnModExp(r, a, three, m);
+    ofPower.add("result", Peer(r).bytes(octets));
+    for (const int lengthOfR : {bits, (bits + 2 + 51) / 52 * 52}) {
+        Peer R, form;
+        BN_set_bit(R, lengthOfR);
+        BN_mod_sqr(form, R, Peer(m), bnContext());
+        ofPower.add("square of R", form.bytes(octets));
+        BN_mod_mul(form, R, Peer(a), Peer(m), bnContext());
+        ofPower.add("base", form.bytes(octets));
+        ofPower.add("squares", squaresOf<std::uint32_t, std::uint64_t>(form.bytes(octets)));
+        ofPower.add("squares", squaresOf<std::uint64_t, DoubleLimb>(form.bytes(octets)));
+    }
+    for (const Kernel<ModExpFunction>& kernel : modExpKernels) {
+        if (cpuHas(kernel.needs)) { EXPECT_EQ(leavings(ofPower, [&] { kernel.run(r, a, three, m, true); }), "") << kernel.name; }
+    }
+    EXPECT_EQ(leavings(ofPower, [&] { bnModExpSecret(r, a, three, m); }), "");
+    EXPECT_EQ(leavings(ofPower, [&] { bnModExpSecretPair(a, r, three, m, other, three, m); }), "");
+
+    ofProducts.add("factor", Peer(a).bytes(octets));
+    ofProducts.add("squares", squaresOf<std::uint32_t, std::uint64_t>(Peer(a).bytes(octets)));
+    EXPECT_EQ(leavings(ofProducts, [&] { bnSqr(r, a); }), "");
+    ofProducts.add("product", Peer(r).bytes(2 * octets));
+    EXPECT_EQ(leavings(ofProducts, [&] { bnMul(r, a, a); }), "");
+
+    const ZIRC_BN dividend = r;
+    Peer quotient, rest, lastDigit;
+    BN_div(quotient, rest, Peer(dividend), Peer(m), bnContext());
+    BN_nnmod(lastDigit, quotient, Peer(number("100000000")), bnContext());
+    BN_mul(lastDigit, lastDigit, Peer(m), bnContext());
+    ofRemainder.add("divisor", Peer(m).bytes(octets));
+    ofRemainder.add("remainder", rest.bytes(octets));
+    ofRemainder.add("product", lastDigit.bytes(octets + 4));
+    EXPECT_EQ(leavings(ofRemainder, [&] { bnMod(r, dividend, m); }), "");
+
+    // The number that was drawn is some even number below the prime.
+    const std::string stack = stackAfter([&] { bnGeneratePrime(r, 256); });
+    ofPrime.add("prime", Peer(r).bytes(32));
+    for (std::uint32_t below = 0; below < 50000; below += 2) {
+        std::uint32_t residues[2];
+        for (std::size_t i = 0; i < 2; ++i) {
+            const std::uint32_t prime = primeTable[primeCount - 2 + i];
+            residues[i] = (bnModWord(r, prime) + 4 * prime - below) % prime;
+        }
+        ofPrime.add("residues", {reinterpret_cast<const char*>(residues), sizeof residues});
+    }
+    EXPECT_EQ(ofPrime.in({stack}), "");
 }

@@ -29,6 +29,10 @@ struct Operands {
     bool isOrdinary() const { return !isOneOrZero() && isOdd(modulus); }
 };
 
+// A compiler keeps what does not fit into registers on the stack, where no object is that could wipe it. This covers the frames
+// of an exponentiation that has returned.
+[[gnu::noinline]] void wipeFramesBelow() { const SecretArea<20480> frames; }
+
 void modExp(ZIRC_BN& r, const Operands& operands, bool secret)
 {
     Temporary result;
@@ -42,6 +46,7 @@ void modExp(ZIRC_BN& r, const Operands& operands, bool secret)
         power(ring, result, operands.base, operands.exponent);
         bnCopy(r, result);
     }
+    if (secret) wipeFramesBelow();
 }
 
 } // namespace
@@ -61,7 +66,10 @@ void bnModExpSecretPair(const ZIRC_BN& a, ZIRC_BN& r1, const ZIRC_BN& p1, const 
     const bool paired = first.isOrdinary() && second.isOrdinary() &&
                         pick(modExpPairKernels)({r1, first.base, first.exponent, first.modulus},
                                                 {r2, second.base, second.exponent, second.modulus});
-    if (paired) return;
+    if (paired) {
+        wipeFramesBelow();
+        return;
+    }
     modExp(r1, first, true);
     modExp(r2, second, true);
 }
