@@ -81,6 +81,13 @@ std::string protectedUnder(const std::string& password, const std::string& plain
                hex(seedByOpenssl(text(derived, 16), text(derived + 16, 16), plaintext, true)) + "}}");
 }
 
+// The key with its octets in two parts.
+std::string inSegments(const std::string& key)
+{
+    const std::string head = hex(key.substr(4, 18)), octets = key.substr(26); // the OCTET STRING has a length of two octets
+    return der("30{" + head + "24{04{" + hex(octets.substr(0, 500)) + "} 04{" + hex(octets.substr(500)) + "}}}");
+}
+
 } // namespace
 
 TEST(Memory, RunsOutWith1002AndLeavesNoLeakAndNoSecret)
@@ -112,6 +119,7 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
     secrets.add("wrong password", input["wrongPassword"] = "another:phrase:by:a:stranger");
     secrets.add("plaintext", plaintext);
     input["noKey"] = protectedUnder(input["password"], plaintext);
+    input["segments"] = protectedUnder(input["password"], inSegments(input["key"]));
     input["longer"] = protectedUnder(input["password"], input["key"] + "and more");
     const std::pair<const char*, int> table[] = {
         {"VRNO_PRIKEY_Encrypt 48 password key out", 0},
@@ -119,6 +127,7 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
         {"VRNO_PRIKEY_Decrypt wrongPassword blob out", 2004},
         {"VRNO_PRIKEY_Decrypt password noKey out", 2004},
         {"VRNO_PRIKEY_Decrypt password longer out", 0},
+        {"VRNO_PRIKEY_Decrypt password segments out", 0},
         {"VRNO_PRIKEY_CheckKeyPair cert key", 0},
         {"VRNO_PRIKEY_CheckKeyPair data key", 2003},
         {"VRNO_MEDIA_DISK_ReadPriKey blobFile password out", 0},

@@ -414,7 +414,9 @@ TEST(BigNumber, LeavesNothingOnTheStack)
         ofPower.add("squares", squaresOf<std::uint64_t, DoubleLimb>(form.bytes(octets)));
     }
     for (const Kernel<ModExpFunction>& kernel : modExpKernels) {
-        if (cpuHas(kernel.needs)) { EXPECT_EQ(leavings(ofPower, [&] { kernel.run(r, a, three, m, true); }), "") << kernel.name; }
+        if (cpuHas(kernel.needs)) {
+            EXPECT_EQ(leavings(ofPower, [&] { kernel.run(r, a, three, m, true); }), "") << kernel.name;
+        }
     }
     EXPECT_EQ(leavings(ofPower, [&] { bnModExpSecret(r, a, three, m); }), "");
     EXPECT_EQ(leavings(ofPower, [&] { bnModExpSecretPair(a, r, three, m, other, three, m); }), "");

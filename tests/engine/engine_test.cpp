@@ -4,11 +4,13 @@
 #include "engine/seed/padding.h"
 #include "engine/seed/seed_kernels.h"
 #include "engine/words.h"
+#include "platform/platform.h"
 #include "support/bytes.h"
 #include "support/cases.h"
 #include "support/failing.h"
 #include "support/interface.h"
 #include "support/openssl.h"
+#include "support/secrets.h"
 
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -408,6 +410,35 @@ TEST(Random, DrawsOfOneCallShareTheRunningDigest)
 {
     const RandomSource source(RandomSource::alwaysTheSame);
     EXPECT_NE(drawn(false), drawn(false));
+}
+
+// The third digest that a call mixes into its pool stays there, and its seeds are 'r'.
+TEST(Random, LeavesNothingOnTheStack)
+{
+    const pid_t process = getpid();
+    std::string third(20, '\0');
+    for (int i = 0; i < 3; ++i) {
+        third += text(reinterpret_cast<const unsigned char*>(&process), 4) + "rrrr" + std::string(20, '\0') + std::string(20, 'r');
+        third = sha1ByOpenssl(third);
+    }
+    unsigned char out[8] = {};
+    const std::pair<const char*, std::function<int()>> table[] = {
+        {"randSeed", [&] { return randSeed(out, 8); }},
+        {"randBytes", [&] { return randBytes(out, 8); }},
+        {"randBytesLocal", [&] { return randBytesLocal(out, 8); }},
+    };
+    for (const auto& row : table) {
+        const std::string stack = stackAfter([&row] {
+            const RandomSource source(RandomSource::alwaysTheSame);
+            EXPECT_EQ(row.second(), 0);
+        });
+        Secrets secrets;
+        secrets.add("seed", std::string(20, 'r'));
+        secrets.add("pool", third);
+        secrets.add("process's pool", text(static_cast<unsigned char*>(platform::lockProcessMemory()), platform::maxProcessMemory));
+        platform::unlockProcessMemory();
+        EXPECT_EQ(secrets.in({stack}), "") << row.first;
+    }
 }
 
 TEST(Random, DrawsTakeTheDeviceAndFailWithoutIt)

@@ -4,11 +4,13 @@
 #include "engine/peer.h"
 #include "engine/rsa/rsa.h"
 #include "support/guarded.h"
+#include "support/secrets.h"
 
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
@@ -169,7 +171,7 @@ TEST(Rsa, BadPaddingsAreRefused)
         {"no separator in type 1", block(der("0001FF"), ""), 3110, 3116},
         {"seven bytes of padding", block(der("0002AAAAAAAAAAAAAA00") + "m", ""), 3110, 3116},
         {"seven bytes of 0xFF", block(der("0001FFFFFFFFFFFFFF00") + info + der("00"), ""), 3110, 3116},
-        {"another byte in the padding", block(der("0001FF"), der("FE00") + info), 3110, 3116},
+        {"another byte behind the padding", block(der("0001FF"), der("FE") + info), 3110, 3116},
         {"nothing behind the separator", block(der("0002AA"), der("00")), 0, 3116},
         {"the digest alone", block(der("0001FF"), der("00") + digest), 3110, 0},
         {"something behind the DigestInfo", block(der("0001FF"), der("00") + info + "more"), 3110, 0},
@@ -188,6 +190,59 @@ TEST(Rsa, BadPaddingsAreRefused)
         EXPECT_EQ(cipher(false, 12001, 7, key.privateBlob, forPrivate, out), row.decrypt);
         EXPECT_EQ(verify(121401, key.publicBlob, "m", forPublic), row.check);
     }
+}
+
+// Its octets XOR the mask that MGF1 makes of the seed.
+static std::string masked(const std::string& octets, const std::string& seed)
+{
+    std::string mask(octets.size(), '\0');
+    rsaMgf1(hashSha1, reinterpret_cast<unsigned char*>(mask.data()), size(mask), at(seed), size(seed));
+    for (std::size_t i = 0; i < mask.size(); ++i) mask[i] = static_cast<char>(mask[i] ^ octets[i]);
+    return mask;
+}
+
+// The block of OAEP with this front before its zeros and this seed, and that of PSS with this end and no salt.
+TEST(Rsa, BadOaepAndPssAreRefused)
+{
+    const Key& key = keyOf(1024);
+    const std::string label = digestOf(EVP_sha1(), ""), seed(20, 's'), digest = digestOf(EVP_sha1(), "m"),
+                      hash = digestOf(EVP_sha1(), std::string(8, '\0') + digest);
+    const auto oaep = [&](const std::string& front, char separator) {
+        const std::string db = front + std::string(85, '\0') + separator + "m", hidden = masked(db, seed);
+        return '\0' + masked(seed, hidden) + hidden;
+    };
+    const auto pss = [&](char separator, char last) {
+        std::string em = masked(std::string(106, '\0') + separator, hash) + hash + last;
+        em[0] = static_cast<char>(em[0] & 0x7F);
+        return em;
+    };
+    std::string topBit = pss(1, '\xBC'), otherLabel = label, out;
+    topBit[0] = static_cast<char>(topBit[0] | 0x80);
+    otherLabel[3] = static_cast<char>(otherLabel[3] ^ 1);
+    const struct {
+        const char* what;
+        std::string em;
+        bool isTaken, isSignature;
+    } table[] = {
+        {"a good block", oaep(label, 1), true, false},
+        {"another label", oaep(otherLabel, 1), false, false},
+        {"another separator", oaep(label, 2), false, false},
+        {"a good signature", pss(1, '\xBC'), true, true},
+        {"another last octet", pss(1, '\xBD'), false, true},
+        {"another octet before the salt", pss(2, '\xBC'), false, true},
+        {"a bit too many", topBit, false, true},
+    };
+    for (const auto& row : table) {
+        const std::string in = row.isSignature ? openssl(key, EVP_PKEY_decrypt_init, EVP_PKEY_decrypt, RSA_NO_PADDING, row.em)
+                                               : openssl(key, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, RSA_NO_PADDING, row.em);
+        const int code =
+            row.isSignature ? verify(131401, key.publicBlob, "m", in) : cipher(false, 13101, 7, key.privateBlob, in, out);
+        EXPECT_EQ(code == 0, row.isTaken) << row.what << " " << code;
+    }
+    std::string message, signature = "none";
+    for (; signature[0] != 0; message += 'm') ASSERT_EQ(sign(121401, key.privateBlob, message + 'm', signature), 0);
+    EXPECT_EQ(verify(121401, key.publicBlob, message, signature), 0);
+    EXPECT_EQ(verify(121401, key.publicBlob, message, signature.substr(1)), 3116);
 }
 
 TEST(Rsa, BadBlobsAreRefused)
@@ -242,6 +297,8 @@ TEST(Rsa, BadBlobsAreRefused)
         {"a modulus of 4800 bits", false, "30{" + big + seven + "}", false},
         {"a version beyond 600 bytes", true, "30{" + tooBig + n + seven + "020103 020103 020100 020100 020100 020100 020100}",
          false},
+        {"a length of nine octets", false, "308901000000000000000F" + n + seven, false},
+        {"a number without octets", true, "30{020100 0203010001 020103 020103 0200 020100 020100 020100 020100}", false},
         {"a negative number beyond 600 bytes", false, "30{02{" + hex(std::string(700, '\x80')) + "}" + seven + "}", false},
         {"no primes", true, "30{020100 0203010001 020103 020103 020100 020100 020100 020100 020100}", true},
         {"a prime of 1", true, "30{020100 0203010001 020103 020103 020101 0203010001 020100 020100 020101}", false},
@@ -352,6 +409,7 @@ TEST(Rsa, GeneratedKeysAreValidForOpenssl)
         ZIRC_RsaKey key;
         ASSERT_EQ(primes ? rsaGenerateMultiPrimeKeyPair(key, 512, 65537, primes) : rsaGenerateKeyPair(key, 512, 65537), 0);
         EXPECT_EQ(bnBits(key.n), 512);
+        EXPECT_GT(bnCompareMagnitude(key.p, key.q), 0);
         Buffer priv(2048), pub(2048);
         const int privateLength = rsaWritePrivateKey(key, priv.data(), 2048),
                   publicLength = rsaWritePublicKey(key, pub.data(), 2048);
@@ -402,6 +460,7 @@ TEST(Rsa, KeyGenerationReadsItsExponentParameter)
         publicLength = 20;
         EXPECT_EQ(generate(context, pub, &publicLength, priv, &privateLength, nullptr, 0), 1);
         EXPECT_EQ(context.nError, ZIRC_NOT_ENOUGH_BUFFER);
+        EXPECT_EQ(std::count(priv, priv + privateLength, 0), privateLength);
     }
 }
 
@@ -417,4 +476,57 @@ TEST(Rsa, AKeyLargerThanItsIdNeedsRoomForItsModulus)
     ASSERT_EQ(sign(131402, key.privateBlob, "m", signature), 0);
     EXPECT_EQ(verify(131402, key.publicBlob, "m", signature.substr(0, 255)), 3116);
     EXPECT_EQ(verify(131402, key.publicBlob, "m", '\0' + signature), 3116);
+}
+
+// Both paddings both ways. The numbers of an operation with the private key follow from its input.
+TEST(Rsa, LeavesNothingOnTheStack)
+{
+    const Key& key = keyOf(1024);
+    const std::string message = "[some+text+that+no+message+has]";
+    const Peer p = numberOf(key, "rsa-factor1"), q = numberOf(key, "rsa-factor2"), d = numberOf(key, "d");
+    for (const int id : {12001, 13101}) {
+        SCOPED_TRACE(id);
+        std::string cipherText, out;
+        const auto run = [&](bool encrypts) {
+            const std::string &blob = encrypts ? key.publicBlob : key.privateBlob, in = encrypts ? message : cipherText;
+            return stackAfter([&] { EXPECT_EQ(cipher(encrypts, id, encrypts ? 6 : 7, blob, in, encrypts ? cipherText : out), 0); });
+        };
+        const std::vector<std::string> stacks{run(true), run(false)};
+        EXPECT_EQ(out, message);
+        const std::string em = openssl(key, EVP_PKEY_decrypt_init, EVP_PKEY_decrypt, RSA_NO_PADDING, cipherText);
+        const std::string hidden = em.substr(21), seed = masked(em.substr(1, 20), hidden), none(120, '\0');
+        Secrets secrets;
+        secrets.add("message", message);
+        secrets.add("block", em);
+        secrets.add("seed", seed);
+        secrets.add("mask", masked(none, seed));
+        secrets.add("mask of the seed", masked(none, hidden));
+        secrets.add("d", d.bytes(128));
+        const Peer ofP, ofQ, h, c(cipherText), x(em);
+        for (const auto& [prime, rest] : {std::pair{&p, &ofP}, {&q, &ofQ}}) {
+            secrets.add("prime", prime->bytes(64));
+            BN_nnmod(h, c, *prime, bnContext());
+            secrets.add("input modulo a prime", h.bytes(64));
+            BN_nnmod(*rest, x, *prime, bnContext());
+            secrets.add("result modulo a prime", rest->bytes(64));
+        }
+        BN_mod_sub(h, ofP, ofQ, p, bnContext());
+        BN_mul(h, h, numberOf(key, "rsa-coefficient1"), bnContext());
+        secrets.add("product of the difference", h.bytes(128));
+        BN_nnmod(h, h, p, bnContext());
+        secrets.add("h", h.bytes(64));
+        EXPECT_EQ(secrets.in(stacks), "");
+    }
+    ZIRC_RsaKey made, read;
+    Buffer blob(2048);
+    const std::string ofMaking = stackAfter([&] { EXPECT_EQ(rsaGenerateKeyPair(made, 512, 65537), 0); }),
+                      ofWriting = stackAfter([&] { EXPECT_GT(rsaWritePrivateKey(made, blob.data(), 2048), 0); }),
+                      negative = der("30{020100 02{C0" + hex(message) + "01} 020103 020103 020100 020100 020100 020100 020100}"),
+                      ofReading = stackAfter([&] { EXPECT_EQ(rsaReadPrivateKey(read, at(negative), size(negative)), 0); });
+    Secrets secrets;
+    secrets.add("negative number", Peer(read.n).bytes(32));
+    const std::pair<const char*, const ZIRC_BN*> numbers[] = {{"d", &made.d},   {"p", &made.p},   {"q", &made.q},
+                                                              {"dP", &made.dP}, {"dQ", &made.dQ}, {"qInv", &made.qInv}};
+    for (const auto& [name, number] : numbers) secrets.add(name, Peer(*number).bytes((bnBits(*number) + 7) / 8));
+    EXPECT_EQ(secrets.in({ofMaking, ofWriting, ofReading}), "");
 }

@@ -70,6 +70,7 @@ int __real_madvise(void* area, std::size_t length, int advice);
 int __wrap_madvise(void* area, std::size_t length, int advice)
 {
     if (isForkMarked || advice != MADV_WIPEONFORK) return __real_madvise(area, length, advice);
+    __real_madvise(area, length, MADV_KEEPONFORK); // the parent's mark is inherited
     errno = EINVAL;
     return -1;
 }
