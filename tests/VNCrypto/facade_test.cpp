@@ -7,6 +7,7 @@
 #include "VNCrypto/VNSign.h"
 #include "engine/digest/hmac.h"
 #include "engine/digest/sha1_kernels.h"
+#include "engine/frame/slots.h"
 #include "support/bytes.h"
 #include "support/cases.h"
 #include "support/openssl.h"
@@ -173,4 +174,9 @@ TEST(Facade, LeavesNothingOnTheStack)
             << kernel.name;
         EXPECT_EQ(hex(text(sum, 20)), hex(bytes(chain)));
     }
+    HMAC_Update(state, octets.data(), octets.size());
+    EXPECT_EQ(secrets.in({stackAfter([&] { HMAC_Final(state, sum); })}), "");
+    ZIRC_Context context;
+    unsigned char* const to = schedule.mutableBytes();
+    EXPECT_EQ(secrets.in({stackAfter([&] { seedSlots.fnGenerateKey(context, to, key.getBytes()); })}), "");
 }

@@ -396,8 +396,8 @@ TEST(BigNumber, LeavesNothingOnTheStack)
     for (char& octet : random) octet = static_cast<char>(numbers());
     random.front() = random[octets - 1] = '\xFF'; // of an odd modulus with its top bit
     random[octets] = 0x7F;
-    const ZIRC_BN m = Peer(random.substr(0, octets)).ours(), a = Peer(random.substr(octets)).ours(), three = number("3");
-    ZIRC_BN r, other;
+    const ZIRC_BN m = Peer(random.substr(0, octets)).ours(), three = number("3");
+    ZIRC_BN a = Peer(random.substr(octets)).ours(), r, other;
     const auto leavings = [](const Secrets& secrets, const std::function<void()>& step) { return secrets.in({stackAfter(step)}); };
     Secrets ofPower, ofProducts, ofRemainder, ofPrime;
     ofPower.add("modulus", Peer(m).bytes(octets));
@@ -438,15 +438,19 @@ TEST(BigNumber, LeavesNothingOnTheStack)
     EXPECT_EQ(leavings(ofRemainder, [&] { bnMod(r, dividend, m); }), "");
 
     // The number that was drawn is some even number below the prime.
-    const std::string stack = stackAfter([&] { bnGeneratePrime(r, 256); });
+    std::vector<std::string> stacks{stackAfter([&] { bnGeneratePrime(r, 256); }),
+                                    stackAfter([&] { bnRandom(a, 256, true, true); })};
     ofPrime.add("prime", Peer(r).bytes(32));
+    ofPrime.add("random number", Peer(a).bytes(32));
     for (std::uint32_t below = 0; below < 50000; below += 2) {
-        std::uint32_t residues[2];
-        for (std::size_t i = 0; i < 2; ++i) {
-            const std::uint32_t prime = primeTable[primeCount - 2 + i];
-            residues[i] = (bnModWord(r, prime) + 4 * prime - below) % prime;
+        for (std::size_t i = 400; i < primeCount; i += 400) {
+            std::uint32_t residues[2];
+            for (std::size_t k = 0; k < 2; ++k) {
+                const std::uint32_t prime = primeTable[i + k - 1];
+                residues[k] = (bnModWord(r, prime) + 20 * prime - below) % prime;
+            }
+            ofPrime.add("residues", {reinterpret_cast<const char*>(residues), sizeof residues});
         }
-        ofPrime.add("residues", {reinterpret_cast<const char*>(residues), sizeof residues});
     }
-    EXPECT_EQ(ofPrime.in({stack}), "");
+    EXPECT_EQ(ofPrime.in(stacks), "");
 }

@@ -412,6 +412,27 @@ TEST(Random, DrawsOfOneCallShareTheRunningDigest)
     EXPECT_NE(drawn(false), drawn(false));
 }
 
+// Seeds of one octet each change one octet of the pool, in turn.
+TEST(Random, SeedsGoRoundThePool)
+{
+    struct State { // of the process
+        bool isSeeded;
+        std::size_t size, index;
+        std::uint32_t count;
+        unsigned char digest[20], pool[1023];
+    } states[2];
+    std::set<std::size_t> changed;
+    for (int turn = 0; turn < 4000; ++turn) {
+        ASSERT_EQ(randSeed(reinterpret_cast<const unsigned char*>(&turn), 1), 0);
+        std::memcpy(&states[turn % 2], platform::lockProcessMemory(), sizeof(State));
+        platform::unlockProcessMemory();
+        for (std::size_t i = 0; turn > 0 && i < 1023; ++i) {
+            if (states[0].pool[i] != states[1].pool[i]) changed.insert(i);
+        }
+    }
+    EXPECT_EQ(changed.size(), 1023U);
+}
+
 // The third digest that a call mixes into its pool stays there, and its seeds are 'r'.
 TEST(Random, LeavesNothingOnTheStack)
 {

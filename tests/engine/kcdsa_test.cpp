@@ -164,9 +164,9 @@ TEST(Kcdsa, VerifiesWithAndWithoutLeadingZerosOfW)
         ZIRC_BN zero, sum;
         bnSetWord(zero, 0);
         std::string ofZero = digestOf(hashId, power(key.g, Peer("\5"), key.p).bytes(pLength)); // W for s = 0 and E = 5
-        r = Peer(ofZero).ours();
+        const ZIRC_BN rOfZero = Peer(ofZero).ours();
         ofZero.back() = static_cast<char>(ofZero.back() ^ 5);
-        EXPECT_EQ(kcdsaVerify(key, hashId, at(ofZero), 20, r, zero), -1);
+        EXPECT_EQ(kcdsaVerify(key, hashId, at(ofZero), 20, rOfZero, zero), -1);
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, key.q), -1);
         bnAdd(sum, s, key.q);
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, sum), -1); // equal modulo q, but refused

@@ -407,8 +407,10 @@ TEST(Rsa, GeneratedKeysAreValidForOpenssl)
     for (const int primes : {2, 3, 4, 0}) { // 0: the form for two primes alone
         SCOPED_TRACE(primes);
         ZIRC_RsaKey key;
-        ASSERT_EQ(primes ? rsaGenerateMultiPrimeKeyPair(key, 512, 65537, primes) : rsaGenerateKeyPair(key, 512, 65537), 0);
-        EXPECT_EQ(bnBits(key.n), 512);
+        for (int turn = 0; turn < (primes > 2 ? 8 : 1); ++turn) { // several primes often make a product that is too short
+            ASSERT_EQ(primes ? rsaGenerateMultiPrimeKeyPair(key, 512, 65537, primes) : rsaGenerateKeyPair(key, 512, 65537), 0);
+            EXPECT_EQ(bnBits(key.n), 512);
+        }
         EXPECT_GT(bnCompareMagnitude(key.p, key.q), 0);
         Buffer priv(2048), pub(2048);
         const int privateLength = rsaWritePrivateKey(key, priv.data(), 2048),
@@ -524,7 +526,7 @@ TEST(Rsa, LeavesNothingOnTheStack)
                       negative = der("30{020100 02{C0" + hex(message) + "01} 020103 020103 020100 020100 020100 020100 020100}"),
                       ofReading = stackAfter([&] { EXPECT_EQ(rsaReadPrivateKey(read, at(negative), size(negative)), 0); });
     Secrets secrets;
-    secrets.add("negative number", Peer(read.n).bytes(32));
+    secrets.add("negative number", Peer(read.n).bytes(33));
     const std::pair<const char*, const ZIRC_BN*> numbers[] = {{"d", &made.d},   {"p", &made.p},   {"q", &made.q},
                                                               {"dP", &made.dP}, {"dQ", &made.dQ}, {"qInv", &made.qInv}};
     for (const auto& [name, number] : numbers) secrets.add(name, Peer(*number).bytes((bnBits(*number) + 7) / 8));
