@@ -75,7 +75,11 @@ std::string stackAfter(std::function<void()> step)
     pthread_t thread;
     pthread_attr_init(&attributes);
     EXPECT_EQ(pthread_attr_setstack(&attributes, base, size), 0);
-    const auto run = [](void* of) -> void* { return (*static_cast<std::function<void()>*>(of))(), nullptr; };
+    const auto run = [](void* of) -> void* {
+        char above[8192]; // what the end of a thread overwrites is not the step's
+        __asm__ volatile("" : : "r"(above) : "memory");
+        return (*static_cast<std::function<void()>*>(of))(), nullptr;
+    };
     EXPECT_EQ(pthread_create(&thread, &attributes, run, &step), 0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
