@@ -20,7 +20,8 @@ private:
     std::map<std::string, std::string> m_windows; // of eight octets, with their names
 };
 
-// The stack of a thread that runs the step and ends.
+// The stack of a thread that runs the step and ends. Empty in a build with sanitizers or without optimisation: its code copies
+// registers to the stack wherever it likes.
 std::string stackAfter(std::function<void()> step);
 
 } // namespace test
