@@ -136,8 +136,11 @@ TEST(ObjectIdentifier, TextAndOctetsBothWays)
     EXPECT_EQ(oid.setOID(static_cast<const char*>(nullptr)), 2);
     EXPECT_EQ(oid.setOID((eighteen + " 19 20").c_str()), 1);
     EXPECT_EQ(innermost(trail(oid)), "Value(" + eighteen + " 19 20) is not ASN1 OID Format");
-    EXPECT_EQ(bytes(oid.getOID(' ')), "1 2 840 113549"); // as it was
-    EXPECT_EQ(oid.setOID((eighteen + " 99999999999999").c_str()), 0);
+    EXPECT_EQ(bytes(oid.getOID(' ')), "1 2 840 113549");                 // as it was
+    for (const char* const large : {" 99999999999999", " 4294967295"}) { // is 2^31 - 1
+        EXPECT_EQ(oid.setOID((eighteen + large).c_str()), 0);
+        EXPECT_TRUE(bytes(oid.getValue()).ends_with("\x87\xFF\xFF\xFF\x7F")) << large;
+    }
     for (const Case& c : cases("oids.txt", 2)) {
         const std::string octets = der(c[0]);
         oid.setValue(octets.data(), static_cast<int>(octets.size()));

@@ -5,8 +5,13 @@
 #include "VNCrypto/VNMac.h"
 #include "VNCrypto/VNRandom.h"
 #include "VNCrypto/VNSign.h"
+#include "engine/digest/hmac.h"
+#include "engine/digest/sha1_kernels.h"
+#include "engine/frame/slots.h"
 #include "support/bytes.h"
 #include "support/cases.h"
+#include "support/openssl.h"
+#include "support/secrets.h"
 
 #include <gtest/gtest.h>
 
@@ -121,4 +126,57 @@ TEST(Facade, AChainOfMessagesIsOneMessage)
         ASSERT_EQ(cipher.DecryptData(vnSeed, vnCbc, key, iv, whole.octets(), back, vnPadLengthMinusOne), 0);
         EXPECT_EQ(bytes(back), message);
     }
+}
+
+// All inputs are secret, and what they give.
+TEST(Facade, LeavesNothingOnTheStack)
+{
+    const Owned<EVP_PKEY> pair(EVP_RSA_gen(1024));
+    const std::string octets = "[some+text+that+no+message+has]", keyOctets = "quince/cabbage/s";
+    ByteString in = byteString(octets), key = byteString(keyOctets), iv = filled(16), none, schedule, cipherText, out;
+    ByteString publicKey = byteString(encoded(i2d_PublicKey, pair.get())),
+               privateKey = byteString(encoded(i2d_PrivateKey, pair.get()));
+    ByteString digest, code, chain, forHolder;
+    VNEncrypt cipher;
+    VNHash hash;
+    VNMac mac;
+    const std::pair<const char*, std::function<int()>> table[] = {
+        {"GenerateKey", [&] { return cipher.GenerateKey(vnSeed, key, schedule); }},
+        {"EncryptData", [&] { return cipher.EncryptData(vnSeed, vnCbc, key, iv, in.octets(), cipherText, vnPadLength); }},
+        {"DecryptData", [&] { return cipher.DecryptData(vnSeed, vnCbc, key, iv, cipherText.octets(), out, vnPadLength); }},
+        {"EncryptData_NoGenKey",
+         [&] { return cipher.EncryptData_NoGenKey(vnSeed, vnCbc, schedule, iv, in.octets(), out, vnPadLength); }},
+        {"EncryptData with RSA",
+         [&] { return cipher.EncryptData(vnRsa1024, vnPublicKey, publicKey, none, in.octets(), forHolder, vnPadLength); }},
+        {"DecryptData with RSA",
+         [&] { return cipher.DecryptData(vnRsa1024, vnPrivateKey, privateKey, none, forHolder.octets(), out, vnPadLength); }},
+        {"DigestData", [&] { return hash.DigestData(vnSha1, in, digest, 2); }},
+        {"GenerateMAC", [&] { return mac.GenerateMAC(vnHmacSha1, key, in, code); }},
+        {"ChainMAC", [&] { return mac.ChainMAC(vnHmacSha1, key, code, 5, chain); }},
+    };
+    for (const auto& row : table) ASSERT_EQ(row.second(), 0) << row.first;
+    Secrets secrets;
+    for (const ByteString* const secret : {&in, &key, &schedule, &digest, &code, &chain})
+        secrets.add(hex(bytes(*secret)), bytes(*secret));
+    std::string pad(64, '6');
+    for (std::size_t i = 0; i < 16; ++i) pad[i] = static_cast<char>(keyOctets[i] ^ '6');
+    secrets.add("key under the pad", pad.substr(0, 16));
+    secrets.add("inner digest", sha1ByOpenssl(pad + octets));
+    secrets.add("first digest", sha1ByOpenssl(octets));
+    for (const auto& row : table) EXPECT_EQ(secrets.in({stackAfter(row.second)}), "") << row.first;
+
+    HMAC_State state;
+    unsigned char sum[20];
+    HMAC_Init(state, keyOctets.data(), keyOctets.size());
+    for (const auto& kernel : sha1ChainKernels) {
+        if (!cpuHas(kernel.needs)) continue;
+        EXPECT_EQ(secrets.in({stackAfter([&] { kernel.run(state.sha1.h, state.outer.h, sum, code.getBytes(), 1, 5); })}), "")
+            << kernel.name;
+        EXPECT_EQ(hex(text(sum, 20)), hex(bytes(chain)));
+    }
+    HMAC_Update(state, octets.data(), octets.size());
+    EXPECT_EQ(secrets.in({stackAfter([&] { HMAC_Final(state, sum); })}), "");
+    ZIRC_Context context;
+    unsigned char* const to = schedule.mutableBytes();
+    EXPECT_EQ(secrets.in({stackAfter([&] { seedSlots.fnGenerateKey(context, to, key.getBytes()); })}), "");
 }

@@ -84,6 +84,10 @@ TEST(Context, ErrorTextsAreKeptUpTo2047Bytes)
     EXPECT_EQ(text(4, "F", "m"), "");
     EXPECT_EQ(text(0, "F", std::string(2043, 'a')), "[F] " + std::string(2043, 'a'));
     EXPECT_EQ(text(0, "F", std::string(2044, 'a')), "");
+    {
+        const FailingAllocation all(1, true); // no room for any text
+        EXPECT_EQ(VRNO_MEDIA_Load(context, ""), 1002);
+    }
     BinStr out;
     for (const std::size_t length : {1990U, 2020U, 3000U}) { // no message is cut, nor one made around a part of it
         EXPECT_EQ(VRNO_MEDIA_DISK_ReadFile(context, std::string(length, 'a').c_str(), out), 2500);

@@ -99,6 +99,9 @@ TEST(SessionCipher, FlagsChooseChainAndPadding)
     ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, one), 0);
     VRNO_API_CTX& fields = *context;
     fields.ucFlags |= 2;
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, iv, key), 0); // another key, which has a schedule of its own
+    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, first), 0);
+    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
     ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, first), 0);
     EXPECT_EQ(first.data(), one.data());
     ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, two), 0);

@@ -7,15 +7,7 @@
 #include "support/failing.h"
 #include "support/folder.h"
 #include "support/openssl.h"
-
-#include <pthread.h>
-
-#include <bitset>
-#include <cstdint>
-#include <cstring>
-#include <functional>
-#include <set>
-#include <unordered_map>
+#include "support/secrets.h"
 
 using namespace test;
 using namespace vrno;
@@ -61,13 +53,11 @@ std::string withoutMemory(const Step& step, VRNO_API_CTX* context, const Values&
     return text;
 }
 
-// Secrets by name.
-using Secrets = Values;
-
-// The password, and the numbers of the RSA private key: in both orders of their octets, and as the kernel for IFMA holds them.
+// The password, and the numbers of the RSA private key.
 Secrets secretsOf(const Values& input)
 {
-    Secrets secrets{{"password", input.at("password")}};
+    Secrets secrets;
+    secrets.add("password", input.at("password"));
     const std::string& info = input.at("key");
     const unsigned char* from = at(info);
     const std::unique_ptr<EVP_PKEY, Freed> key(d2i_AutoPrivateKey(nullptr, &from, static_cast<long>(info.size())));
@@ -77,78 +67,9 @@ Secrets secretsOf(const Values& input)
         std::string octets(static_cast<std::size_t>(BN_num_bytes(number)), '\0');
         BN_bn2bin(number, reinterpret_cast<unsigned char*>(octets.data()));
         BN_clear_free(number);
-        secrets[name] = octets;
-        const std::string fromEnd(octets.rbegin(), octets.rend());
-        secrets[name + std::string(" from its end")] = fromEnd;
-        std::string& limbs = secrets[name + std::string(" in limbs of 52 bits")];
-        for (std::size_t bit = 0; bit / 8 + 8 <= fromEnd.size(); bit += 52) {
-            std::uint64_t limb = 0;
-            std::memcpy(&limb, fromEnd.data() + bit / 8, sizeof limb);
-            limb = limb >> bit % 8 & ((std::uint64_t{1} << 52) - 1);
-            limbs.append(reinterpret_cast<const char*>(&limb), sizeof limb);
-        }
+        secrets.add(name, octets);
     }
     return secrets;
-}
-
-// Which secrets have eight octets in a row in freed blocks, and in how many, as "d in 3 blocks ".
-std::string found(const std::vector<std::string>& freed, const Secrets& secrets)
-{
-    using Window = std::uint64_t;
-    const auto windowAt = [](const std::string& octets, std::size_t i) {
-        Window window = 0;
-        std::memcpy(&window, octets.data() + i, sizeof window);
-        return window;
-    };
-    std::unordered_map<Window, std::string> windows;
-    std::bitset<0x10000> starts; // whether any begins with these two octets
-    for (const auto& [name, octets] : secrets) {
-        for (std::size_t i = 0; i + sizeof(Window) <= octets.size(); ++i) {
-            windows[windowAt(octets, i)] = name;
-            starts.set(windowAt(octets, i) & 0xFFFF);
-        }
-    }
-    std::map<std::string, int> blocks;
-    for (const std::string& block : freed) {
-        std::set<std::string> here;
-        for (std::size_t i = 0; i + sizeof(Window) <= block.size(); ++i) {
-            const Window window = windowAt(block, i);
-            if (starts[window & 0xFFFF] && windows.contains(window)) here.insert(windows.at(window));
-        }
-        for (const std::string& name : here) ++blocks[name];
-    }
-    std::string text;
-    for (const auto& [name, count] : blocks) text += name + " in " + std::to_string(count) + " blocks ";
-    return text;
-}
-
-constexpr char stackPaint = '\xA5';
-
-// The stack of a thread that runs the step and ends.
-std::string stackAfter(std::function<void()> step)
-{
-    constexpr std::size_t size = 1 << 20;
-    std::string stack(size + 4096, stackPaint);
-    void* const base = reinterpret_cast<void*>((reinterpret_cast<std::uintptr_t>(stack.data()) + 4095) & ~std::uintptr_t{4095});
-    pthread_attr_t attributes;
-    pthread_t thread;
-    pthread_attr_init(&attributes);
-    EXPECT_EQ(pthread_attr_setstack(&attributes, base, size), 0);
-    const auto run = [](void* of) -> void* { return (*static_cast<std::function<void()>*>(of))(), nullptr; };
-    EXPECT_EQ(pthread_create(&thread, &attributes, run, &step), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-#ifdef __SANITIZE_THREAD__
-    stack.clear(); // ThreadSanitizer's calls make the compiler keep more on the stack than the library's own code has there
-#endif
-    return stack;
-}
-
-// The octets of it that were written.
-std::size_t stackUse(const std::function<void()>& step)
-{
-    const std::string stack = stackAfter(step);
-    return stack.size() - stack.find_first_not_of(stackPaint);
 }
 
 // What protectedUnder() derives from the password, and what HMAC makes of that on the way.
@@ -157,14 +78,15 @@ void addDerived(Secrets& secrets, const std::string& password)
     unsigned char derived[32];
     PKCS5_PBKDF2_HMAC_SHA1(password.data(), static_cast<int>(password.size()), reinterpret_cast<const unsigned char*>("salt"), 4, 5,
                            sizeof derived, derived);
-    secrets["derived key"] = text(derived, 16);
+    secrets.add("derived key", text(derived, 16));
     HMAC_State state;
     HMAC_Init(state, password.data(), password.size());
-    secrets["inner state"] = text(reinterpret_cast<unsigned char*>(state.sha1.h), 20);
-    secrets["outer state"] = text(reinterpret_cast<unsigned char*>(state.outer.h), 20);
+    secrets.add("inner state", text(reinterpret_cast<unsigned char*>(state.sha1.h), 20));
+    secrets.add("outer state", text(reinterpret_cast<unsigned char*>(state.outer.h), 20));
     for (const char pad : {'\x36', '\x5C'}) {
-        std::string& padded = secrets[std::string("pad ") + pad] = password;
+        std::string padded = password;
         for (char& octet : padded) octet = static_cast<char>(octet ^ pad);
+        secrets.add("padded password", padded);
     }
 }
 
@@ -178,6 +100,13 @@ std::string protectedUnder(const std::string& password, const std::string& plain
     const std::string derivation = "30{06{2A864886F70D01050C} 30{04{\"salt\"} 020105}}";
     return der("30{30{06{2A864886F70D01050D} 30{" + derivation + scheme + "}} 04{" +
                hex(seedByOpenssl(text(derived, 16), text(derived + 16, 16), plaintext, true)) + "}}");
+}
+
+// The key with its octets in two parts.
+std::string inSegments(const std::string& key)
+{
+    const std::string head = hex(key.substr(4, 18)), octets = key.substr(26); // the OCTET STRING has a length of two octets
+    return der("30{" + head + "24{04{" + hex(octets.substr(0, 500)) + "} 04{" + hex(octets.substr(500)) + "}}}");
 }
 
 } // namespace
@@ -195,7 +124,7 @@ TEST(Memory, RunsOutWith1002AndLeavesNoLeakAndNoSecret)
                 SCOPED_TRACE(step.line);
                 const Result well = make(step, context, input);
                 if (well.code == 0) { EXPECT_EQ(withoutMemory(step, context, input, well), ""); } // else no such extension
-                EXPECT_EQ(found(heap.freed(), secrets), "");
+                EXPECT_EQ(secrets.in(heap.freed()), "");
                 if (!well.output.empty()) input["last"] = well.output;
             }
             call(context, "VRNO_CERT_Load cert", input); // and stays, for VRNO_API_Finish
@@ -208,9 +137,11 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
 {
     Input input;
     Secrets secrets = secretsOf(input);
-    secrets["wrong password"] = input["wrongPassword"] = "another:phrase:by:a:stranger";
-    secrets["plaintext"] = "[some+text+that+no+message+has]";
-    input["noKey"] = protectedUnder(input["password"], secrets["plaintext"]);
+    const std::string plaintext = "[some+text+that+no+message+has]";
+    secrets.add("wrong password", input["wrongPassword"] = "another:phrase:by:a:stranger");
+    secrets.add("plaintext", plaintext);
+    input["noKey"] = protectedUnder(input["password"], plaintext);
+    input["segments"] = protectedUnder(input["password"], inSegments(input["key"]));
     input["longer"] = protectedUnder(input["password"], input["key"] + "and more");
     addDerived(secrets, input["password"]);
     const std::pair<const char*, int> table[] = {
@@ -219,6 +150,7 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
         {"VRNO_PRIKEY_Decrypt wrongPassword blob out", 2004},
         {"VRNO_PRIKEY_Decrypt password noKey out", 2004},
         {"VRNO_PRIKEY_Decrypt password longer out", 0},
+        {"VRNO_PRIKEY_Decrypt password segments out", 0},
         {"VRNO_PRIKEY_CheckKeyPair cert key", 0},
         {"VRNO_PRIKEY_CheckKeyPair data key", 2003},
         {"VRNO_MEDIA_DISK_ReadPriKey blobFile password out", 0},
@@ -235,8 +167,8 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
         EXPECT_EQ(VRNO_MEDIA_Load(context, STORAGE_LIBRARY), 0);
         HeapWatch heap;
         EXPECT_EQ(call(context, line, input).code, row.second) << line;
-        EXPECT_EQ(found(heap.freed(), secrets), "") << line;
-        EXPECT_EQ(found({stackAfter([&] { call(context, line, input); })}, secrets), "") << line;
+        EXPECT_EQ(secrets.in(heap.freed()), "") << line;
+        EXPECT_EQ(secrets.in({stackAfter([&] { call(context, line, input); })}), "") << line;
     }
 }
 
@@ -251,17 +183,17 @@ TEST(FreedMemory, HoldsNoSessionKey)
             Context context;
             call(context, line, input);
             const std::string all = call(context, "VRNO_CRYPT_GetKeyAndIV out out out").output; // "48", key and IV
-            secrets["session key"] = all.substr(2, 16);
+            secrets.add("session key", all.substr(2, 16));
             SEED_Schedule schedule;
-            SEED_SetKey(schedule, at(secrets["session key"]));
-            secrets["schedule"] = text(reinterpret_cast<unsigned char*>(schedule.words), sizeof schedule.words);
+            SEED_SetKey(schedule, at(all) + 2);
+            secrets.add("schedule", text(reinterpret_cast<unsigned char*>(schedule.words), sizeof schedule.words));
             input["last"] = call(context, "VRNO_CRYPT_Encrypt cert out", input).output;
             call(context, "VRNO_CRYPT_Decrypt last out", input);
             const std::string stack = stackAfter([&] { call(context, "VRNO_CRYPT_Encrypt cert out", input); });
-            EXPECT_EQ(found({stack}, secrets), "") << line;
+            EXPECT_EQ(secrets.in({stack}), "") << line;
             call(context, "VRNO_CRYPT_GenKeyAndIV 48"); // in place of the old one
         }
-        EXPECT_EQ(found(heap.freed(), secrets), "") << line;
+        EXPECT_EQ(secrets.in(heap.freed()), "") << line;
     }
 }
 

@@ -4,21 +4,25 @@
 #include "engine/seed/padding.h"
 #include "engine/seed/seed_kernels.h"
 #include "engine/words.h"
+#include "platform/platform.h"
 #include "support/bytes.h"
 #include "support/cases.h"
 #include "support/failing.h"
 #include "support/interface.h"
 #include "support/openssl.h"
+#include "support/secrets.h"
 
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <map>
 #include <random>
 #include <set>
 #include <thread>
@@ -411,6 +415,56 @@ TEST(Random, DrawsOfOneCallShareTheRunningDigest)
 {
     const RandomSource source(RandomSource::alwaysTheSame);
     EXPECT_NE(drawn(false), drawn(false));
+}
+
+static std::string memoryOfProcess()
+{
+    std::string copy = text(static_cast<unsigned char*>(platform::lockProcessMemory()), platform::maxProcessMemory);
+    platform::unlockProcessMemory();
+    return copy;
+}
+
+// Seeds of one octet each change one octet of the pool, in turn and again.
+TEST(Random, SeedsGoRoundThePool)
+{
+    std::string states[2];
+    std::map<std::size_t, int> changes;
+    for (int turn = 0; turn < 5000; ++turn) {
+        ASSERT_EQ(randSeed(reinterpret_cast<const unsigned char*>(&turn), 1), 0);
+        states[turn % 2] = memoryOfProcess();
+        for (std::size_t i = 0; turn > 0 && i < states[0].size(); ++i) {
+            if (states[0][i] != states[1][i]) ++changes[i];
+        }
+    }
+    EXPECT_GE(std::count_if(changes.begin(), changes.end(), [](const auto& entry) { return entry.second > 1; }), 1023);
+}
+
+// The third digest that a call mixes into its pool stays there, and its seeds are 'r'.
+TEST(Random, LeavesNothingOnTheStack)
+{
+    const pid_t process = getpid();
+    std::string third(20, '\0');
+    for (int i = 0; i < 3; ++i) {
+        third += text(reinterpret_cast<const unsigned char*>(&process), 4) + "rrrr" + std::string(20, '\0') + std::string(20, 'r');
+        third = sha1ByOpenssl(third);
+    }
+    unsigned char out[8] = {};
+    const std::pair<const char*, std::function<int()>> table[] = {
+        {"randSeed", [&] { return randSeed(out, 8); }},
+        {"randBytes", [&] { return randBytes(out, 8); }},
+        {"randBytesLocal", [&] { return randBytesLocal(out, 8); }},
+    };
+    for (const auto& row : table) {
+        const std::string stack = stackAfter([&row] {
+            const RandomSource source(RandomSource::alwaysTheSame);
+            EXPECT_EQ(row.second(), 0);
+        });
+        Secrets secrets;
+        secrets.add("seed", std::string(20, 'r'));
+        secrets.add("pool", third);
+        secrets.add("memory of the process", memoryOfProcess());
+        EXPECT_EQ(secrets.in({stack}), "") << row.first;
+    }
 }
 
 TEST(Random, DrawsTakeTheDeviceAndFailWithoutIt)

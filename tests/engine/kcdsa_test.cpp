@@ -8,6 +8,7 @@
 #include "engine/peer.h"
 #include "support/cases.h"
 #include "support/guarded.h"
+#include "support/secrets.h"
 
 #include <memory>
 
@@ -144,6 +145,8 @@ TEST(Kcdsa, SignaturesSatisfyTheEquation)
         EXPECT_EQ(verify(141401, key.publicBlob, message, signature.substr(0, signature.size() - 1)), 3115);
         const std::string longer = der("30{" + hex(signature.substr(2)) + "00}"); // a byte more inside
         EXPECT_EQ(verify(141401, key.publicBlob, message, longer), 3115);
+        signature[4] = 8; // unused bits
+        EXPECT_EQ(verify(141401, key.publicBlob, message, signature), 3115);
     }
 }
 
@@ -160,7 +163,10 @@ TEST(Kcdsa, VerifiesWithAndWithoutLeadingZerosOfW)
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, s), 2);
         ZIRC_BN zero, sum;
         bnSetWord(zero, 0);
-        EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, zero), -1);
+        std::string ofZero = digestOf(hashId, power(key.g, Peer("\5"), key.p).bytes(pLength)); // W for s = 0 and E = 5
+        const ZIRC_BN rOfZero = Peer(ofZero).ours();
+        ofZero.back() = static_cast<char>(ofZero.back() ^ 5);
+        EXPECT_EQ(kcdsaVerify(key, hashId, at(ofZero), 20, rOfZero, zero), -1);
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, key.q), -1);
         bnAdd(sum, s, key.q);
         EXPECT_EQ(kcdsaVerify(key, hashId, at(digest), 20, r, sum), -1); // equal modulo q, but refused
@@ -181,9 +187,9 @@ TEST(Kcdsa, NoSignatureIsMadeWithAZero)
     for (const auto& [number, value] : {std::pair{&key.p, 7U}, {&key.q, 3U}, {&key.g, 2U}, {&key.x, 1U}, {&key.y, 2U}}) {
         bnSetWord(*number, value);
     }
-    const std::string digest = digestOf(hashSha1, "m");
     const ZIRC_BN ofOne = Peer(digestOf(hashSha1, "\1")).ours();
     for (int i = 0; i < 64; ++i) {
+        const std::string digest = digestOf(hashSha1, std::to_string(i));
         ZIRC_BN r, s;
         if (kcdsaSign(key, hashSha1, r, s, at(digest), 20) < 0) continue;
         EXPECT_FALSE(bnIsEqual(r, ofOne));
@@ -269,4 +275,36 @@ TEST(Kcdsa, KeyGenerationWritesAMatchingPair)
     EXPECT_EQ(bnBits(one.p), 512);
     EXPECT_EQ(bnBits(one.q), 128);
     EXPECT_TRUE(bnIsEqual(one.y, other.y));
+}
+
+TEST(Kcdsa, LeavesNothingOnTheStack)
+{
+    const Key& key = theKey();
+    const Peer q = key.key.q, x = key.key.x;
+    const std::string digest = digestOf(hashSha1, "m");
+    Secrets secrets;
+    const auto add = [&secrets](const std::string& name, const Peer& number, const Peer& modulus) {
+        secrets.add(name, number.bytes(20));
+        BN_add(number, number, modulus); // what is drawn is reduced
+        secrets.add(name, number.bytes(21));
+    };
+    ZIRC_KcdsaKey made;
+    ZIRC_BN r, s;
+    const std::string ofSigning = stackAfter([&] { EXPECT_EQ(kcdsaSign(key.key, hashSha1, r, s, at(digest), 20), 0); }),
+                      ofReading = stackAfter([&] { kcdsaReadPrivateKey(made, at(key.privateBlob), size(key.privateBlob)); });
+    Peer k, difference; // s = x (k - E)
+    BN_mod_inverse(difference, x, q, bnContext());
+    BN_mod_mul(difference, difference, Peer(s), q, bnContext());
+    BN_mod_add(k, difference, computeE(Peer(r).bytes(20), digest, q), q, bnContext());
+    add("k", k, q);
+    add("k - E", difference, q);
+    add("x", x, q);
+    EXPECT_EQ(secrets.in({ofSigning, ofReading}), "");
+
+    const std::string ofMaking = stackAfter([&] { EXPECT_EQ(kcdsaGenerateKeyPair(made, 512, 128), 0); });
+    Peer inverse;
+    BN_mod_inverse(inverse, Peer(made.x), Peer(made.q), bnContext());
+    add("x", made.x, made.q);
+    add("inverse", inverse, made.q);
+    EXPECT_EQ(secrets.in({ofMaking}), "");
 }

@@ -138,13 +138,15 @@ TEST(Envelope, RecipientsShareOneKeyAndOneMayBeNamedByIt)
     for (const bool byKey : {false, true}) {
         PEnvelopedData enveloped;
         ByteString first = byteString(one), second = byteString(two), content = byteString("content"), out, again, key, iv;
+        ByteString unusable = byteString(certificateOf(rsa, der("30{02020AEF 020101}"))); // refused when the key is encrypted
         enveloped.setEncAlgorithm(3020, 0);
         enveloped.setContent(content);
         EXPECT_EQ(enveloped.choiceRecipientIdentifier(1), 0);
         EXPECT_EQ(enveloped.addRecipientByCert(first), 0);
+        EXPECT_EQ(enveloped.choiceRecipientIdentifier(2), 0);
+        for (ByteString* const refused : {&content, &unusable}) EXPECT_EQ(enveloped.addRecipientByCert(*refused), 1);
         EXPECT_EQ(enveloped.choiceRecipientIdentifier(byKey ? 2 : 1), 0);
         EXPECT_EQ(enveloped.addRecipientByCert(second), 0);
-        EXPECT_EQ(enveloped.addRecipientByCert(content), 1); // no certificate: adds nothing
         ASSERT_EQ(enveloped.makeEnvelopedData(out), 0) << trail(enveloped);
         EXPECT_EQ(enveloped.makeEnvelopedData(again), 0);
         EXPECT_EQ(hex(bytes(again)), hex(bytes(out)));
@@ -226,6 +228,13 @@ TEST(Envelope, RefusedCertificatesKeepTheSessionKey)
         EXPECT_EQ(result.code, std::stoi(c[2]));
         EXPECT_EQ(result.error.substr(0, c[3].size()), c[3]);
     }
+    for (long number = 1; number < 9; ++number) {
+        PEnvelopedData enveloped;
+        ByteString key, iv;
+        const FailingAllocation fails(number);
+        const int length = enveloped.makeSymetricKey(key, iv, vnSeed) == 0 ? 16 : 0;
+        EXPECT_TRUE(key.getLength() == length && iv.getLength() == length) << number;
+    }
     Context context;
     ByteString cert = byteString(usage("03020520"));
     Call call(context, "F");
@@ -262,5 +271,6 @@ TEST(Envelope, ContentsTooLongAreRefusedUnread)
         EXPECT_EQ(VRNO_CMS_EncryptData(context, 2, cert, &huge, 48, out), length < 0x7FFFFFFF ? 3006 : 1002) << length;
         EXPECT_LT(FailingAllocation::size(), 1U << 20);
         EXPECT_EQ(out.data(), "old");
+        if (length < 0x7FFFFFFF) { EXPECT_TRUE(context.error().ends_with("envelopedData(18),The message is too long.")); }
     }
 }

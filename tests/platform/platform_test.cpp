@@ -50,11 +50,16 @@ TEST(Files, AreReadToTheirEndAlsoWhileTheyChange)
                                                      : n == 3   ? EIO
                                                                 : 0; }, {2500, ""}},
     };
+    const int descriptor = dup(0);
+    close(descriptor);
     for (const auto& row : table) {
         folder.put("file", content);
         const Result result = readWith(path, row.atRead);
         EXPECT_TRUE(result == row.result) << row.what << ": " << result.code << ", " << result.output.size() << " bytes";
     }
+    const int next = dup(0);
+    EXPECT_EQ(next, descriptor); // none stays open
+    close(next);
     cut(0x7FFFFFFF); // a hole, more than can be held
     EXPECT_EQ(readWith(path, [](int) { return ADD_FAILURE(), 0; }).code, 2500);
 }
