@@ -20,11 +20,8 @@ struct Avx2 {
     AVX2_INLINE Register exclusive(Register a, Register b) { return _mm256_xor_si256(a, b); }
     AVX2_INLINE Register masked(Register a, Register mask) { return _mm256_and_si256(a, mask); }
     AVX2_INLINE Register addMasked(Register a, Register b, Register mask) { return exclusive(a, masked(b, mask)); }
-    AVX2_INLINE Register turned(Register a, int bits)
-    {
-        return bits == 16 ? shuffled(a, 0x0D0C0F0E, 0x09080B0A, 0x05040706, 0x01000302)
-                          : shuffled(a, 0x0C0F0E0D, 0x080B0A09, 0x04070605, 0x00030201);
-    }
+    AVX2_INLINE Register turned16(Register a) { return shuffled(a, 0x0D0C0F0E, 0x09080B0A, 0x05040706, 0x01000302); }
+    AVX2_INLINE Register turned8(Register a) { return shuffled(a, 0x0C0F0E0D, 0x080B0A09, 0x04070605, 0x00030201); }
     AVX2_INLINE Register swapped(Register a) { return shuffled(a, 0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203); }
     AVX2_INLINE Register lowWords(Register a, Register b) { return _mm256_unpacklo_epi32(a, b); }
     AVX2_INLINE Register highWords(Register a, Register b) { return _mm256_unpackhi_epi32(a, b); }

@@ -38,7 +38,8 @@ struct Gfni512 {
         const Register even = _mm512_gf2p8affineinv_epi64_epi8(mapped, matrix<S1BehindInverse>(), S1Constant);
         return _mm512_mask_gf2p8affineinv_epi64_epi8(even, 0xAAAAAAAAAAAAAAAA, mapped, matrix<S2BehindInverse>(), S2Constant);
     }
-    VECTOR_INLINE Register turned(Register a, int bits) { return bits == 16 ? _mm512_ror_epi32(a, 16) : _mm512_ror_epi32(a, 8); }
+    VECTOR_INLINE Register turned16(Register a) { return _mm512_ror_epi32(a, 16); }
+    VECTOR_INLINE Register turned8(Register a) { return _mm512_ror_epi32(a, 8); }
     VECTOR_INLINE Register swapped(Register a)
     {
         return _mm512_shuffle_epi8(a, _mm512_set4_epi32(0x0C0D0E0F, 0x08090A0B, 0x04050607, 0x00010203));

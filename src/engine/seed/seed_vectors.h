@@ -6,7 +6,7 @@
 //   all               a word in every place
 //   add, exclusive, masked (AND), addMasked (a ^ (b & mask))
 //   substituted       S1 of the even octets of each word, and S2 of the odd ones, counted from the lowest
-//   turned            each word rotated right by so many bits: 8 or 16
+//   turned8, turned16  each word rotated right by 8 or 16 bits
 //   swapped           each word with its octets reversed
 //   lowWords, highWords, lowPairs, highPairs     the UNPCK instructions in each part
 //   behind            the blocks one place up, with the given one in front
@@ -35,10 +35,10 @@ template <class V, std::size_t groups> struct VectorBlocks {
 // p + o modulo 4. So it is a sum of rotations under four masks. A rotation by 24 is one by 16 and one by 8.
 template <class V> VECTOR_INLINE typename V::Register G(typename V::Register x)
 {
-    const auto y = V::substituted(x), across = V::turned(y, 16);
+    const auto y = V::substituted(x), across = V::turned16(y);
     const auto here = V::addMasked(V::masked(y, V::all(0xCFFCCFFC)), across, V::all(0xFCCFFCCF));
     const auto beside = V::addMasked(V::masked(y, V::all(0xF33FF33F)), across, V::all(0x3FF33FF3));
-    return V::exclusive(here, V::turned(beside, 8));
+    return V::exclusive(here, V::turned8(beside));
 }
 
 // One round, which leaves the halves where they are.
