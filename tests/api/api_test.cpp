@@ -1,13 +1,10 @@
 // The exported functions: the life of a context, the frame that all share, binary strings.
 #include "api/Call.h"
 #include "support/bytes.h"
-#include "support/calls.h"
 #include "support/cases.h"
 #include "support/certificates.h"
 #include "support/failing.h"
-#include "support/folder.h"
-
-#include <sys/stat.h>
+#include "support/scenarios.h"
 
 #include <cstring>
 
@@ -130,20 +127,7 @@ TEST(BinaryString, IsSetFromItsOwnBlock)
     EXPECT_TRUE(record.isEmpty());
 }
 
-TEST(Frame, ChecksComeInTheirOrderWithTheirTexts)
-{
-    const Folder folder;
-    Values values = goodValues();
-    values["k15"] = std::string(15, 'k');
-    values["k16"] = std::string(16, 'k');
-    values["k17"] = std::string(17, 'k');
-    values["withNewline"] = "AA\r\n";
-    values["emptyFile"] = folder.put("empty", "");
-    values["blobFile"] = folder.put("blob", values["blob"]);
-    values["pipe"] = folder.path("pipe"); // reading it must not wait for a writer
-    ASSERT_EQ(mkfifo(values["pipe"].c_str(), 0600), 0);
-    expectCalls("frame.txt", values);
-}
+TEST(Frame, ChecksComeInTheirOrderWithTheirTexts) { expectCalls("frame.txt", World()); }
 
 TEST(Frame, TextGettersFillNoMoreThanTheirBuffer)
 {

@@ -2,11 +2,9 @@
 #include "engine/digest/hmac.h"
 #include "engine/seed/seed.h"
 #include "support/bytes.h"
-#include "support/calls.h"
-#include "support/certificates.h"
 #include "support/failing.h"
-#include "support/folder.h"
 #include "support/openssl.h"
+#include "support/scenarios.h"
 #include "support/secrets.h"
 
 using namespace test;
@@ -14,27 +12,12 @@ using namespace vrno;
 
 namespace {
 
-// A session's input with the files that it names.
-class Input : public Values {
-public:
-    Input() : Values(goodValues())
-    {
-        operator[]("blobFile") = m_card.put("0020.item", at("blob"));
-        operator[]("keyFile") = m_card.put("0050.item", at("key"));
-        m_card.put("0010.item", at("cert"));
-        m_card.put("0030.item", "random value");
-    }
-
-private:
-    Card m_card;
-};
-
 // Makes each allocation of the step fail in turn, alone and with all behind it; the context must go on to serve the step.
 // What came of it beside 1002 and the whole result, which needs no memory for what is empty, as "1500 3 times ".
 std::string withoutMemory(const Step& step, VRNO_API_CTX* context, const Values& values, const Result& well)
 {
     const auto made = [&](long number, bool onward) {
-        if (step.line.starts_with("VRNO_MEDIA_Load")) VRNO_MEDIA_Unload(context); // it takes one library
+        if (step.line.starts_with("VRNO_MEDIA_Load") && well.code == 0) VRNO_MEDIA_Unload(context); // it takes one library
         const FailingAllocation fails(number, onward);
         return make(step, context, values);
     };
@@ -113,29 +96,23 @@ std::string inSegments(const std::string& key)
 
 TEST(Memory, RunsOutWith1002AndLeavesNoLeakAndNoSecret)
 {
-    Input input;
-    const Secrets secrets = secretsOf(input);
-    for (const std::string& certificate : {input["cert"], everyExtension}) {
-        input["cert"] = certificate;
-        HeapWatch heap;
-        {
-            Context context;
-            for (const Step& step : session()) {
-                SCOPED_TRACE(step.line);
-                const Result well = make(step, context, input);
-                if (well.code == 0) { EXPECT_EQ(withoutMemory(step, context, input, well), ""); } // else no such extension
-                EXPECT_EQ(secrets.in(heap.freed()), "");
-                if (!well.output.empty()) input["last"] = well.output;
-            }
-            call(context, "VRNO_CERT_Load cert", input); // and stays, for VRNO_API_Finish
-        }
-        EXPECT_EQ(heap.live(), 0U);
-    }
+    const World world;
+    const Secrets secrets = secretsOf(world);
+    HeapWatch heap;
+    forEachScenario(world, [&](VRNO_API_CTX* context, const Step& step, const Values& values) {
+        const Result well = make(step, context, values);
+        EXPECT_EQ(withoutMemory(step, context, values, well), "");
+        EXPECT_EQ(secrets.in(heap.freed()), "");
+    });
+    EXPECT_EQ(heap.live(), 0U);
 }
 
 TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
 {
-    Input input;
+    World input;
+    input.card().put("0020.item", input["blob"]);
+    input.card().put("0030.item", "random value");
+    input.card().put("0050.item", input["key"]);
     Secrets secrets = secretsOf(input);
     const std::string plaintext = "[some+text+that+no+message+has]";
     secrets.add("wrong password", input["wrongPassword"] = "another:phrase:by:a:stranger");
@@ -174,7 +151,7 @@ TEST(FreedMemory, HoldsNoPasswordKeyOrPlaintext)
 
 TEST(FreedMemory, HoldsNoSessionKey)
 {
-    Input input;
+    World input;
     for (const char* const line : {"VRNO_CRYPT_GenKeyAndIV 48", "VRNO_CRYPT_SetKeyAndIV 48 0123456789abcdef ABCDEFGHIJKLMNOP",
                                    "VRNO_CMS_EncryptData 2 cert cert 48 out"}) {
         HeapWatch heap;
@@ -202,15 +179,8 @@ TEST(Stack, NoCallTakes48KB)
 #ifndef MEASURES_STACK
     GTEST_SKIP() << "only the release states its stack";
 #endif
-    Input input;
     const std::size_t ofThread = stackUse([] {});
-    for (const std::string& certificate : {input["cert"], everyExtension}) {
-        input["cert"] = certificate;
-        Context context;
-        for (const Step& step : session()) {
-            Result result;
-            EXPECT_LT(stackUse([&] { result = make(step, context, input); }) - ofThread, std::size_t{48000}) << step.line;
-            if (!result.output.empty()) input["last"] = result.output;
-        }
-    }
+    forEachScenario(World(), [&](VRNO_API_CTX* context, const Step& step, const Values& values) {
+        EXPECT_LT(stackUse([&] { make(step, context, values); }) - ofThread, std::size_t{48000}) << step.line;
+    });
 }

@@ -2,81 +2,16 @@
 #include "ASN1Pkix/keys/PPrivateKey.h"
 #include "ASN1Pkix/keys/PPublicKey.h"
 #include "support/bytes.h"
-#include "support/calls.h"
 #include "support/cases.h"
-#include "support/certificates.h"
-#include "support/folder.h"
-#include "support/openssl.h"
-
-#include <openssl/rsa.h>
-
-#include <map>
-#include <memory>
+#include "support/pairs.h"
+#include "support/scenarios.h"
 
 using namespace vrno;
 using namespace test;
 
-namespace {
-
 // ---- key pairs ----
 
-struct Pair {
-    std::string privateKey, certificate;
-    std::shared_ptr<EVP_PKEY> peer;
-};
-
-const std::string oidRsa = "06{2A864886F70D010101}", oidKcdsa = "06{2A831A8C9A440101}", oidKcdsa1 = "06{2A831A8C9A440115}",
-                  oidDsa = "06{2A8648CE380401}";
-
-Pair makeRsa(unsigned bits)
-{
-    const std::shared_ptr<EVP_PKEY> peer(EVP_RSA_gen(bits), Freed());
-    const Owned<PKCS8_PRIV_KEY_INFO> info(EVP_PKEY2PKCS8(peer.get()));
-    return {encoded(i2d_PKCS8_PRIV_KEY_INFO, info.get()),
-            certificate({.algorithm = oidRsa + "0500", .key = hex(encoded(i2d_PublicKey, peer.get()))}), peer};
-}
-
-const Pair& rsa(unsigned bits)
-{
-    static std::map<unsigned, Pair> pairs;
-    return pairs.contains(bits) ? pairs[bits] : pairs[bits] = makeRsa(bits);
-}
-
-std::string privateKeyInfo(const std::string& algorithm, const std::string& privateKey)
-{
-    return der("30{020100 30{" + algorithm + "} 04{" + privateKey + "}}");
-}
-
-// A key under either of its identifiers; J, seed and count of the domain go no further.
-struct Kcdsa {
-    const Case key = cases("kcdsa1024.txt", 3).at(0);
-    const std::string x = key[0], y = key[1], domain = key[2];
-
-    Pair pair(const std::string& oid) const
-    {
-        const std::string algorithm = oid + " 30{" + domain + "020103 04{\"seed\"} 020105}";
-        return {privateKeyInfo(algorithm, x), certificate({.algorithm = algorithm, .key = y}), nullptr};
-    }
-};
-
-} // namespace
-
-TEST(KeyPairs, MatchesOnlyItsOwnCertificate)
-{
-    Values values{{"stranger", makeRsa(1024).privateKey},
-                  {"wireless", "\x01"},
-                  {"certDsa", certificate({.algorithm = oidDsa, .key = "0500"})}};
-    const auto add = [&values](const std::string& name, const Pair& pair) {
-        values["cert" + name] = pair.certificate;
-        values["key" + name] = pair.privateKey;
-    };
-    for (const unsigned bits : {1024U, 1536U, 2048U}) add(std::to_string(bits), rsa(bits));
-    add("Kcdsa", Kcdsa().pair(oidKcdsa));
-    add("Kcdsa1", Kcdsa().pair(oidKcdsa1));
-    std::string& stranger = values["strangerKcdsa"] = values["keyKcdsa"];
-    stranger.back() = static_cast<char>(stranger.back() ^ 1);
-    expectCalls("pairs.txt", values);
-}
+TEST(KeyPairs, MatchesOnlyItsOwnCertificate) { expectCalls("pairs.txt", World()); }
 
 // Both sides of a pair detect alike, each with its own codes and words.
 TEST(KeyPairs, UnsupportedAlgorithmsAreRefusedOnBothSides)
@@ -167,30 +102,9 @@ TEST(KeyPairs, TheRandomNumberComesLastAndOnce)
 
 TEST(Cards, EveryCardResultMapsToItsCode)
 {
-    const Card card;
-    const std::string longest = "\x30" + std::string(2047, 'e');
-    for (const char* const name : {"2010.item", "2020.item"}) card.put(name, longest);
-    card.put("0010.item", "certificate");
-    card.put("0040.item", longest + "e");
-    card.put("0001.item", "");
-    card.put("0002.item", {"\0key", 4});
-    card.put("0004.item", std::string(2048, '\0'));
-    const std::string longText =
-        "인증서를 읽는데 실패하였습니다. <dynamiclib> fnc=PKI_STORAGE_Read,errcode=0x1,msg=" + std::string(511, 'm');
-    Values values = goodValues();
-    values.merge(Values{{"odd", ODD_STORAGE_LIBRARY},
-                        {"longest", longest},
-                        {"longText", longText},
-                        {"zero", std::string(1, '\0')},
-                        {"zeroFirst", std::string("\0value", 6)},
-                        {"tooLong", std::string(129, 'v')}});
-    const std::string number = "A0{30{06{2A831A8C9A440A010103} 31{03{00\"value\"}}}}";
-    values["withNumber"] = der("30{" + hex(values["key"].substr(4)) + number + "}");
-    // A key whose attribute is none cannot take the number.
-    values["noAttribute"] = der("30{020100 30{06{2A03}} 0400 A0{0500}}");
-    values["noAttribute"] = call(Context(), "VRNO_PRIKEY_Encrypt 48 password noAttribute out", values).output;
-    expectCalls("cards.txt", values);
-    card.remove("pin");
+    const World world;
+    expectCalls("cards.txt", world);
+    world.card().remove("pin");
     Context context;
     ASSERT_EQ(VRNO_MEDIA_Load(context, STORAGE_LIBRARY), 0);
     EXPECT_EQ(call(context, "VRNO_MEDIA_CARD_ReadCert 1 1234 out").code, 2514);

@@ -150,6 +150,14 @@ Result call(VRNO_API_CTX* context, const std::string& line, const Values& values
     return {code, arguments.outputs(code)};
 }
 
+void makeAll(const Context& context, const std::string& lines, const Values& values)
+{
+    std::istringstream all(lines);
+    for (std::string line; std::getline(all, line, ';');) {
+        EXPECT_EQ(call(context, line.substr(line.find_first_not_of(' ')), values).code, 0) << line << context.error();
+    }
+}
+
 Result getText(VRNO_API_CTX* context, const std::string& name) { return call(context, "VRNO_CERT_" + name + " 65536 out"); }
 
 std::string field(const Context& context, const std::string& name)
@@ -210,10 +218,7 @@ void expectCalls(const char* file, const Values& values)
     for (const Case& row : cases(file, 4)) {
         SCOPED_TRACE(row.where + " " + row[0]);
         Context context;
-        std::istringstream before(row[1]);
-        for (std::string line; std::getline(before, line, ';');) {
-            EXPECT_EQ(call(context, line.substr(line.find_first_not_of(' ')), values).code, 0) << context.error();
-        }
+        makeAll(context, row[1], values);
         EXPECT_EQ(call(context, "VRNO_MEDIA_Load empty").code, 1004); // leaves a text
         EXPECT_EQ(call(nullptr, row[0], values).code, 1001);
         const Result result = call(context, row[0], values);

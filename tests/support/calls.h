@@ -27,6 +27,9 @@ struct Result {
 // "chain" makes the context's session cipher chain its messages; "put 0020.item key" puts an item on the card.
 Result call(VRNO_API_CTX* context, const std::string& line, const Values& values = {});
 
+// Makes calls with ";" between them, none of which may fail.
+void makeAll(const Context& context, const std::string& lines, const Values& values);
+
 // The text that VRNO_CERT_<name> gives; and of one that must not fail.
 Result getText(VRNO_API_CTX* context, const std::string& name);
 std::string field(const Context& context, const std::string& name);
