@@ -2,6 +2,7 @@
 
 #include "support/bytes.h"
 #include "support/cases.h"
+#include "support/guarded.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -65,14 +66,15 @@ private:
         return m_inputs.emplace_back(word == "empty" ? "" : named == m_values.end() ? word : named->second);
     }
     void make(const std::string& word, const char*& pointer) { pointer = input(word).c_str(); }
+    // Input records end at a page without access.
     void make(const std::string& word, const VRNO_BINSTR*& pointer)
     {
-        const std::string& data = input(word);
-        auto* const bytes = word == "noData" ? nullptr : const_cast<unsigned char*>(at(data));
+        const Guarded& data = m_guarded.emplace_back(input(word));
+        auto* const bytes = word == "noData" ? nullptr : const_cast<unsigned char*>(data.data());
         const std::string claim = "length:";
         const std::size_t length = word == "noLength"        ? 0
                                    : word.starts_with(claim) ? std::stoul(word.substr(claim.size()), nullptr, 0)
-                                                             : data.size();
+                                                             : static_cast<std::size_t>(data.size());
         pointer = &m_recordsIn.emplace_back(VRNO_BINSTR{bytes, static_cast<unsigned>(length)});
     }
     void make(const std::string&, int*& pointer)
@@ -91,6 +93,7 @@ private:
     std::istringstream m_words;
     const Values& m_values;
     std::deque<std::string> m_inputs;
+    std::deque<Guarded> m_guarded;
     std::deque<VRNO_BINSTR> m_recordsIn, m_records;
     std::deque<int> m_numbers;
     std::deque<std::string> m_buffers;
@@ -115,7 +118,7 @@ int chain(VRNO_API_CTX* context)
 
 int put(VRNO_API_CTX*, const char* item, const VRNO_BINSTR* content)
 {
-    std::ofstream file(std::string(std::getenv("VRNO_STORAGE")) + "/" + item, std::ios::binary);
+    std::ofstream file(std::string(std::getenv("VRNO_STORAGE_PUT")) + "/" + item, std::ios::binary);
     file.write(reinterpret_cast<const char*>(content->pData), content->nLen);
     return 0;
 }

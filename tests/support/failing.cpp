@@ -2,6 +2,7 @@
 #include "support/failing.h"
 
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <algorithm>
@@ -13,17 +14,33 @@
 
 namespace {
 
-thread_local bool watching = false;
-thread_local long counted = 0, failing = 0;
-thread_local bool failsOnward = false;
+// What is counted while it is watched, and fails at a number.
+struct Countdown {
+    bool isWatching = false, onward = false;
+    long count = 0, failing = 0;
+
+    void start(long number, bool fromThere) { *this = {true, fromThere, 0, number}; }
+    bool refuses()
+    {
+        if (!isWatching) return false;
+        ++count;
+        return count == failing || (onward && count > failing);
+    }
+};
+thread_local Countdown allocations, systemCalls;
 thread_local std::size_t countedBytes = 0;
 
 bool refuses(std::size_t size)
 {
-    if (!watching) return false;
-    ++counted;
-    countedBytes += size;
-    return counted == failing || (failsOnward && counted > failing);
+    if (allocations.isWatching) countedBytes += size;
+    return allocations.refuses();
+}
+
+bool systemFails()
+{
+    const bool fails = systemCalls.refuses();
+    if (fails) errno = EIO;
+    return fails;
 }
 
 thread_local test::RandomSource::Kind randomSource = test::RandomSource::system;
@@ -54,6 +71,7 @@ ssize_t __real_getrandom(void* out, std::size_t length, unsigned flags);
 ssize_t __wrap_getrandom(void* out, std::size_t length, unsigned flags)
 {
     using test::RandomSource;
+    if (systemFails()) return -1;
     if (randomSource == RandomSource::system) return __real_getrandom(out, length, flags);
     if (randomSource == RandomSource::interrupted) {
         randomSource = RandomSource::withoutDevice;
@@ -69,6 +87,7 @@ int __real_open(const char* path, int flags);
 int __wrap_open(const char* path, int flags)
 {
     using test::RandomSource;
+    if (systemFails()) return -1;
     if (std::strcmp(path, "/dev/urandom") != 0) return __real_open(path, flags);
     if (randomSource == RandomSource::file) return __real_open("/proc/self/exe", flags);
     if (randomSource != RandomSource::none && randomSource != RandomSource::withoutDevice) return __real_open(path, flags);
@@ -86,11 +105,21 @@ int __wrap_madvise(void* area, std::size_t length, int advice)
 ssize_t __real_read(int file, void* out, std::size_t length);
 ssize_t __wrap_read(int file, void* out, std::size_t length)
 {
+    if (systemFails()) return -1;
     const int error = readHook ? (*readHook)() : 0;
     if (error == 0) return __real_read(file, out, length);
     errno = error;
     return -1;
 }
+int __real_fstat(int file, struct stat* status);
+int __wrap_fstat(int file, struct stat* status) { return systemFails() ? -1 : __real_fstat(file, status); }
+void* __real_dlopen(const char* path, int flags);
+void* __wrap_dlopen(const char* path, int flags) { return systemFails() ? nullptr : __real_dlopen(path, flags); }
+void* __real_dlsym(void* library, const char* name);
+void* __wrap_dlsym(void* library, const char* name) { return systemFails() ? nullptr : __real_dlsym(library, name); }
+int __real_dlclose(void* library);
+int __wrap_dlclose(void* library) { return systemFails() ? -1 : __real_dlclose(library); }
+
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* block, std::size_t size);
@@ -141,16 +170,19 @@ namespace test {
 
 FailingAllocation::FailingAllocation(long number, bool onward)
 {
-    counted = 0;
     countedBytes = 0;
-    failing = number;
-    failsOnward = onward;
-    watching = true;
+    allocations.start(number, onward);
 }
 
-FailingAllocation::~FailingAllocation() { watching = false; }
+FailingAllocation::~FailingAllocation() { allocations.isWatching = false; }
 
-long FailingAllocation::count() { return counted; }
+long FailingAllocation::count() { return allocations.count; }
+
+FailingSystem::FailingSystem(long number, bool onward) { systemCalls.start(number, onward); }
+
+FailingSystem::~FailingSystem() { systemCalls.isWatching = false; }
+
+long FailingSystem::count() { return systemCalls.count; }
 
 RandomSource::RandomSource(Kind kind) { randomSource = kind; }
 

@@ -40,6 +40,16 @@ private:
     std::vector<std::string> m_freed;
 };
 
+// The same for calls of the operating system: files, libraries and random bytes. The error is EIO.
+class FailingSystem {
+public:
+    explicit FailingSystem(long number, bool onward = false);
+    ~FailingSystem();
+    FailingSystem(const FailingSystem&) = delete;
+    FailingSystem& operator=(const FailingSystem&) = delete;
+    static long count();
+};
+
 // Calls `hook` before each read of a file while an object lives, on its thread. A result above 0 is the error that the read
 // fails with.
 class ReadHook {

@@ -35,9 +35,10 @@ class Card : public Folder {
 public:
     Card()
     {
-        setenv("VRNO_STORAGE", path().c_str(), 1);
+        for (const char* const name : {"VRNO_STORAGE", "VRNO_STORAGE_PUT"}) setenv(name, path().c_str(), 1);
         put("pin", "1234\n");
     }
+    void close() const { setenv("VRNO_STORAGE_PUT", "/dev/null", 1); } // calls put nothing more on it
 };
 
 } // namespace test
