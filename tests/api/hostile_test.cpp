@@ -1,4 +1,4 @@
-// Bytes that mean harm, and threads. Reads outside the input, leaks and undefined behaviour show
+// Bytes that mean harm, and threads, processes and locales. Reads outside the input, leaks and undefined behaviour show
 // under the sanitizers; here the codes must be documented ones.
 #include "ASN1/ASN1OctetString.h"
 #include "ASN1/ASN1Sequence.h"
@@ -11,7 +11,12 @@
 #include "support/failing.h"
 #include "support/scenarios.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <clocale>
+#include <set>
 #include <thread>
 
 using namespace vrno;
@@ -158,24 +163,65 @@ TEST(Hostile, ExtensionsOfTensOfThousandsOfPiecesAllocateLinearly)
     }
 }
 
+// The results of all scenarios.
+static std::vector<Result> everything(const World& world)
+{
+    std::vector<Result> results;
+    forEachScenario(world, [&](VRNO_API_CTX* context, const Step& step, const Values& values) {
+        results.push_back(make(step, context, values));
+    });
+    return results;
+}
+
 TEST(Threads, ContextsDoNotDisturbEachOther)
 {
     const World world;
-    const auto all = [&world] {
-        std::vector<Result> results;
-        forEachScenario(world, [&](VRNO_API_CTX* context, const Step& step, const Values& values) {
-            results.push_back(make(step, context, values));
-        });
-        return results;
-    };
-    all();
+    everything(world);
     world.card().close(); // which all threads read
-    const std::vector<Result> well = all();
+    const std::vector<Result> well = everything(world);
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {
-            for (int round = 0; round < 3; ++round) EXPECT_EQ(all(), well);
+            for (int round = 0; round < 3; ++round) EXPECT_EQ(everything(world), well);
         });
     }
     for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Locales, ChangeNoResult)
+{
+    const World world;
+    everything(world);
+    const std::vector<Result> well = everything(world);
+    setenv("LOCPATH", LOCALES, 1);
+    for (const char* const locale : {"ko_KR.UTF-8", "ko_KR.EUC-KR", "tr_TR.UTF-8"}) {
+        ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr) << locale;
+        EXPECT_EQ(everything(world), well) << locale;
+    }
+    std::setlocale(LC_ALL, "C");
+}
+
+// Each child leaves its session key and IV in the pipe.
+TEST(Processes, AThousandHaveAThousandKeys)
+{
+    constexpr std::size_t children = 1000, length = 32;
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    std::set<std::string> keys;
+    for (std::size_t i = 0; i < children; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            const Context context;
+            const std::string all = VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED) == 0
+                                        ? call(context, "VRNO_CRYPT_GetKeyAndIV out out out").output.substr(2) // behind "48"
+                                        : "";
+            _exit(write(ends[1], all.data(), all.size()) == length ? 0 : 1);
+        }
+        std::string key(length, '\0');
+        ASSERT_EQ(read(ends[0], key.data(), length), static_cast<ssize_t>(length));
+        keys.insert(key);
+    }
+    while (wait(nullptr) > 0) {}
+    EXPECT_EQ(keys.size(), children);
+    for (const int end : ends) close(end);
 }

@@ -8,7 +8,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 using namespace test;
 
@@ -109,4 +111,31 @@ TEST(Libraries, FinishReleasesTheLoadedOne)
     dlclose(library);
     dlclose(library);
     EXPECT_EQ(dlopen(ODD_STORAGE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+}
+
+// The storage library, and this library as a program loads it.
+TEST(Libraries, AreLoadedAThousandTimes)
+{
+    const auto mappings = [] {
+        std::ifstream maps("/proc/self/maps");
+        return std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+    };
+    const auto use = [] {
+        void* const library = dlopen(VRNO_LIBRARY, RTLD_NOW);
+        const auto init = reinterpret_cast<decltype(&VRNO_API_Init)>(dlsym(library, "VRNO_API_Init"));
+        const auto draw = reinterpret_cast<decltype(&VRNO_CRYPT_GenKeyAndIV)>(dlsym(library, "VRNO_CRYPT_GenKeyAndIV"));
+        const auto load = reinterpret_cast<decltype(&VRNO_MEDIA_Load)>(dlsym(library, "VRNO_MEDIA_Load"));
+        const auto finish = reinterpret_cast<decltype(&VRNO_API_Finish)>(dlsym(library, "VRNO_API_Finish"));
+        VRNO_API_CTX* context = nullptr;
+        ASSERT_EQ(init(&context, "/"), 0);
+        EXPECT_EQ(draw(context, VRNO_SYM_SEED), 0);
+        EXPECT_EQ(load(context, STORAGE_LIBRARY), 0);
+        EXPECT_EQ(finish(&context), 0);
+        EXPECT_EQ(dlclose(library), 0);
+    };
+    use();
+    const auto before = mappings();
+    for (int i = 0; i < 1000; ++i) use();
+    EXPECT_LE(mappings(), before + 2); // the heap may grow
+    EXPECT_EQ(dlopen(VRNO_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
 }
