@@ -66,10 +66,11 @@ private:
         return m_inputs.emplace_back(word == "empty" ? "" : named == m_values.end() ? word : named->second);
     }
     void make(const std::string& word, const char*& pointer) { pointer = input(word).c_str(); }
-    // Input records end at a page without access.
+    // Input records end at a page without access, and cannot be written.
     void make(const std::string& word, const VRNO_BINSTR*& pointer)
     {
         const Guarded& data = m_guarded.emplace_back(input(word));
+        data.makeReadOnly();
         auto* const bytes = word == "noData" ? nullptr : const_cast<unsigned char*>(data.data());
         const std::string claim = "length:";
         const std::size_t length = word == "noLength"        ? 0

@@ -27,6 +27,7 @@ public:
     Guarded& operator=(const Guarded&) = delete;
     operator std::span<const unsigned char>() const { return {data(), m_size}; }
     const unsigned char* data() const { return m_area + m_room - m_size; }
+    void makeReadOnly() const { mprotect(m_area, m_room, PROT_READ); }
     int size() const { return static_cast<int>(m_size); }
 
 private:
