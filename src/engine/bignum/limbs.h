@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/bignum/rows.h"
+#include "engine/masks.h"
 
 #include <algorithm>
 
@@ -42,13 +43,6 @@ template <class Limb> Limb negativeInverse(Limb N)
     Limb inverse = N;
     for (int right = 3; right < std::numeric_limits<Limb>::digits; right *= 2) inverse *= 2 - N * inverse;
     return Limb{0} - inverse;
-}
-
-// Keeps the compiler from turning a mask back into a branch.
-template <class Word> Word hidden(Word mask)
-{
-    __asm__("" : "+r"(mask));
-    return mask;
 }
 
 } // namespace vrno

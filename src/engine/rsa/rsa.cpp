@@ -6,6 +6,7 @@
 #include "engine/digest/hash_id.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
+#include "engine/masks.h"
 #include "engine/random/random.h"
 
 #include <algorithm>
@@ -68,6 +69,14 @@ int rsaOperate(const ZIRC_RsaKey& key, Operation operation, unsigned char* outpu
     return width;
 }
 
+// What a block of k octets holds from `at` on; -1 for an `at` of 0.
+int copyContents(unsigned char* output, const unsigned char* em, int k, int at)
+{
+    if (at == 0) return -1;
+    std::memcpy(output, em + at, static_cast<std::size_t>(k - at));
+    return k - at;
+}
+
 // ---- PKCS#1 v1.5 ----
 
 // The operation on 0x00, the block's type, a string that `fill` makes, 0x00, the input.
@@ -84,20 +93,14 @@ int pkcs1Encrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type
     return rsaOperate(key, operation, output, k, em.bytes, k);
 }
 
-// What follows the padding, whose octets `isPadding` accepts; -1 for a block that is not of the type.
-template <class IsPadding>
-int pkcs1Decrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, IsPadding isPadding, unsigned char* output,
-                 const unsigned char* input, int length)
+// What follows the padding; -1 for a block that is not of the type.
+int pkcs1Decrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, unsigned char* output, const unsigned char* input,
+                 int length)
 {
-    const int k = modulusBytes(key), emLength = k - 1; // without the leading zero
+    const int k = modulusBytes(key);
     SecretBytes em;
-    if (length != k || rsaOperate(key, operation, em.bytes, emLength, input, length) < 0 || em.bytes[0] != type) return -1;
-    int at = 1;
-    while (at < emLength && isPadding(em.bytes[at])) ++at;
-    if (at == emLength || em.bytes[at] != 0 || at - 1 < 8) return -1;
-    const int contents = emLength - at - 1;
-    std::memcpy(output, em.bytes + at + 1, static_cast<std::size_t>(contents));
-    return contents;
+    if (length != k || rsaOperate(key, operation, em.bytes, k, input, length) < 0) return -1;
+    return copyContents(output, em.bytes, k, rsaPkcs1Contents(em.bytes, k, type));
 }
 
 int fillNonZero(unsigned char* to, int length)
@@ -162,14 +165,21 @@ int rsaPrivateEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsig
 
 int rsaPublicDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return pkcs1Decrypt(
-        key, rsaPublicOperation, 1, [](unsigned char octet) { return octet == 0xFF; }, output, input, length);
+    return pkcs1Decrypt(key, rsaPublicOperation, 1, output, input, length);
 }
 
 int rsaPrivateDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return pkcs1Decrypt(
-        key, rsaPrivateOperation, 2, [](unsigned char octet) { return octet != 0; }, output, input, length);
+    return pkcs1Decrypt(key, rsaPrivateOperation, 2, output, input, length);
+}
+
+int rsaPkcs1Contents(const unsigned char* em, int k, unsigned char type)
+{
+    const Mask hasOnes = isEqual(type, 1);
+    const Run padding =
+        runOf(em + 2, k - 2, 1, [&](std::uint32_t octet) { return choose(hasOnes, isEqual(octet, 0xFF), ~isZero(octet)); });
+    const Mask isGood = isZero(em[0]) & isEqual(em[1], type) & isZero(padding.next) & ~isLess(padding.length, 8);
+    return static_cast<int>(isGood & (padding.length + 3));
 }
 
 int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned char* digest, int digestLength)
@@ -235,24 +245,26 @@ int rsaOaepEncrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* o
 int rsaOaepDecrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* output, const unsigned char* input, int length,
                    const unsigned char* label, int labelLength)
 {
-    const int k = modulusBytes(key), emLength = k - 1, h = rsaDigestLength(hashId), dbLength = emLength - h;
-    if (length < 2 * h + 1 || length > k || dbLength < h + 1) return -1;
+    const int k = modulusBytes(key), h = rsaDigestLength(hashId);
+    if (length < 2 * h + 1 || length > k || k < 2 * h + 2) return -1;
     SecretBytes em;
-    unsigned char *const seed = em.bytes, *const db = em.bytes + h;
-    if (rsaOperate(key, rsaPrivateOperation, em.bytes, emLength, input, length) < 0) return -1;
-    mgf1Mask(hashId, seed, h, db, dbLength);
-    mgf1Mask(hashId, db, dbLength, seed, h);
     unsigned char labelDigest[20];
     rsaDigest(hashId, labelDigest, label, labelLength);
-    // One failure at the end: a caller must not learn which check failed.
-    unsigned int wrong = 0;
-    for (int i = 0; i < h; ++i) wrong |= static_cast<unsigned int>(db[i] ^ labelDigest[i]);
-    int at = h;
-    while (at < dbLength && db[at] == 0) ++at;
-    if (at == dbLength || db[at] != 0x01 || wrong != 0) return -1;
-    const int contents = dbLength - at - 1;
-    std::memcpy(output, db + at + 1, static_cast<std::size_t>(contents));
-    return contents;
+    if (rsaOperate(key, rsaPrivateOperation, em.bytes, k, input, length) < 0) return -1;
+    return copyContents(output, em.bytes, k, rsaOaepContents(em.bytes, k, hashId, labelDigest));
+}
+
+int rsaOaepContents(unsigned char* em, int k, unsigned int hashId, const unsigned char* labelDigest)
+{
+    const int h = rsaDigestLength(hashId), dbLength = k - 1 - h;
+    unsigned char *const seed = em + 1, *const db = seed + h;
+    mgf1Mask(hashId, seed, h, db, dbLength);
+    mgf1Mask(hashId, db, dbLength, seed, h);
+    std::uint32_t differences = em[0];
+    for (int i = 0; i < h; ++i) differences |= static_cast<std::uint32_t>(db[i] ^ labelDigest[i]);
+    const Run zeros = runOf(db + h, dbLength - h, 1, isZero);
+    const Mask isGood = isZero(differences) & isEqual(zeros.next, 0x01);
+    return static_cast<int>(isGood & (2 + 2 * static_cast<std::uint32_t>(h) + zeros.length));
 }
 
 // ---- PSS ----

@@ -53,6 +53,12 @@ int rsaVerifyPkcs1(const ZIRC_RsaKey& key, const unsigned char* digestInfo, int 
 // The DigestInfo of a digest: prefix and digest, at most 35 bytes. The digest may lie at the front of the output.
 int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned char* digest, int digestLength);
 
+// Where the contents of a decrypted block of k octets begin; 0 for a block that is not of the type. The time of this and the next
+// depends on k alone. What its caller does with a verdict of 0 and a length may take a time of its own.
+int rsaPkcs1Contents(const unsigned char* em, int k, unsigned char type);
+// The same for OAEP, for a k above two digests and one. It takes the masks off the block.
+int rsaOaepContents(unsigned char* em, int k, unsigned int hashId, const unsigned char* labelDigest);
+
 // ---- OAEP and PSS; hashId as ZIRC_HashId ----
 
 void rsaMgf1(unsigned int hashId, unsigned char* output, int length, const unsigned char* seed, int seedLength);
