@@ -397,9 +397,45 @@ TEST(Rsa, NumbersAreBelowTheModulus)
     BN_add_word(least, 1);
     const std::string blob = blobWith(keyOf(1024), "n", least);
     for (int i = 0; i < 32; ++i) {
-        ASSERT_EQ(sign(121401, blob, std::to_string(i), signature), 0);
+        ASSERT_EQ(sign(121401, blob, std::to_string(i), signature, true), 0);
         EXPECT_LT(BN_cmp(Peer(signature), least), 0);
     }
+}
+
+// A result that is right modulo one prime only gives the other away.
+TEST(Rsa, AWrongCrtResultStaysInside)
+{
+    const Key& key = keyOf(1024);
+    Peer other = numberOf(key, "rsa-exponent1"), d = numberOf(key, "d"), none;
+    BN_add_word(other, 2);
+    BN_add_word(d, 2);
+    const std::string wrong = blobWith(key, "rsa-exponent1", other);
+    const struct {
+        const char* what;
+        std::string blob;
+        int code;
+    } table[] = {{"a wrong number of the primes", wrong, 3110},
+                 {"a wrong public exponent", blobWith(key, "e", Peer("\5")), 3110},
+                 {"no public exponent to verify with", blobWith(key, "e", none), 0},
+                 {"a wrong d, which is not used", blobWith(key, "d", d), 0}};
+    std::string out, cipherText[2];
+    ASSERT_EQ(cipher(true, 12001, 6, key.publicBlob, "m", cipherText[0]), 0);
+    ASSERT_EQ(cipher(true, 13101, 6, key.publicBlob, "m", cipherText[1]), 0);
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(sign(121401, row.blob, "m", out), row.code);
+        EXPECT_EQ(sign(131401, row.blob, "m", out), row.code);
+        EXPECT_EQ(cipher(true, 12001, 7, row.blob, "m", out), row.code);
+        EXPECT_EQ(cipher(false, 12001, 7, row.blob, cipherText[0], out), row.code);
+        EXPECT_EQ(cipher(false, 13101, 7, row.blob, cipherText[1], out), row.code);
+    }
+    ZIRC_RsaKey read;
+    Buffer result(128);
+    ASSERT_EQ(rsaReadPrivateKey(read, at(wrong), size(wrong)), 0);
+    EXPECT_EQ(rsaPrivateEncrypt(read, result.data(), at(wrong), 20), -1);
+    EXPECT_EQ(result, Buffer(128));
+    EXPECT_EQ(sign(121401, wrong, "m", out, true), 0); // whose caller verifies it
+    EXPECT_EQ(verify(121401, key.publicBlob, "m", out), 3116);
 }
 
 TEST(Rsa, GeneratedKeysAreValidForOpenssl)

@@ -20,7 +20,11 @@ int modulusBytes(const ZIRC_RsaKey& key) { return (bnBits(key.n) + 7) / 8; }
 
 using SecretBytes = SecretArea<rsaMaxBytes + 64>;
 
-void rsaPublicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x) { bnModExpReduced(result, x, key.e, key.n); }
+bool rsaPublicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    bnModExpReduced(result, x, key.e, key.n);
+    return true;
+}
 
 // Adds one more prime to a result of the Chinese remainder theorem: result += product * ((m - result) * coefficient mod prime).
 void crtAddPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, const ZIRC_BN& prime, const ZIRC_BN& product)
@@ -33,12 +37,9 @@ void crtAddPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, 
     bnCopy(result, sum);
 }
 
-void rsaPrivateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+// By the primes.
+void rsaCrtOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
 {
-    if (bnBits(key.qInv) == 0) {
-        bnModExpSecret(result, x, key.d, key.n);
-        return;
-    }
     Temporary m, product, next;
     bnModExpSecretPair(x, result, key.dQ, key.q, m, key.dP, key.p);
     crtAddPrime(result, m, key.qInv, key.p, key.q);
@@ -53,18 +54,39 @@ void rsaPrivateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN&
     bnCopy(result, next);
 }
 
-using Operation = void (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
+bool rsaUnverifiedOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    if (rsaUsesPrimes(key)) {
+        rsaCrtOperation(key, result, x);
+    } else {
+        bnModExpSecret(result, x, key.d, key.n);
+    }
+    return true;
+}
 
-// The operation on bytes as a number; the result in `width` bytes, or -1 when it is longer or the number is not below the
-// modulus (RFC 8017, 5.1 and 5.2).
+// A result that is right modulo one prime only gives the other away (Boneh, DeMillo and Lipton 1997), so none leaves before the
+// public exponent has led back to x. A key without such an exponent has nothing to verify with.
+bool rsaPrivateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    rsaUnverifiedOperation(key, result, x);
+    if (!rsaUsesPrimes(key) || !rsaIsUsableExponent(key.e)) return true;
+    Temporary back;
+    rsaPublicOperation(key, back, result);
+    return bnIsEqual(back, x);
+}
+
+// Whether the result may leave.
+using Operation = bool (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
+
+// The operation on bytes as a number; the result in `width` bytes, or -1 when it is longer or may not leave or the number is not
+// below the modulus (RFC 8017, 5.1 and 5.2).
 int rsaOperate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, int width, const unsigned char* input,
                int length)
 {
     Temporary x, result;
     bnFromBytes(x, input, length);
     if (bnCompare(x, key.n) >= 0) return -1;
-    operation(key, result, x);
-    if ((bnBits(result) + 7) / 8 > width) return -1;
+    if (!operation(key, result, x) || (bnBits(result) + 7) / 8 > width) return -1;
     bnToBytesFixed(output, result, width);
     return width;
 }
@@ -161,6 +183,11 @@ int rsaPublicEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsign
 int rsaPrivateEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
     return pkcs1Encrypt(key, rsaPrivateOperation, 1, fillOnes, output, input, length);
+}
+
+int rsaPrivateEncryptUnverified(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
+{
+    return pkcs1Encrypt(key, rsaUnverifiedOperation, 1, fillOnes, output, input, length);
 }
 
 int rsaPublicDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
