@@ -17,10 +17,9 @@ template <class Word> Word hidden(Word mask)
 
 using Mask = std::uint32_t;
 
-// Of values below 2^31.
-inline Mask isLess(std::uint32_t a, std::uint32_t b) { return hidden(Mask{0} - ((a - b) >> 31)); }
-inline Mask isZero(std::uint32_t a) { return isLess(a, 1); }
+inline Mask isZero(std::uint32_t a) { return hidden(((a | (0 - a)) >> 31) - 1); }
 inline Mask isEqual(std::uint32_t a, std::uint32_t b) { return isZero(a ^ b); }
+inline Mask isLess(std::uint32_t a, std::uint32_t b) { return hidden(0 - ((a - b) >> 31)); } // of values below 2^31
 
 inline std::uint32_t choose(Mask mask, std::uint32_t ifSet, std::uint32_t otherwise)
 {
