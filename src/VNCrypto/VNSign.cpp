@@ -4,14 +4,14 @@
 
 namespace vrno {
 
-int VNSign::SignData(int nAlgID, ByteString& privateKey, ByteString& data, ByteString& out)
+int VNSign::SignData(int nAlgID, ByteString& privateKey, ByteString& data, ByteString& out, bool isVerifiedNext)
 {
     int algorithm = 0;
     if (const int code = mapAlgorithm(*this, nAlgID, algorithm, Here::now())) return code;
     unsigned char signature[512]; // none has more than 256 bytes
     int length = sizeof signature;
     const int result = ZIRC_SignData(privateKey.getBytes(), privateKey.getLength(), algorithm, signature, &length, data.getBytes(),
-                                     data.getLength());
+                                     data.getLength(), isVerifiedNext);
     if (result != 0) return engineFailure(*this, 14, "ZIRC_SignData", result);
     if (out.setData(signature, length) > 0) return engineFailure(*this, 14, "ZIRC_SignData", ZIRC_MEMORY_ERROR);
     return 0;

@@ -45,7 +45,7 @@ void compare(const Context& context, const X509* x)
     const unsigned char* key = nullptr;
     int keyLength = 0;
     X509_PUBKEY_get0_param(const_cast<ASN1_OBJECT**>(&algorithm), &key, &keyLength, nullptr, X509_get_X509_PUBKEY(x));
-    char oid[80], keyAlgorithm[50], from[20], to[20];
+    char oid[80] = {}, keyAlgorithm[50], from[20], to[20];
     OBJ_obj2txt(oid, sizeof oid, algorithm, 1);
     std::string keyText(1 << 14, '\0');
     EXPECT_EQ(VRNO_CERT_GetPubKey(context, 1 << 14, keyAlgorithm, keyText.data()), 0);

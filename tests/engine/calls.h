@@ -21,11 +21,11 @@ inline int cipher(bool encrypts, int id, int mode, std::string blob, const std::
     return code;
 }
 
-inline int sign(int id, const std::string& blob, const std::string& in, std::string& signature)
+inline int sign(int id, const std::string& blob, const std::string& in, std::string& signature, bool isVerifiedNext = false)
 {
     unsigned char result[2048];
     int length = sizeof result;
-    const int code = vrno::ZIRC_SignData(at(blob), size(blob), id, result, &length, at(in), size(in));
+    const int code = vrno::ZIRC_SignData(at(blob), size(blob), id, result, &length, at(in), size(in), isVerifiedNext);
     signature = code == 0 ? text(result, static_cast<std::size_t>(length)) : "";
     return code;
 }

@@ -225,21 +225,12 @@ TEST(Sha1, CompressAddsNoPadding)
 
 TEST(Digest, BitCountCarriesIntoTheHighWord)
 {
-    const struct {
-        std::uint32_t low, high;
-        std::size_t length;
-        std::uint32_t newLow, newHigh;
-    } table[] = {
-        {0xFFFFFE00, 0, 128, 0x200, 1},
-        {0xFFFFFFF8, 0xFFFFFFFF, 1, 0, 0},
-        {0x10, 1, std::size_t{7} << 29, 0x10, 8},
-        {0xFFFFFFF8, 0, (std::size_t{5} << 29) + 1, 0, 6},
-    };
-    for (const auto& row : table) {
-        SHA1_State state{row.low, row.high, {}, {}};
-        iterated::count(state, row.length);
-        EXPECT_EQ(state.bitCountLow, row.newLow) << row.length;
-        EXPECT_EQ(state.bitCountHigh, row.newHigh) << row.length;
+    const std::pair<std::uint64_t, std::size_t> table[] = {
+        {0xFFFFFE00, 128}, {~std::uint64_t{7}, 1}, {0x100000010, std::size_t{7} << 29}, {0xFFFFFFF8, (std::size_t{5} << 29) + 1}};
+    for (const auto& [bits, length] : table) {
+        SHA1_State state{static_cast<std::uint32_t>(bits), static_cast<std::uint32_t>(bits >> 32), {}, {}};
+        iterated::count(state, length);
+        EXPECT_EQ(std::uint64_t{state.bitCountHigh} << 32 | state.bitCountLow, bits + 8 * std::uint64_t{length}) << length;
     }
 }
 

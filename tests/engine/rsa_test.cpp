@@ -1,5 +1,6 @@
 // RSA of the engine against OpenSSL, both ways.
 #include "engine/calls.h"
+#include "engine/der/der.h"
 #include "engine/frame/context.h"
 #include "engine/peer.h"
 #include "engine/rsa/rsa.h"
@@ -99,6 +100,7 @@ TEST(Rsa, OpensslDecryptsOursAndWeDecryptOpenssls)
         const std::string tooLong(static_cast<std::size_t>(row.longest) + 1, 'm'), shorter(row.bits / 8 - 1, 'c');
         EXPECT_EQ(cipher(true, row.id, 6, key.publicBlob, tooLong, out), 3110);
         EXPECT_EQ(cipher(false, row.id, 7, key.privateBlob, shorter, out), 2114);
+        EXPECT_EQ(cipher(true, row.id, 3, key.publicBlob, "m", out), 1104);                    // the mode of SEED
         EXPECT_EQ(cipher(true, row.id, 6, key.publicBlob, std::string(1001, 'm'), out), 2101); // more than the buffer holds
         if (row.id > 13000) {
             EXPECT_EQ(cipher(true, row.id, 7, key.privateBlob, "m", out), 3110);
@@ -245,6 +247,25 @@ TEST(Rsa, BadOaepAndPssAreRefused)
     EXPECT_EQ(verify(121401, key.publicBlob, message, signature.substr(1)), 3116);
 }
 
+// X.690, 8.3. A number is read without its sign.
+TEST(Der, IntegersAreWrittenInTwosComplement)
+{
+    const std::pair<int, const char*> table[] = {{0, "020100"},    {127, "02017f"},    {128, "02020080"}, {-1, "0201ff"},
+                                                 {-128, "020180"}, {-129, "0202ff7f"}, {-256, "0202ff00"}};
+    for (const auto& [value, octets] : table) {
+        ZIRC_BN number, back;
+        unsigned char out[4];
+        DerWriter writer{out, 4};
+        bnSetWord(number, static_cast<unsigned>(std::abs(value)));
+        number.neg = value < 0;
+        derWriteInteger(writer, number);
+        EXPECT_EQ(hex(text(out, static_cast<std::size_t>(writer.length))), octets);
+        DerReader reader(out, writer.length);
+        derReadInteger(reader, back);
+        EXPECT_TRUE(bnIsEqual(back, number)) << value;
+    }
+}
+
 TEST(Rsa, BadBlobsAreRefused)
 {
     const Key& key = keyOf(512);
@@ -281,6 +302,10 @@ TEST(Rsa, BadBlobsAreRefused)
         {"an indefinite form without end", false, "3080" + n + seven, false},
         {"lengths that are not minimal", false, "3082000E" + n.substr(0, 2) + "8108C000000000000001" + "020103", true},
         {"another tag", false, "31{" + n + seven + "}", false},
+        {"a tag number in the form for high ones", false, "3F100F" + n + seven, true},
+        {"a tag number above 30", false, "3F820F0F" + n + seven, false},
+        {"a tag number that is 16 in its low 32 bits", false, "3F90808080100F" + n + seven, false},
+        {"a tag number without end", false, "3F90", false},
         {"a byte left", false, "30{" + n + seven + "00}", false},
         {"one number", false, "30{" + n + "}", false},
         {"a zero modulus", false, "30{020100" + seven + "}", false},
@@ -397,9 +422,39 @@ TEST(Rsa, NumbersAreBelowTheModulus)
     BN_add_word(least, 1);
     const std::string blob = blobWith(keyOf(1024), "n", least);
     for (int i = 0; i < 32; ++i) {
-        ASSERT_EQ(sign(121401, blob, std::to_string(i), signature), 0);
+        ASSERT_EQ(sign(121401, blob, std::to_string(i), signature, true), 0);
         EXPECT_LT(BN_cmp(Peer(signature), least), 0);
     }
+}
+
+// A result that is right modulo one prime only gives the other away.
+TEST(Rsa, AWrongCrtResultStaysInside)
+{
+    const Key& key = keyOf(1024);
+    const std::string wrong = blobWith(key, "rsa-exponent1", Peer("other"));
+    const std::pair<std::string, int> table[] = {
+        {wrong, 3110},
+        {blobWith(key, "e", Peer("\5")), 3110},
+        {blobWith(key, "e", Peer()), 0},        // nothing to verify with
+        {blobWith(key, "d", Peer("other")), 0}, // which is not used
+    };
+    std::string out, cipherText[2];
+    ASSERT_EQ(cipher(true, 12001, 6, key.publicBlob, "m", cipherText[0]), 0);
+    ASSERT_EQ(cipher(true, 13101, 6, key.publicBlob, "m", cipherText[1]), 0);
+    for (const auto& [blob, code] : table) {
+        SCOPED_TRACE(&blob - &table[0].first);
+        for (const int id : {121401, 131401}) EXPECT_EQ(sign(id, blob, "m", out), code);
+        EXPECT_EQ(cipher(true, 12001, 7, blob, "m", out), code);
+        EXPECT_EQ(cipher(false, 12001, 7, blob, cipherText[0], out), code);
+        EXPECT_EQ(cipher(false, 13101, 7, blob, cipherText[1], out), code);
+    }
+    ZIRC_RsaKey read;
+    Buffer result(128);
+    ASSERT_EQ(rsaReadPrivateKey(read, at(wrong), size(wrong)), 0);
+    EXPECT_EQ(rsaPrivateEncrypt(read, result.data(), at(wrong), 20), -1);
+    EXPECT_EQ(result, Buffer(128));
+    EXPECT_EQ(sign(121401, wrong, "m", out, true), 0); // whose caller verifies it
+    EXPECT_EQ(verify(121401, key.publicBlob, "m", out), 3116);
 }
 
 TEST(Rsa, GeneratedKeysAreValidForOpenssl)

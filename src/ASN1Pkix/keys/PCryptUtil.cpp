@@ -14,10 +14,12 @@ int PCryptUtil::verifySignatureWithCert(ByteString& certificate, ByteString& pri
 {
     constexpr unsigned char isCertificate = 1;
     constexpr int withoutPss = 0;
+    constexpr bool isVerifiedNext = true;
     ByteString text(textToSign, static_cast<int>(std::strlen(textToSign))), signature;
     if (text.isOutOfMemory()) return failMemory(*this, 1, "privateKey");
     PPrivateKey privateKey;
-    if (privateKey.genSignature(privateKeyInfo, vnSha1, text, signature, &certificate, isCertificate, withoutPss) > 0) {
+    if (privateKey.genSignature(privateKeyInfo, vnSha1, text, signature, &certificate, isCertificate, withoutPss, isVerifiedNext) >
+        0) {
         return fail(*this, 1, "privateKey", privateKey);
     }
     PPublicKey publicKey;

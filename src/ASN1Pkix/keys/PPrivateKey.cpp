@@ -41,7 +41,7 @@ int PPrivateKey::flattenKcdsa(int* keyCode, ByteString& privateKey, ByteString& 
 // ---- signing ----
 
 int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteString& data, ByteString& signature,
-                              ByteString* publicKeySource, unsigned char sourceIsCertificate, int pss)
+                              ByteString* publicKeySource, unsigned char sourceIsCertificate, int pss, bool isVerifiedNext)
 {
     RPrivateKeyInfo key;
     if (key.fromASN1Object(privateKeyInfo) > 0) return fail(*this, badPrivateKeyInfo, "privateKeyInfo", key);
@@ -61,7 +61,8 @@ int PPrivateKey::genSignature(ByteString& privateKeyInfo, int hashAlg, ByteStrin
     const int signAlg = signatureCode(keyCode, hashAlg, isPss);
     if (signAlg == 0) return refuseSignature(*this, privateSide, keyCode, hashAlg, isPss);
     VNSign sign;
-    return sign.SignData(signAlg, flatKey, data, signature) > 0 ? fail(*this, 30, "sign.SignData()", sign) : 0;
+    if (sign.SignData(signAlg, flatKey, data, signature, isVerifiedNext) > 0) return fail(*this, 30, "sign.SignData()", sign);
+    return 0;
 }
 
 int PPrivateKey::fetchPublicKey(ByteString* source, bool isCertificate, ByteString& publicKey)

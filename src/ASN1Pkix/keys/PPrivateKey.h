@@ -17,9 +17,10 @@ public:
     static constexpr int badPrivateKeyInfo = 4108;
 
     // A KCDSA key needs its public key, too. It is taken from `publicKeySource`: with `sourceIsCertificate` 1 a certificate in
-    // DER, otherwise a SubjectPublicKeyInfo. For an RSA key it may be null. 1 in `pss` asks for RSA-PSS.
+    // DER, otherwise a SubjectPublicKeyInfo. For an RSA key it may be null. 1 in `pss` asks for RSA-PSS. With `isVerifiedNext` the
+    // caller verifies the signature before anybody else gets it, so that nobody does it twice.
     int genSignature(ByteString& privateKeyInfo, int hashAlg, ByteString& data, ByteString& signature, ByteString* publicKeySource,
-                     unsigned char sourceIsCertificate, int pss);
+                     unsigned char sourceIsCertificate, int pss, bool isVerifiedNext = false);
 
     // Gives the facade's code of the key, for KCDSA of its signatures, and the flat key, which is the form that the engine takes.
     // `oid` and `parameters` are those of the key's algorithm, `privateKey` is the content of the OCTET STRING, `publicKey`, for

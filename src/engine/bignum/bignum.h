@@ -39,7 +39,8 @@ int bnBits(const ZIRC_BN& a);                        // length of the magnitude 
 bool bnTestBit(const ZIRC_BN& a, int n);             // bit n; false for a negative n and beyond `top`
 bool bnMaskBits(ZIRC_BN& a, int n);                  // keeps the low n bits; false, and a unchanged, if there is no word n / 32
 int bnToBytes(unsigned char* out, const ZIRC_BN& a); // as few bytes as it takes, high byte first; their count, 0 for zero
-void bnToBytesFixed(unsigned char* out, const ZIRC_BN& a, int n); // n bytes, zeros in front; nothing if a needs more
+void bnToBytesFixed(unsigned char* out, const ZIRC_BN& a, int n); // n bytes, zeros in front; nothing if a needs more. Its time
+                                                                  // depends on n and the count of words, not on their bits
 void bnFromBytes(ZIRC_BN& r, const unsigned char* data, int n);   // high byte first; of more than 600 bytes the last 600,
                                                                   // so callers refuse longer data; below 1 gives zero
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/bignum/rows.h"
+#include "engine/masks.h"
 
 #include <algorithm>
 
@@ -22,17 +23,19 @@ template <int bits, class Limb> void toLimbs(Limb* limbs, std::size_t n, const Z
     for (std::size_t i = 0; i < n; ++i) limbs[i] = static_cast<Limb>(bitsAt(a, i * bits) & (~std::uint64_t{0} >> (64 - bits)));
 }
 
-// The reverse, into `words` words.
+// The reverse, into `words` words. The limbs may be secret: its time depends on the lengths alone.
 template <int bits, class Limb> void fromLimbs(ZIRC_BN& r, std::size_t words, const Limb* limbs, std::size_t n)
 {
+    std::uint32_t top = 0;
     for (std::size_t i = 0; i < words; ++i) {
         const std::size_t first = 32 * i / bits, shift = 32 * i % bits;
         std::uint64_t word = static_cast<std::uint64_t>(limbs[first]) >> shift;
         if (shift + 32 > bits && first + 1 < n) word |= static_cast<std::uint64_t>(limbs[first + 1]) << (bits - shift);
         r.d[i] = static_cast<std::uint32_t>(word);
+        top = choose(isZero(r.d[i]), top, static_cast<std::uint32_t>(i + 1));
     }
     r.neg = 0;
-    setLength(r, words);
+    r.top = static_cast<std::int32_t>(top);
 }
 
 // -1 / N modulo 2^bits, of the lowest limb of an odd N. N is its own inverse modulo 8, so it has three correct bits; each step
@@ -42,13 +45,6 @@ template <class Limb> Limb negativeInverse(Limb N)
     Limb inverse = N;
     for (int right = 3; right < std::numeric_limits<Limb>::digits; right *= 2) inverse *= 2 - N * inverse;
     return Limb{0} - inverse;
-}
-
-// Keeps the compiler from turning a mask back into a branch.
-template <class Word> Word hidden(Word mask)
-{
-    __asm__("" : "+r"(mask));
-    return mask;
 }
 
 } // namespace vrno

@@ -130,10 +130,11 @@ int bnToBytes(unsigned char* out, const ZIRC_BN& a)
 
 void bnToBytesFixed(unsigned char* out, const ZIRC_BN& a, int n)
 {
-    const int needed = (bnBits(a) + 7) / 8;
-    if (n <= 0 || needed > n) return;
-    std::memset(out, 0, static_cast<std::size_t>(n - needed));
-    for (int i = 0; i < needed; ++i) out[n - 1 - i] = static_cast<unsigned char>(a.d[i / 4] >> (i % 4 * 8));
+    if (n <= 0 || (bnBits(a) + 7) / 8 > n) return;
+    for (int i = 0; i < n; ++i) {
+        const std::uint32_t word = i / 4 < a.top ? a.d[i / 4] : 0;
+        out[n - 1 - i] = static_cast<unsigned char>(word >> (i % 4 * 8));
+    }
 }
 
 void bnFromBytes(ZIRC_BN& r, const unsigned char* data, int n)

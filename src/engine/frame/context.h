@@ -94,6 +94,7 @@ struct ZIRC_Context : ZIRC_State {
     int nBuffered = 0;                // bytes in stagingBuffer
     int nError = ZIRC_OK;             // last base code
     bool hasPrivateKey = false;       // keyPair was made for one
+    bool isVerifiedNext = false;      // the caller of a signature verifies it
     std::unique_ptr<KeyPair> keyPair; // null before a slot has read a key
 
     ZIRC_Context() {}

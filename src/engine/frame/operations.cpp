@@ -139,11 +139,14 @@ int ZIRC_VerifyFinal(ZIRC_Context& context, const unsigned char* key, int keyLen
 }
 
 int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
-                  const unsigned char* input, int inputLength)
+                  const unsigned char* input, int inputLength, bool isVerifiedNext)
 {
     return stages([&](auto& c) { return ZIRC_SignInit(c, key, keyLength, nAlgID); },
                   [&](auto& c) { return ZIRC_DigestUpdate(c, input, inputLength); },
-                  [&](auto& c) { return ZIRC_SignFinal(c, key, keyLength, output, outputLength); });
+                  [&](auto& c) {
+                      c.isVerifiedNext = isVerifiedNext;
+                      return ZIRC_SignFinal(c, key, keyLength, output, outputLength);
+                  });
 }
 
 int ZIRC_VerifyData(const unsigned char* key, int keyLength, int nAlgID, const unsigned char* signature, int signatureLength,

@@ -35,7 +35,8 @@ int pkcs1Cipher(ZIRC_Context& context, int mode, unsigned char* output, int* out
 
 int pkcs1Sign(ZIRC_Context& context, unsigned char* output, int* outputLength)
 {
-    const int length = rsaPrivateEncrypt(context.keyPair->rsa, output, context.stagingBuffer, context.nBuffered);
+    const Routine run = context.isVerifiedNext ? rsaPrivateEncryptUnverified : rsaPrivateEncrypt;
+    const int length = run(context.keyPair->rsa, output, context.stagingBuffer, context.nBuffered);
     return outputResult(context, length, outputLength);
 }
 

@@ -73,9 +73,11 @@ int ZIRC_GenerateMAC(const unsigned char* key, int keyLength, int nAlgID, unsign
 int ZIRC_ChainMAC(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
                   const unsigned char* firstLinks, int linksLength, int furtherLinks);
 
-// The room of the output is not checked: it must hold the modulus, or the DER of a KCDSA signature.
+// The room of the output is not checked: it must hold the modulus, or the DER of a KCDSA signature. A signature with the primes
+// of an RSA key is verified with the public exponent of the key, and fails in Final if it does not hold. With `isVerifiedNext`
+// that may be left out, since the caller verifies the signature before anybody else gets it.
 int ZIRC_SignData(const unsigned char* key, int keyLength, int nAlgID, unsigned char* output, int* outputLength,
-                  const unsigned char* input, int inputLength);
+                  const unsigned char* input, int inputLength, bool isVerifiedNext = false);
 int ZIRC_VerifyData(const unsigned char* key, int keyLength, int nAlgID, const unsigned char* signature, int signatureLength,
                     const unsigned char* input, int inputLength);
 

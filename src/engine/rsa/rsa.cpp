@@ -6,6 +6,7 @@
 #include "engine/digest/hash_id.h"
 #include "engine/digest/md5.h"
 #include "engine/digest/sha1.h"
+#include "engine/masks.h"
 #include "engine/random/random.h"
 
 #include <algorithm>
@@ -19,7 +20,11 @@ int modulusBytes(const ZIRC_RsaKey& key) { return (bnBits(key.n) + 7) / 8; }
 
 using SecretBytes = SecretArea<rsaMaxBytes + 64>;
 
-void rsaPublicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x) { bnModExpReduced(result, x, key.e, key.n); }
+bool rsaPublicOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    bnModExpReduced(result, x, key.e, key.n);
+    return true;
+}
 
 // Adds one more prime to a result of the Chinese remainder theorem: result += product * ((m - result) * coefficient mod prime).
 void crtAddPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, const ZIRC_BN& prime, const ZIRC_BN& product)
@@ -32,12 +37,9 @@ void crtAddPrime(ZIRC_BN& result, const ZIRC_BN& m, const ZIRC_BN& coefficient, 
     bnCopy(result, sum);
 }
 
-void rsaPrivateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+// By the primes.
+void rsaCrtOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
 {
-    if (bnBits(key.qInv) == 0) {
-        bnModExpSecret(result, x, key.d, key.n);
-        return;
-    }
     Temporary m, product, next;
     bnModExpSecretPair(x, result, key.dQ, key.q, m, key.dP, key.p);
     crtAddPrime(result, m, key.qInv, key.p, key.q);
@@ -52,20 +54,49 @@ void rsaPrivateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN&
     bnCopy(result, next);
 }
 
-using Operation = void (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
+bool rsaUnverifiedOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    if (rsaUsesPrimes(key)) {
+        rsaCrtOperation(key, result, x);
+    } else {
+        bnModExpSecret(result, x, key.d, key.n);
+    }
+    return true;
+}
 
-// The operation on bytes as a number; the result in `width` bytes, or -1 when it is longer or the number is not below the
-// modulus (RFC 8017, 5.1 and 5.2).
+// A result that is right modulo one prime only gives the other away (Boneh, DeMillo and Lipton 1997), so none leaves before the
+// public exponent has led back to x. A key without such an exponent has nothing to verify with.
+bool rsaPrivateOperation(const ZIRC_RsaKey& key, ZIRC_BN& result, const ZIRC_BN& x)
+{
+    rsaUnverifiedOperation(key, result, x);
+    if (!rsaUsesPrimes(key) || !rsaIsUsableExponent(key.e)) return true;
+    Temporary back;
+    rsaPublicOperation(key, back, result);
+    return bnIsEqual(back, x);
+}
+
+// Whether the result may leave.
+using Operation = bool (*)(const ZIRC_RsaKey&, ZIRC_BN&, const ZIRC_BN&);
+
+// The operation on bytes as a number; the result in `width` bytes, or -1 when it is longer or may not leave or the number is not
+// below the modulus (RFC 8017, 5.1 and 5.2).
 int rsaOperate(const ZIRC_RsaKey& key, Operation operation, unsigned char* output, int width, const unsigned char* input,
                int length)
 {
     Temporary x, result;
     bnFromBytes(x, input, length);
     if (bnCompare(x, key.n) >= 0) return -1;
-    operation(key, result, x);
-    if ((bnBits(result) + 7) / 8 > width) return -1;
+    if (!operation(key, result, x) || (bnBits(result) + 7) / 8 > width) return -1;
     bnToBytesFixed(output, result, width);
     return width;
+}
+
+// What a block of k octets holds from `at` on; -1 for an `at` of 0.
+int copyContents(unsigned char* output, const unsigned char* em, int k, int at)
+{
+    if (at == 0) return -1;
+    std::memcpy(output, em + at, static_cast<std::size_t>(k - at));
+    return k - at;
 }
 
 // ---- PKCS#1 v1.5 ----
@@ -84,20 +115,14 @@ int pkcs1Encrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type
     return rsaOperate(key, operation, output, k, em.bytes, k);
 }
 
-// What follows the padding, whose octets `isPadding` accepts; -1 for a block that is not of the type.
-template <class IsPadding>
-int pkcs1Decrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, IsPadding isPadding, unsigned char* output,
-                 const unsigned char* input, int length)
+// What follows the padding; -1 for a block that is not of the type.
+int pkcs1Decrypt(const ZIRC_RsaKey& key, Operation operation, unsigned char type, unsigned char* output, const unsigned char* input,
+                 int length)
 {
-    const int k = modulusBytes(key), emLength = k - 1; // without the leading zero
+    const int k = modulusBytes(key);
     SecretBytes em;
-    if (length != k || rsaOperate(key, operation, em.bytes, emLength, input, length) < 0 || em.bytes[0] != type) return -1;
-    int at = 1;
-    while (at < emLength && isPadding(em.bytes[at])) ++at;
-    if (at == emLength || em.bytes[at] != 0 || at - 1 < 8) return -1;
-    const int contents = emLength - at - 1;
-    std::memcpy(output, em.bytes + at + 1, static_cast<std::size_t>(contents));
-    return contents;
+    if (length != k || rsaOperate(key, operation, em.bytes, k, input, length) < 0) return -1;
+    return copyContents(output, em.bytes, k, rsaPkcs1Contents(em.bytes, k, type));
 }
 
 int fillNonZero(unsigned char* to, int length)
@@ -160,16 +185,28 @@ int rsaPrivateEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsig
     return pkcs1Encrypt(key, rsaPrivateOperation, 1, fillOnes, output, input, length);
 }
 
+int rsaPrivateEncryptUnverified(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
+{
+    return pkcs1Encrypt(key, rsaUnverifiedOperation, 1, fillOnes, output, input, length);
+}
+
 int rsaPublicDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return pkcs1Decrypt(
-        key, rsaPublicOperation, 1, [](unsigned char octet) { return octet == 0xFF; }, output, input, length);
+    return pkcs1Decrypt(key, rsaPublicOperation, 1, output, input, length);
 }
 
 int rsaPrivateDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length)
 {
-    return pkcs1Decrypt(
-        key, rsaPrivateOperation, 2, [](unsigned char octet) { return octet != 0; }, output, input, length);
+    return pkcs1Decrypt(key, rsaPrivateOperation, 2, output, input, length);
+}
+
+int rsaPkcs1Contents(const unsigned char* em, int k, unsigned char type)
+{
+    const Mask hasOnes = isEqual(type, 1);
+    const Run padding =
+        runOf(em + 2, k - 2, 1, [&](std::uint32_t octet) { return choose(hasOnes, isEqual(octet, 0xFF), ~isZero(octet)); });
+    const Mask isGood = isZero(em[0]) & isEqual(em[1], type) & isZero(padding.next) & ~isLess(padding.length, 8);
+    return static_cast<int>(isGood & (padding.length + 3));
 }
 
 int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned char* digest, int digestLength)
@@ -235,24 +272,26 @@ int rsaOaepEncrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* o
 int rsaOaepDecrypt(const ZIRC_RsaKey& key, unsigned int hashId, unsigned char* output, const unsigned char* input, int length,
                    const unsigned char* label, int labelLength)
 {
-    const int k = modulusBytes(key), emLength = k - 1, h = rsaDigestLength(hashId), dbLength = emLength - h;
-    if (length < 2 * h + 1 || length > k || dbLength < h + 1) return -1;
+    const int k = modulusBytes(key), h = rsaDigestLength(hashId);
+    if (length < 2 * h + 1 || length > k || k < 2 * h + 2) return -1;
     SecretBytes em;
-    unsigned char *const seed = em.bytes, *const db = em.bytes + h;
-    if (rsaOperate(key, rsaPrivateOperation, em.bytes, emLength, input, length) < 0) return -1;
-    mgf1Mask(hashId, seed, h, db, dbLength);
-    mgf1Mask(hashId, db, dbLength, seed, h);
     unsigned char labelDigest[20];
     rsaDigest(hashId, labelDigest, label, labelLength);
-    // One failure at the end: a caller must not learn which check failed.
-    unsigned int wrong = 0;
-    for (int i = 0; i < h; ++i) wrong |= static_cast<unsigned int>(db[i] ^ labelDigest[i]);
-    int at = h;
-    while (at < dbLength && db[at] == 0) ++at;
-    if (at == dbLength || db[at] != 0x01 || wrong != 0) return -1;
-    const int contents = dbLength - at - 1;
-    std::memcpy(output, db + at + 1, static_cast<std::size_t>(contents));
-    return contents;
+    if (rsaOperate(key, rsaPrivateOperation, em.bytes, k, input, length) < 0) return -1;
+    return copyContents(output, em.bytes, k, rsaOaepContents(em.bytes, k, hashId, labelDigest));
+}
+
+int rsaOaepContents(unsigned char* em, int k, unsigned int hashId, const unsigned char* labelDigest)
+{
+    const int h = rsaDigestLength(hashId), dbLength = k - 1 - h;
+    unsigned char *const seed = em + 1, *const db = seed + h;
+    mgf1Mask(hashId, seed, h, db, dbLength);
+    mgf1Mask(hashId, db, dbLength, seed, h);
+    std::uint32_t differences = em[0];
+    for (int i = 0; i < h; ++i) differences |= static_cast<std::uint32_t>(db[i] ^ labelDigest[i]);
+    const Run zeros = runOf(db + h, dbLength - h, 1, isZero);
+    const Mask isGood = isZero(differences) & isEqual(zeros.next, 0x01);
+    return static_cast<int>(isGood & (2 + 2 * static_cast<std::uint32_t>(h) + zeros.length));
 }
 
 // ---- PSS ----

@@ -24,6 +24,11 @@ struct ZIRC_RsaKey {
     ZIRC_BN t[2];  // their coefficients
 };
 
+// Whether the private operation takes the primes. It does not use d then.
+bool rsaUsesPrimes(const ZIRC_RsaKey& key);
+// Under an exponent of 1 the ciphertext is the plain text; under an even one it has no inverse.
+bool rsaIsUsableExponent(const ZIRC_BN& e);
+
 // ---- keys ----
 
 // Reads a blob: SEQUENCE { n, e }, or SEQUENCE { version, n, e, d, p, q, dP, dQ, qInv, otherPrimeInfos OPTIONAL }. 0, or -1
@@ -41,9 +46,13 @@ int rsaGenerateKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent);
 int rsaGenerateMultiPrimeKeyPair(ZIRC_RsaKey& key, int bits, unsigned int exponent, int primeCount);
 
 // ---- PKCS#1 v1.5: outputs have room for k bytes ----
+//
+// An operation with the primes of a private key fails if the public exponent does not lead back from its result.
 
 int rsaPublicEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length);
 int rsaPrivateEncrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length);
+// The same for a caller that verifies the result before anybody else gets it.
+int rsaPrivateEncryptUnverified(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length);
 int rsaPublicDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length);
 int rsaPrivateDecrypt(const ZIRC_RsaKey& key, unsigned char* output, const unsigned char* input, int length);
 
@@ -52,6 +61,12 @@ int rsaVerifyPkcs1(const ZIRC_RsaKey& key, const unsigned char* digestInfo, int 
                    int signatureLength);
 // The DigestInfo of a digest: prefix and digest, at most 35 bytes. The digest may lie at the front of the output.
 int rsaDigestInfo(unsigned char* output, unsigned int hashId, const unsigned char* digest, int digestLength);
+
+// Where the contents of a decrypted block of k octets begin; 0 for a block that is not of the type. The time of this and the next
+// depends on k alone. What its caller does with a verdict of 0 and a length may take a time of its own.
+int rsaPkcs1Contents(const unsigned char* em, int k, unsigned char type);
+// The same for OAEP, for a k above two digests and one. It takes the masks off the block.
+int rsaOaepContents(unsigned char* em, int k, unsigned int hashId, const unsigned char* labelDigest);
 
 // ---- OAEP and PSS; hashId as ZIRC_HashId ----
 

@@ -18,24 +18,18 @@ bool isOddModulus(const ZIRC_BN& a) { return isOdd(a) && !isOne(a) && bnBits(a) 
 
 template <class... Number> bool fitRsa(const Number&... numbers) { return ((bnBits(numbers) <= rsaMaxBits) && ...); }
 
-// Whether an operation takes the primes. It does not use d then.
-bool usesPrimes(const ZIRC_RsaKey& key) { return !bnIsZero(key.qInv); }
-
 // The conditions on a private key but for those on its primes. A d may be somewhat longer than the modulus, as some programs
 // write it; the length that is used bounds the time of an operation.
 bool isUsableRsaKey(const ZIRC_RsaKey& key)
 {
-    const bool isExponentUsable = usesPrimes(key) || bnBits(key.d) <= rsaMaxBits + 64;
+    const bool isExponentUsable = rsaUsesPrimes(key) || bnBits(key.d) <= rsaMaxBits + 64;
     return isOddModulus(key.n) && isExponentUsable && fitRsa(key.e, key.p, key.q, key.dP, key.dQ, key.qInv);
 }
-
-// Under an exponent of 1 the ciphertext is the plain text; under an even one it has no inverse.
-bool isUsableExponent(const ZIRC_BN& e) { return isOdd(e) && !isOne(e) && fitRsa(e); }
 
 // Primes that are used have as many bits together as the modulus; a product may have fewer, by one for each factor.
 bool rsaPrimesFit(const ZIRC_RsaKey& key)
 {
-    if (!usesPrimes(key)) return true;
+    if (!rsaUsesPrimes(key)) return true;
     int bits = bnBits(key.p) + bnBits(key.q);
     bool usable = isOddModulus(key.p) && isOddModulus(key.q);
     for (int i = 0; i < key.nPrimes - 2; ++i) {
@@ -61,6 +55,10 @@ void rsaReadOtherPrimes(DerReader& reader, ZIRC_RsaKey& key)
 
 } // namespace
 
+bool rsaUsesPrimes(const ZIRC_RsaKey& key) { return !bnIsZero(key.qInv); }
+
+bool rsaIsUsableExponent(const ZIRC_BN& e) { return isOdd(e) && !isOne(e) && fitRsa(e); }
+
 int rsaReadPublicKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
 {
     DerReader reader(blob, length);
@@ -68,7 +66,7 @@ int rsaReadPublicKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)
     derReadInteger(reader, key.n);
     derReadInteger(reader, key.e);
     derFinish(reader, sequence);
-    return !reader.failed && isOddModulus(key.n) && isUsableExponent(key.e) ? 0 : -1;
+    return !reader.failed && isOddModulus(key.n) && rsaIsUsableExponent(key.e) ? 0 : -1;
 }
 
 int rsaReadPrivateKey(ZIRC_RsaKey& key, const unsigned char* blob, int length)

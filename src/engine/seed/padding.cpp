@@ -1,7 +1,9 @@
 #include "engine/seed/padding.h"
 
+#include "engine/masks.h"
 #include "engine/random/random.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vrno {
@@ -45,48 +47,53 @@ int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintTyp
     return 0;
 }
 
-// Removes `count` bytes, all of which must be `value`.
-static int removeChecked(unsigned char* data, int* length, int count, unsigned char value)
+static int asResult(std::uint32_t value) { return static_cast<int>(value); }
+static std::uint32_t asValue(int result) { return static_cast<std::uint32_t>(result); }
+
+// Padding whose octets all have the value `count` - `less`.
+static int countedPadding(const unsigned char* data, int length, int blockLength, std::uint32_t less)
 {
-    if (count > *length) return -2;
-    unsigned char* const padding = data + *length - count;
-    for (int i = 0; i < count; ++i) {
-        if (padding[i] != value) return -2;
+    const std::uint32_t last = data[length - 1], count = last + less;
+    const Mask isCount = ~isZero(count) & ~isLess(asValue(blockLength), count);
+    std::uint32_t wrong = isLess(asValue(length), count);
+    for (int i = 0; i < std::min(length, blockLength); ++i) {
+        wrong |= isLess(asValue(i), count) & (data[length - 1 - i] ^ last);
     }
-    fill(padding, 0, count);
-    *length -= count;
-    return 0;
+    const std::uint32_t ofOctets = choose(isZero(wrong & 0xFF), count, asValue(-2));
+    return asResult(choose(isCount, ofOctets, asValue(-1)));
 }
 
-// Removes zeros and the 0x80 in front of them.
-static int removeBitPadding(unsigned char* data, int* length)
+// Zeros and the 0x80 in front of them.
+static int bitPadding(const unsigned char* data, int length)
 {
-    int end = *length;
-    while (end > 0 && data[end - 1] == 0) --end;
-    if (end == 0 || data[end - 1] != 0x80) return -1;
-    data[end - 1] = 0;
-    *length = end - 1;
-    return 0;
+    const Run zeros = runOf(data + length - 1, length, -1, isZero);
+    return asResult(choose(isEqual(zeros.next, 0x80), zeros.length + 1, asValue(-1)));
+}
+
+int paddingLength(const unsigned char* data, int length, int blockLength, int nPaddintType)
+{
+    switch (nPaddintType) {
+    case ZIRC_PAD_BIT:
+        return bitPadding(data, length);
+    case ZIRC_PAD_LENGTH:
+    case ZIRC_PAD_LENGTH + 1:
+        return countedPadding(data, length, blockLength, 0);
+    case ZIRC_PAD_LENGTH_MINUS_ONE:
+    case ZIRC_PAD_LENGTH_MINUS_ONE + 1:
+        return countedPadding(data, length, blockLength, 1);
+    default:
+        return 0;
+    }
 }
 
 int unpadBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType)
 {
-    if (nPaddintType == ZIRC_PAD_NONE || *length < 1) return 0;
-    const unsigned char last = data[*length - 1];
-    switch (nPaddintType) {
-    case ZIRC_PAD_BIT:
-        return removeBitPadding(data, length);
-    case ZIRC_PAD_LENGTH:
-    case ZIRC_PAD_LENGTH + 1:
-        if (last < 1 || last > blockLength) return -1;
-        return removeChecked(data, length, last, last);
-    case ZIRC_PAD_LENGTH_MINUS_ONE:
-    case ZIRC_PAD_LENGTH_MINUS_ONE + 1:
-        if (last > blockLength - 1) return -1;
-        return removeChecked(data, length, last + 1, last);
-    default:
-        return last;
-    }
+    if (*length < 1) return 0;
+    const int count = paddingLength(data, *length, blockLength, nPaddintType);
+    if (count < 0) return count;
+    *length -= count;
+    fill(data + *length, 0, count);
+    return 0;
 }
 
 } // namespace vrno

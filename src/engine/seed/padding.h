@@ -13,4 +13,8 @@ int padBuffer(unsigned char* data, int* length, int blockLength, int nPaddintTyp
 // are not removed change nothing.
 int unpadBuffer(unsigned char* data, int* length, int blockLength, int nPaddintType);
 
+// The number of octets that unpadBuffer removes, or its negative result, for data of at least one octet. Its time depends on the
+// lengths and the kind alone.
+int paddingLength(const unsigned char* data, int length, int blockLength, int nPaddintType);
+
 } // namespace vrno
