@@ -12,7 +12,6 @@
 #include <valgrind/memcheck.h>
 
 #include <algorithm>
-#include <array>
 #include <random>
 
 using namespace vrno;
@@ -26,18 +25,14 @@ struct ConstantTime : testing::Test {
     }
 };
 
-// The reports of a run with the secret marked. What it gives is as secret, and the same as without marks.
+// The reports of a run with the secret marked. Its results are as secret, and nobody looks at them.
 template <class Run> unsigned reports(void* secret, std::size_t length, Run run)
 {
-    const auto expected = run();
     const unsigned before = VALGRIND_COUNT_ERRORS;
     VALGRIND_MAKE_MEM_UNDEFINED(secret, length);
-    auto result = run();
-    const unsigned count = VALGRIND_COUNT_ERRORS - before;
+    run();
     VALGRIND_MAKE_MEM_DEFINED(secret, length);
-    VALGRIND_MAKE_MEM_DEFINED(&result, sizeof result);
-    EXPECT_EQ(result, expected);
-    return count;
+    return VALGRIND_COUNT_ERRORS - before;
 }
 
 ZIRC_BN number(int words)
@@ -48,18 +43,6 @@ ZIRC_BN number(int words)
     return a;
 }
 
-// The exponent's top word has no mark, since its length is no secret.
-template <class Power> unsigned reportsOfPower(ZIRC_BN& p, Power power)
-{
-    return reports(p.d, 4 * static_cast<std::size_t>(p.top - 1), [&] {
-        ZIRC_BN r;
-        power(r);
-        std::array<std::uint32_t, 32> words;
-        std::copy_n(r.d, 32, words.begin());
-        return words;
-    });
-}
-
 } // namespace
 
 TEST_F(ConstantTime, PowersDoNotDependOnTheExponent)
@@ -67,33 +50,32 @@ TEST_F(ConstantTime, PowersDoNotDependOnTheExponent)
     const ZIRC_BN a = number(31), m = number(32), otherM = number(32);
     for (const int words : {2, 5, 32}) { // with windows of 3, 4 and 5 bits
         SCOPED_TRACE(words);
-        ZIRC_BN p = number(words), other;
+        ZIRC_BN p = number(words), r, other;
+        const std::size_t marked = 4 * static_cast<std::size_t>(words - 1); // not the top word, since the length is no secret
         for (const Kernel<ModExpFunction>& kernel : modExpKernels) {
             if (!cpuHas(kernel.needs)) continue;
-            EXPECT_EQ(reportsOfPower(p, [&](ZIRC_BN& r) { kernel.run(r, a, p, m, true); }), 0U) << kernel.name;
+            EXPECT_EQ(reports(p.d, marked, [&] { kernel.run(r, a, p, m, true); }), 0U) << kernel.name;
         }
-        EXPECT_EQ(reportsOfPower(p, [&](ZIRC_BN& r) { bnModExpSecret(r, a, p, m); }), 0U);
-        EXPECT_EQ(reportsOfPower(p, [&](ZIRC_BN& r) { bnModExpSecretPair(a, r, p, m, other, p, otherM); }), 0U);
+        EXPECT_EQ(reports(p.d, marked, [&] { bnModExpSecret(r, a, p, m); }), 0U);
+        EXPECT_EQ(reports(p.d, marked, [&] { bnModExpSecretPair(a, r, p, m, other, p, otherM); }), 0U);
         // A public exponent shows that the marks are seen.
-        EXPECT_GT(reportsOfPower(p, [&](ZIRC_BN& r) { bnModExp(r, a, p, m); }), 0U);
+        EXPECT_GT(reports(p.d, marked, [&] { bnModExp(r, a, p, m); }), 0U);
     }
 }
 
 TEST_F(ConstantTime, MacsDoNotDependOnTheKey)
 {
-    unsigned char key[65] = "a key of some length";
+    unsigned char key[65] = "a key of some length", out[60];
     const unsigned char links[60] = "the first links of three chains";
     for (const std::size_t length : {20U, 65U}) { // as it is, and its digest
         for (const auto& kernel : sha1ChainKernels) {
             if (!cpuHas(kernel.needs)) continue;
             const auto macs = [&] {
                 HMAC_State state;
-                std::array<unsigned char, 80> out;
                 HMAC_Init(state, key, length);
-                kernel.run(state.sha1.h, state.outer.h, out.data(), links, 3, 4);
+                kernel.run(state.sha1.h, state.outer.h, out, links, 3, 4);
                 HMAC_Update(state, links, sizeof links);
-                HMAC_Final(state, &out[60]);
-                return out;
+                HMAC_Final(state, out);
             };
             EXPECT_EQ(reports(key, sizeof key, macs), 0U) << kernel.name;
         }
@@ -103,22 +85,18 @@ TEST_F(ConstantTime, MacsDoNotDependOnTheKey)
 TEST_F(ConstantTime, PaddingsAreRemovedWithoutABranchOnTheirOctets)
 {
     const unsigned char label[20] = {};
-    for (const auto count :
-         std::array<unsigned char, 4>{0, 8, 16, 126}) { // octets of padding, which are too few, enough or too many
-        SCOPED_TRACE(int{count});
+    for (const int count : {0, 8, 16, 126}) { // octets of padding, which are too few, enough or too many
+        SCOPED_TRACE(count);
+        const auto octet = static_cast<unsigned char>(count);
         unsigned char block[128] = {0, 2};
-        std::fill_n(block + 2, count, count);
-        std::fill(block + 128 - count % 100, block + 128, count);
+        std::fill_n(block + 2, count, octet);
+        std::fill(block + 128 - count % 100, block + 128, octet);
         for (const int kind : {ZIRC_PAD_BIT, ZIRC_PAD_LENGTH, ZIRC_PAD_LENGTH_MINUS_ONE}) {
-            EXPECT_EQ(reports(block, 128, [&] { return paddingLength(block, 128, 16, kind); }), 0U) << kind;
+            EXPECT_EQ(reports(block, 128, [&] { paddingLength(block, 128, 16, kind); }), 0U) << kind;
         }
-        EXPECT_EQ(reports(block, 128, [&] { return rsaPkcs1Contents(block, 128, 1); }), 0U);
-        EXPECT_EQ(reports(block, 128, [&] { return rsaPkcs1Contents(block, 128, 2); }), 0U);
-        const auto oaep = [&] {
-            std::array<unsigned char, 128> copy = std::to_array(block);
-            return rsaOaepContents(copy.data(), 128, hashSha1, label);
-        };
-        EXPECT_EQ(reports(block, 128, oaep), 0U);
+        EXPECT_EQ(reports(block, 128, [&] { rsaPkcs1Contents(block, 128, 1); }), 0U);
+        EXPECT_EQ(reports(block, 128, [&] { rsaPkcs1Contents(block, 128, 2); }), 0U);
+        EXPECT_EQ(reports(block, 128, [&] { rsaOaepContents(block, 128, hashSha1, label); }), 0U);
     }
 }
 #endif
