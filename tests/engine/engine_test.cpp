@@ -165,56 +165,29 @@ TEST(Seed, PiecesOfEverySizeGiveTheWholeMessage)
     }
 }
 
-TEST(Seed, PaddingsFillTheBlockAndAreRemoved)
+TEST(Seed, PaddingsFillTheBlockAndOnlyTheyAreRemoved)
 {
-    const struct {
-        int id, length;
-        const char* filled; // what follows the data; null for random bytes
-        int remaining;      // bytes after the removal
-    } table[] = {
-        {0, 16, "", 16},
-        {0, 0, "", 0},
-        {2, 5, nullptr, 16},
-        {3, 5, "0000000000000000000000", 16},
-        {3, 16, "00000000000000000000000000000000", 32},
-        {4, 5, "8000000000000000000000", 5},
-        {4, 16, "80000000000000000000000000000000", 16},
-        {5, 14, "5555", 16},
-        {6, 14, "FFFF", 16},
-        {8, 5, "0B0B0B0B0B0B0B0B0B0B0B", 5},
-        {9, 16, "10101010101010101010101010101010", 16},
-        {10, 15, "00", 15},
-        {10, 16, "0F0F0F0F0F0F0F0F0F0F0F0F0F0F0F0F", 16},
-        {11, 5, "0A0A0A0A0A0A0A0A0A0A0A", 5},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(std::to_string(row.id) + " " + std::to_string(row.length));
-        Buffer data(static_cast<std::size_t>(row.length) + 16, 'd');
-        int length = row.length;
-        ASSERT_EQ(padBuffer(data.data(), &length, 16, row.id), 0);
-        const std::string filled = text(&data[static_cast<std::size_t>(row.length)], static_cast<std::size_t>(length - row.length));
-        EXPECT_TRUE(!row.filled || filled == der(row.filled)) << hex(filled);
-        EXPECT_GE(unpadBuffer(data.data(), &length, 16, row.id), 0);
-        EXPECT_EQ(length, row.remaining);
-        EXPECT_EQ(text(data.data(), static_cast<std::size_t>(row.length)), std::string(static_cast<std::size_t>(row.length), 'd'));
+    for (const Case& c : cases("paddings.txt", 5)) {
+        SCOPED_TRACE(c.where);
+        const int id = std::stoi(c[0]), block = std::stoi(c[1]), given = std::stoi(c[2]);
+        const bool isDrawn = c[3] == "drawn", isRefused = c[4] == "refused";
+        const std::string plain(static_cast<std::size_t>(given), 'd');
+        Buffer data = buffer(plain + (isDrawn ? "" : der(c[3])));
+        int length = given;
+        if (!isRefused) {
+            const Buffer expected = data;
+            data.assign(plain.begin(), plain.end());
+            data.resize(plain.size() + 16);
+            ASSERT_EQ(padBuffer(data.data(), &length, block, id), 0);
+            data.resize(static_cast<std::size_t>(length));
+            EXPECT_TRUE(isDrawn || data == expected) << hex(text(data));
+        }
+        length = static_cast<int>(data.size());
+        EXPECT_EQ(unpadBuffer(data.data(), &length, block, id) < 0, isRefused);
+        if (isRefused) continue;
+        EXPECT_EQ(length, std::stoi(c[4]));
+        EXPECT_EQ(text(data).substr(0, plain.size()), plain);
     }
-}
-
-TEST(Seed, BadPaddingIsRefused)
-{
-    const std::pair<int, const char*> table[] = {{8, "00"},  {8, "11"},        {8, "0303"},  {8, "020102"}, {9, "0202FF02"},
-                                                 {10, "10"}, {10, "0101FF01"}, {11, "0001"}, {4, "0000"},   {4, "0100"}};
-    for (const auto& [id, tail] : table) {
-        std::string block = (id == 4 ? std::string(16, '\0') : std::string(16, 'x')) + der(tail);
-        Buffer data = buffer(block.substr(block.size() - 16));
-        int length = 16;
-        EXPECT_LT(unpadBuffer(data.data(), &length, 16, id), 0) << id << " " << tail;
-    }
-    unsigned char tooShort[] = {5, 5}, moreThanABlock[32];
-    int length = 2;
-    EXPECT_LT(unpadBuffer(tooShort, &length, 245, ZIRC_PAD_LENGTH), 0); // counts more bytes than there are
-    std::memset(moreThanABlock, length = 32, sizeof moreThanABlock);
-    EXPECT_LT(unpadBuffer(moreThanABlock, &length, 16, ZIRC_PAD_LENGTH), 0);
 }
 
 // ---- the frame ----
@@ -257,53 +230,31 @@ TEST(Engine, IdsOfSignaturesSelectTheirDigest)
 
 TEST(Engine, BadArgumentsOfACipherGiveTheirCodes)
 {
-    const struct {
-        const char* what;
-        void (*spoil)(SeedCall& c);
-        int encrypted, decrypted, produced = 0;
-    } table[] = {
-        {"no key", [](auto& c) { c.key = nullptr; }, 1106, 1106},
-        {"a short key", [](auto& c) { c.keyLength = 127; }, 1107, 1107},
-        {"a negative key length", [](auto& c) { c.keyLength = -1; }, 1107, 1107},
-        {"no iv", [](auto& c) { c.iv = nullptr; }, 1109, 1109},
-        {"a short iv", [](auto& c) { c.ivLength = 15; }, 1109, 1109},
-        {"mode 0", [](auto& c) { c.mode = 0; }, 1104, 1104},
-        {"the mode of public keys", [](auto& c) { c.mode = 6; }, 1104, 1104},
-        {"padding 1", [](auto& c) { c.padding = 1; }, 3101, 0, 16},
-        {"no output", [](auto& c) { c.out = nullptr; }, 2108, 2108},
-        {"no input", [](auto& c) { c.in = nullptr; }, 2108, 2108},
-        {"a negative length", [](auto& c) { c.inLength = -1; }, 2101, 2101},
-        {"the least length", [](auto& c) { c.inLength = INT_MIN; }, 2101, 2101},
-        {"a length without room for padding", [](auto& c) { c.inLength = INT_MAX - 15; }, 1101, 1101},
-        {"no room for the input", [](auto& c) { c.room = 15; }, 2103, 2103},
-        {"room without padding", [](auto& c) { c.room = 16; }, 3103, 3114},
-        {"no room for a block", [](auto& c) { c.room = c.inLength = 5; }, 3103, 2114},
-        {"no input and no padding", [](auto& c) { c.inLength = c.padding = 0; }, 0, 0, 0},
-        {"no padding", [](auto& c) { c.padding = 0; }, 0, 0, 16},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.what);
-        SeedCall forth, back;
-        row.spoil(forth);
-        row.spoil(back);
-        EXPECT_EQ(forth.encrypt(), row.encrypted);
-        EXPECT_EQ(back.decrypt(), row.decrypted);
-        EXPECT_TRUE(row.encrypted > 0 || forth.room == row.produced);
-        EXPECT_TRUE(row.decrypted > 0 || back.room == row.produced);
-    }
-}
-
-// Update writes whole chunks of 976 bytes, and Final must not write behind them.
-TEST(Engine, PaddingBehindAChunkNeedsRoom)
-{
-    for (const auto& [length, room, padding, result] :
-         {std::array{976, 976, 8, 3103}, {976, 992, 8, 0}, {977, 1008, 0, 3110}, {1952, 1952, 0, 3103}, {1952, 1968, 0, 0}}) {
-        SeedCall call(Buffer(16), Buffer(16), Buffer(static_cast<std::size_t>(length)));
-        Buffer out(static_cast<std::size_t>(room)); // of its own, so that a sanitizer sees a write behind it
-        call.out = out.data();
-        call.room = room;
-        call.padding = padding;
-        EXPECT_EQ(call.encrypt(), result) << length;
+    using Call = SeedCall;
+    const auto numbers =
+        byName<int Call::*>("keyLength, ivLength, mode, inLength, room, padding",
+                            {&Call::keyLength, &Call::ivLength, &Call::mode, &Call::inLength, &Call::room, &Call::padding});
+    const auto pointers = byName<unsigned char * Call::*>("key, iv, in, out", {&Call::key, &Call::iv, &Call::in, &Call::out});
+    for (const Case& c : cases("seedcalls.txt", 5)) {
+        for (const bool encrypts : {true, false}) {
+            SCOPED_TRACE(c.where + " " + c[0]);
+            const std::string& expected = c[encrypts ? 2 : 3];
+            Call call(Buffer(16), Buffer(16), Buffer(2000, 'd'));
+            call.inLength = 16;
+            std::istringstream words(c[1]);
+            std::string name;
+            for (int value; words >> name >> value;) {
+                if (numbers.contains(name))
+                    call.*numbers.at(name) = value;
+                else
+                    call.*pointers.at(name) = nullptr;
+            }
+            Buffer out(static_cast<std::size_t>(call.room)); // of its own, so that a sanitizer sees a write behind it
+            if (call.out) call.out = out.data();
+            const int code = encrypts ? call.encrypt() : call.decrypt();
+            EXPECT_TRUE(expected.empty() || code == std::stoi(expected)) << code;
+            EXPECT_TRUE(expected != "0" || call.room == std::stoi(c[4])) << call.room;
+        }
     }
 }
 
