@@ -2,17 +2,17 @@
 #include "engine/calls.h"
 #include "engine/der/der.h"
 #include "engine/frame/context.h"
+#include "engine/kcdsa/kcdsa.h"
 #include "engine/peer.h"
 #include "engine/rsa/rsa.h"
+#include "support/cases.h"
 #include "support/guarded.h"
+#include "support/openssl.h"
 
-#include <openssl/evp.h>
 #include <openssl/rsa.h>
-#include <openssl/x509.h>
 
 #include <algorithm>
 #include <map>
-#include <memory>
 
 using namespace vrno;
 using namespace test;
@@ -21,24 +21,13 @@ namespace {
 
 using Buffer = std::vector<unsigned char>;
 
-struct FreeKey {
-    void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
-    void operator()(EVP_PKEY_CTX* context) const { EVP_PKEY_CTX_free(context); }
-};
-
 struct Key {
-    std::unique_ptr<EVP_PKEY, FreeKey> key;
+    Owned<EVP_PKEY> key;
     std::string publicBlob, privateBlob;
 
-    explicit Key(unsigned bits) : key(EVP_RSA_gen(bits))
-    {
-        unsigned char *pub = nullptr, *priv = nullptr;
-        const int publicLength = i2d_PublicKey(key.get(), &pub), privateLength = i2d_PrivateKey(key.get(), &priv);
-        publicBlob.assign(reinterpret_cast<char*>(pub), static_cast<std::size_t>(publicLength));
-        privateBlob.assign(reinterpret_cast<char*>(priv), static_cast<std::size_t>(privateLength));
-        OPENSSL_free(pub);
-        OPENSSL_free(priv);
-    }
+    explicit Key(unsigned bits)
+        : key(EVP_RSA_gen(bits)), publicBlob(encoded(i2d_PublicKey, key.get())), privateBlob(encoded(i2d_PrivateKey, key.get()))
+    {}
 };
 
 const Key& keyOf(unsigned bits)
@@ -53,7 +42,7 @@ using Run = int (*)(EVP_PKEY_CTX*, unsigned char*, std::size_t*, const unsigned 
 // One operation of OpenSSL; empty where it fails.
 std::string openssl(const Key& key, Start start, Run run, int padding, const std::string& in, const EVP_MD* digest = nullptr)
 {
-    const std::unique_ptr<EVP_PKEY_CTX, FreeKey> context(EVP_PKEY_CTX_new(key.key.get(), nullptr));
+    const Owned<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new(key.key.get(), nullptr));
     Buffer out(512);
     std::size_t length = out.size();
     start(context.get());
@@ -147,50 +136,20 @@ TEST(Rsa, SignaturesAreThoseOfOpenssl)
     }
 }
 
-// Encoded messages under OpenSSL's bare operation. `block` repeats the last octet of its front to fill the block.
+// Encoded messages under OpenSSL's bare operation.
 TEST(Rsa, BadPaddingsAreRefused)
 {
     const Key& key = keyOf(1024);
-    const std::string digest = digestOf(EVP_sha1(), "m"), info = der("3021300906052B0E03021A05000414") + digest;
-    const auto block = [](const std::string& front, const std::string& back) {
-        return front + std::string(128 - front.size() - back.size(), front.back()) + back;
-    };
-    const struct {
-        const char* what;
-        std::string em;
-        int decrypt, check;
-    } table[] = {
-        {"a good block of type 2", block(der("0002AA"), der("00") + "m"), 0, 3116},
-        {"type 1", block(der("0001FF"), der("00") + info), 3110, 0},
-        {"a first byte that is not 0", block(der("0102AA"), der("00") + "m"), 3110, 3116},
-        {"type 2 without the zero in front", block(der("02AA"), der("00") + "m"), 3110, 3116},
-        {"type 1 without the zero in front", block(der("01FF"), der("00") + info), 3110, 3116},
-        {"type 2 behind two zeros", block(der("000002AA"), der("00") + "m"), 3110, 3116},
-        {"type 1 behind two zeros", block(der("000001FF"), der("00") + info), 3110, 3116},
-        {"type 3", block(der("0003AA"), der("00") + "m"), 3110, 3116},
-        {"no separator", block(der("0002AA"), ""), 3110, 3116},
-        {"no separator in type 1", block(der("0001FF"), ""), 3110, 3116},
-        {"seven bytes of padding", block(der("0002AAAAAAAAAAAAAA00") + "m", ""), 3110, 3116},
-        {"seven bytes of 0xFF", block(der("0001FFFFFFFFFFFFFF00") + info + der("00"), ""), 3110, 3116},
-        {"another byte in the padding", block(der("0001FF"), der("FE00") + info), 3110, 3116},
-        {"another separator", block(der("0001FF"), der("01") + info), 3110, 3116},
-        {"nothing behind the separator", block(der("0002AA"), der("00")), 0, 3116},
-        {"the digest alone", block(der("0001FF"), der("00") + digest), 3110, 0},
-        {"something behind the DigestInfo", block(der("0001FF"), der("00") + info + "more"), 3110, 0},
-        {"a DigestInfo without NULL", block(der("0001FF"), der("00301F300706052B0E03021A0414") + digest), 3110, 3116},
-        {"a length that is not minimal", block(der("0001FF"), der("00308121300906052B0E03021A05000414") + digest), 3110, 3116},
-        {"a cut digest", block(der("0001FF"), der("00") + info.substr(0, 34)), 3110, 3116},
-        {"more than a signature holds", block(der("0001FFFFFFFFFFFFFFFF00") + info + der("11"), ""), 3110, 3116},
-    };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.what);
-        ASSERT_EQ(row.em.size(), 128U);
+    for (const Case& c : cases("blocks.txt", 5)) {
+        SCOPED_TRACE(c.where + " " + c[0]);
+        const std::string front = der(c[1]), back = der(c[2]);
+        const std::string em = front + std::string(128 - front.size() - back.size(), front.back()) + back;
         std::string out;
-        const std::string forPrivate = openssl(key, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, RSA_NO_PADDING, row.em);
-        const std::string forPublic = openssl(key, EVP_PKEY_decrypt_init, EVP_PKEY_decrypt, RSA_NO_PADDING, row.em);
+        const std::string forPrivate = openssl(key, EVP_PKEY_encrypt_init, EVP_PKEY_encrypt, RSA_NO_PADDING, em);
+        const std::string forPublic = openssl(key, EVP_PKEY_decrypt_init, EVP_PKEY_decrypt, RSA_NO_PADDING, em);
         ASSERT_FALSE(forPrivate.empty() || forPublic.empty());
-        EXPECT_EQ(cipher(false, 12001, 7, key.privateBlob, forPrivate, out), row.decrypt);
-        EXPECT_EQ(verify(121401, key.publicBlob, "m", forPublic), row.check);
+        EXPECT_EQ(cipher(false, 12001, 7, key.privateBlob, forPrivate, out), std::stoi(c[3]));
+        EXPECT_EQ(verify(121401, key.publicBlob, "m", forPublic), std::stoi(c[4]));
     }
 }
 
@@ -266,83 +225,22 @@ TEST(Der, IntegersAreWrittenInTwosComplement)
     }
 }
 
-TEST(Rsa, BadBlobsAreRefused)
+TEST(Keys, BadBlobsAreRefused)
 {
-    const Key& key = keyOf(512);
-    ZIRC_RsaKey read;
-    const auto reads = [&read](bool isPrivate, const std::string& blob) {
+    const auto reads = [](const std::string& reader, const std::string& blob) {
         const Guarded copy(blob);
-        return (isPrivate ? rsaReadPrivateKey : rsaReadPublicKey)(read, copy.data(), copy.size()) == 0;
+        ZIRC_RsaKey rsa;
+        ZIRC_KcdsaKey kcdsa;
+        if (reader == "kcdsa") return kcdsaReadPrivateKey(kcdsa, copy.data(), copy.size()) == 0;
+        return (reader == "private" ? rsaReadPrivateKey : rsaReadPublicKey)(rsa, copy.data(), copy.size()) == 0;
     };
-    EXPECT_TRUE(reads(false, key.publicBlob));
-    EXPECT_TRUE(reads(true, key.privateBlob));
-    for (std::size_t length = 0; length < key.privateBlob.size(); ++length) {
-        EXPECT_FALSE(reads(true, key.privateBlob.substr(0, length)));
-        EXPECT_FALSE(reads(false, key.publicBlob.substr(0, std::min(length, key.publicBlob.size() - 1))));
+    for (const Case& c : cases("blobs.txt", 4)) {
+        SCOPED_TRACE(c.where + " " + c[1]);
+        const std::string blob = der(c[2]);
+        EXPECT_EQ(reads(c[0], blob), c[3] == "yes");
+        for (std::size_t length = 0; c[3] == "yes" && length < blob.size(); ++length)
+            EXPECT_FALSE(reads(c[0], blob.substr(0, length))) << length;
     }
-    for (std::size_t i = 0; i < key.privateBlob.size(); ++i) {
-        for (const int flip : {1, 0x80, 0xFF}) {
-            std::string changed = key.privateBlob, out;
-            changed[i] = static_cast<char>(changed[i] ^ flip);
-            if (!reads(true, changed)) continue;
-            const int code = sign(121400, changed, "m", out);
-            EXPECT_TRUE(code == 0 || code == 1107 || code == 3107 || code == 3110) << code;
-        }
-    }
-    const std::string n = "02{C000000000000001}", one = "020101", five = "020105", seven = "0203010001";
-    const std::string big = "02{" + hex(std::string(600, '\x7F')) + "}", tooBig = "02{" + hex(std::string(601, '\x7F')) + "}";
-    const struct {
-        const char* what;
-        bool isPrivate;
-        std::string blob;
-        bool taken;
-    } table[] = {
-        {"a negative number", false, "30{" + n + seven + "}", true},
-        {"the indefinite form", false, "3080" + n + seven + "0000", true},
-        {"an indefinite form without end", false, "3080" + n + seven, false},
-        {"lengths that are not minimal", false, "3082000E" + n.substr(0, 2) + "8108C000000000000001" + "020103", true},
-        {"another tag", false, "31{" + n + seven + "}", false},
-        {"a tag number in the form for high ones", false, "3F100F" + n + seven, true},
-        {"a tag number above 30", false, "3F820F0F" + n + seven, false},
-        {"a tag number that is 16 in its low 32 bits", false, "3F90808080100F" + n + seven, false},
-        {"a tag number without end", false, "3F90", false},
-        {"a byte left", false, "30{" + n + seven + "00}", false},
-        {"one number", false, "30{" + n + "}", false},
-        {"a zero modulus", false, "30{020100" + seven + "}", false},
-        {"a modulus of 1", false, "30{" + one + seven + "}", false},
-        {"an even modulus", false, "30{020106" + seven + "}", false},
-        {"an exponent of 0", false, "30{" + n + "020100}", false},
-        {"an exponent of 1", false, "30{" + n + one + "}", false},
-        {"an exponent of 2", false, "30{" + n + "020102}", false},
-        {"an exponent of 3", false, "30{" + n + "020103}", true},
-        {"an exponent of 4", false, "30{" + n + "020104}", false},
-        {"a long even exponent", false, "30{" + n + "02{" + std::string(510, '7') + "76}}", false},
-        {"a long odd exponent", false, "30{" + n + "02{" + std::string(510, '7') + "77}}", true},
-        {"an exponent beyond 2048 bits", false, "30{" + n + "02{01" + std::string(512, '7') + "}}", false},
-        {"a modulus of 4800 bits", false, "30{" + big + seven + "}", false},
-        {"a version beyond 600 bytes", true, "30{" + tooBig + n + seven + "020103 020103 020100 020100 020100 020100 020100}",
-         false},
-        {"a length of nine octets", false, "308901000000000000000F" + n + seven, false},
-        {"a number without octets", true, "30{020100 0203010001 020103 020103 0200 020100 020100 020100 020100}", false},
-        {"a negative number beyond 600 bytes", false, "30{02{" + hex(std::string(700, '\x80')) + "}" + seven + "}", false},
-        {"no primes", true, "30{020100 0203010001 020103 020103 020100 020100 020100 020100 020100}", true},
-        {"a prime of 1", true, "30{020100 0203010001 020103 020103 020101 0203010001 020100 020100 020101}", false},
-        {"primes longer than the modulus", true, "30{020100 020123 020103 020103 0203010001 0203010001 020100 020100 020101}",
-         false},
-        {"further primes under version 0", true,
-         "30{020100 02020AEF 020103 020103 02010D 020107 020105 020103 020102 30{30{02011F 020101 020101}}}", false},
-        {"further primes under version 1", true,
-         "30{020101 02020AEF 020103 020103 02010D 020107 020105 020103 020102 30{30{02011F 020101 020101}}}", true},
-        {"three further primes", true,
-         "30{020101 02020AEF 020103 020103 02010D 020107 020105 020103 020102 30{30{020103 020101 020101} 30{020103 020101 020101} "
-         "30{020103 020101 020101}}}",
-         false},
-    };
-    for (const auto& row : table) EXPECT_EQ(reads(row.isPrivate, der(row.blob)), row.taken) << row.what;
-    ASSERT_TRUE(reads(false, der("30{" + n + seven + "}")));
-    unsigned char magnitude[600];
-    EXPECT_EQ(hex({reinterpret_cast<char*>(magnitude), static_cast<std::size_t>(bnToBytes(magnitude, read.n))}),
-              "3fffffffffffffff");
 }
 
 static Peer numberOf(const Key& key, const char* name)
@@ -472,9 +370,9 @@ TEST(Rsa, GeneratedKeysAreValidForOpenssl)
         EXPECT_EQ(rsaWritePrivateKey(key, priv.data(), privateLength - 1), -1);
         ASSERT_EQ(rsaWritePrivateKey(key, priv.data(), privateLength), privateLength);
         const unsigned char* from = priv.data();
-        const std::unique_ptr<EVP_PKEY, FreeKey> read(d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &from, privateLength));
+        const Owned<EVP_PKEY> read(d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &from, privateLength));
         ASSERT_TRUE(read);
-        const std::unique_ptr<EVP_PKEY_CTX, FreeKey> context(EVP_PKEY_CTX_new(read.get(), nullptr));
+        const Owned<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new(read.get(), nullptr));
         EXPECT_TRUE(primes > 2 || EVP_PKEY_pairwise_check(context.get()) == 1);
         std::string signature;
         ASSERT_EQ(sign(121400, text(priv.data(), static_cast<std::size_t>(privateLength)), "m", signature), 0);

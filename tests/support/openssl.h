@@ -18,6 +18,7 @@ struct Freed {
     void operator()(BIO* b) const { BIO_free(b); }
     void operator()(ASN1_OBJECT* o) const { ASN1_OBJECT_free(o); }
     void operator()(EVP_PKEY* k) const { EVP_PKEY_free(k); }
+    void operator()(EVP_PKEY_CTX* c) const { EVP_PKEY_CTX_free(c); }
     void operator()(PKCS8_PRIV_KEY_INFO* p) const { PKCS8_PRIV_KEY_INFO_free(p); }
     void operator()(EVP_CIPHER* c) const { EVP_CIPHER_free(c); }
     void operator()(EVP_MD_CTX* c) const { EVP_MD_CTX_free(c); }
