@@ -1,42 +1,53 @@
 // The session cipher.
+#include "support/calls.h"
 #include "support/failing.h"
-#include "support/interface.h"
-#include "vrno.h"
 
 using namespace test;
 
-TEST(SessionCipher, KeysAreSetDrawnAndRead)
-{
+namespace {
+
+const Values values{{"key", std::string(16, 'k')}, {"iv", std::string(16, 'i')}, {"text", std::string(16, 'p')}};
+const std::string set = "VRNO_CRYPT_SetKeyAndIV 48 key iv", get = "VRNO_CRYPT_GetKeyAndIV out out out",
+                  encrypt = "VRNO_CRYPT_Encrypt text out", decrypt = "VRNO_CRYPT_Decrypt text out";
+
+struct SessionCipher : testing::Test {
+    void SetUp() override { made(set); }
+    // The output of a call that must not fail.
+    std::string made(const std::string& line, const std::string& text = values.at("text"))
+    {
+        Values all = values;
+        all["text"] = text;
+        const Result result = call(context, line, all);
+        EXPECT_EQ(result.code, 0) << line;
+        return result.output;
+    }
+
     Context context;
-    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), gotKey, gotIv, otherKey, otherIv;
-    int algorithm = 0;
-    EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 5004);
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, key, iv), 0);
-    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 0);
-    EXPECT_EQ(algorithm, 48);
-    EXPECT_EQ(gotKey.data(), key.data());
-    EXPECT_EQ(gotIv.data(), iv.data());
-    EXPECT_EQ(VRNO_CRYPT_GenKeyAndIV(context, 16), 5000);
-    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 0);
-    EXPECT_EQ(gotKey.data(), key.data()); // the old one is kept
-    ASSERT_EQ(VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED), 0);
-    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 0);
-    ASSERT_EQ(VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED), 0);
-    ASSERT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, otherKey, otherIv), 0);
-    EXPECT_EQ(gotKey.data().size(), 16U);
-    EXPECT_EQ(gotIv.data().size(), 16U);
-    EXPECT_NE(gotKey.data(), otherKey.data());
-    EXPECT_NE(gotIv.data(), otherIv.data());
     VRNO_API_CTX& fields = *context;
+};
+
+} // namespace
+
+TEST_F(SessionCipher, KeysAreSetDrawnAndRead)
+{
+    const std::string given = "48" + values.at("key") + values.at("iv");
+    EXPECT_EQ(made(get), given);
+    EXPECT_EQ(VRNO_CRYPT_GenKeyAndIV(context, 16), 5000);
+    EXPECT_EQ(made(get), given); // the old one is kept
+    std::string drawn[2];
+    for (std::string& all : drawn) {
+        ASSERT_EQ(VRNO_CRYPT_GenKeyAndIV(context, VRNO_SYM_SEED), 0);
+        all = made(get);
+        EXPECT_EQ(all.size(), 34U);
+    }
+    EXPECT_NE(drawn[0].substr(2, 16), drawn[1].substr(2, 16));
+    EXPECT_NE(drawn[0].substr(18), drawn[1].substr(18));
     fields.nSymAlg = 4001;
-    EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, gotKey, gotIv), 5000);
+    EXPECT_EQ(call(context, get).code, 5000);
 }
 
-TEST(SessionCipher, KeyAndIvAreGivenTogetherOrNotAtAll)
+TEST_F(SessionCipher, KeyAndIvAreGivenTogetherOrNotAtAll)
 {
-    Context context;
-    BinStr sessionKey(std::string(16, 'k')), iv(std::string(16, 'i'));
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, sessionKey, iv), 0);
     int failures = 0;
     for (long number = 1;; ++number) {
         BinStr gotKey("old key"), gotIv("old iv");
@@ -54,81 +65,59 @@ TEST(SessionCipher, KeyAndIvAreGivenTogetherOrNotAtAll)
     BinStr both; // one record for both has the second
     int algorithm = 0;
     EXPECT_EQ(VRNO_CRYPT_GetKeyAndIV(context, &algorithm, both, both), 0);
-    EXPECT_EQ(both.data(), iv.data());
+    EXPECT_EQ(both.data(), values.at("iv"));
 }
 
-TEST(SessionCipher, AnUnknownAlgorithmHasNoSchedule)
+TEST_F(SessionCipher, AnUnknownAlgorithmHasNoSchedule)
 {
-    Context context;
-    BinStr key(std::string(16, 'k')), out;
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, VRNO_SYM_SEED, key, key), 0);
-    VRNO_API_CTX& fields = *context;
     fields.nSymAlg = 4001;
-    fields.ucFlags |= 2; // chained messages share one schedule
-    EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), 5015);
-    EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), 5015); // the failed one has left nothing
+    fields.ucFlags |= 2;                                                              // chained messages share one schedule
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(call(context, encrypt, values).code, 5015); // the failed one has left nothing
 }
 
-TEST(SessionCipher, EveryMessageStartsFromTheSessionIv)
+TEST_F(SessionCipher, EveryMessageStartsFromTheSessionIv)
 {
-    Context context;
-    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), out, again, back, empty;
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
     for (const unsigned length : {0U, 1U, 15U, 16U, 17U, 975U, 976U, 977U, 100000U}) {
-        BinStr in(std::string(length, 'p'));
-        ASSERT_EQ(VRNO_CRYPT_Encrypt(context, length ? static_cast<VRNO_BINSTR*>(in) : nullptr, out), 0);
+        const std::string in(length, 'p'), out = made(length ? encrypt : "VRNO_CRYPT_Encrypt null out", in);
         {
             const FailingAllocation none(0); // fails none, but counts
-            ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, again), 0);
+            EXPECT_EQ(made(encrypt, in), out);
             EXPECT_LT(FailingAllocation::size(), length + 32000); // the output, which is the work block
         }
-        EXPECT_EQ(out.data(), again.data());
-        EXPECT_EQ(out.data().size(), length / 16 * 16 + 16);
-        ASSERT_EQ(VRNO_CRYPT_Decrypt(context, out, out), 0); // into its own record
-        EXPECT_EQ(out.data(), in.data());
+        EXPECT_EQ(out.size(), length / 16 * 16 + 16);
+        BinStr record(out);
+        ASSERT_EQ(VRNO_CRYPT_Decrypt(context, record, record), 0); // into its own record
+        EXPECT_EQ(record.data(), in);
     }
-    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, nullptr, back), 0);
-    EXPECT_TRUE(back.isEmpty());
+    EXPECT_EQ(made("VRNO_CRYPT_Decrypt null out"), "");
 }
 
-TEST(SessionCipher, FlagsChooseChainAndPadding)
+TEST_F(SessionCipher, FlagsChooseChainAndPadding)
 {
-    Context context;
-    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), in(std::string(16, 'p')), one, two, first;
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
-    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, one), 0);
-    VRNO_API_CTX& fields = *context;
+    const std::string alone = made(encrypt);
     fields.ucFlags |= 2;
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, iv, key), 0); // another key, which has a schedule of its own
-    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, first), 0);
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
-    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, first), 0);
-    EXPECT_EQ(first.data(), one.data());
-    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, two), 0);
-    EXPECT_NE(two.data(), one.data());
-    ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0); // starts a new chain
-    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, first, first), 0);
-    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, two, two), 0);
-    EXPECT_EQ(first.data(), in.data());
-    EXPECT_EQ(two.data(), in.data());
+    made("VRNO_CRYPT_SetKeyAndIV 48 iv key"); // another key, which has a schedule of its own
+    made(encrypt);
+    made(set);
+    const std::string first = made(encrypt), second = made(encrypt);
+    EXPECT_EQ(first, alone);
+    EXPECT_NE(second, alone);
+    made(set); // starts a new chain
+    for (const std::string& message : {first, second}) EXPECT_EQ(made(decrypt, message), values.at("text"));
     fields.ucFlags = 1 | 4;
-    EXPECT_EQ(VRNO_CRYPT_Decrypt(context, one, first), 5006); // sixteen bytes of 0x10 are not that padding
-    ASSERT_EQ(VRNO_CRYPT_Encrypt(context, in, one), 0);
-    ASSERT_EQ(VRNO_CRYPT_Decrypt(context, one, one), 0);
-    EXPECT_EQ(one.data(), in.data());
+    EXPECT_EQ(call(context, decrypt, {{"text", alone}}).code, 5006); // sixteen bytes of 0x10 are not that padding
+    EXPECT_EQ(made(decrypt, made(encrypt)), values.at("text"));
 }
 
-TEST(SessionCipher, AFailedInstallationLeavesNoKey)
+TEST_F(SessionCipher, AFailedInstallationLeavesNoKey)
 {
-    BinStr key(std::string(16, 'k')), iv(std::string(16, 'i')), out;
     for (long number = 1; number < 30; ++number) {
-        Context context;
-        ASSERT_EQ(VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv), 0);
+        made(set);
         int code = 0;
         {
             const FailingAllocation fails(number);
-            code = VRNO_CRYPT_SetKeyAndIV(context, 48, key, iv);
+            code = call(context, set, values).code;
         }
-        EXPECT_EQ(VRNO_CRYPT_Encrypt(context, key, out), code == 1002 ? 5004 : 0) << number;
+        EXPECT_EQ(call(context, encrypt, values).code, code == 1002 ? 5004 : 0) << number;
     }
 }

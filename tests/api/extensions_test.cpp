@@ -1,4 +1,4 @@
-// The getters of extensions: their texts and failures by table, and against what OpenSSL reads in real certificates.
+// The getters of extensions: their texts and failures by table.
 #include "ASN1Pkix/records/RExtensions.h"
 #include "VNProcess/PIdentifyDataUtil.h"
 #include "VNProcess/PPolicyUtil.h"
@@ -7,12 +7,6 @@
 #include "support/calls.h"
 #include "support/cases.h"
 #include "support/certificates.h"
-#include "support/openssl.h"
-
-#include <openssl/x509v3.h>
-
-#include <filesystem>
-#include <map>
 
 using namespace test;
 
@@ -126,66 +120,4 @@ TEST(Extensions, PolicyIdentifiersAreCounted)
         EXPECT_EQ(util.getLastError(), 1);
         EXPECT_EQ(placeless(trail(util)), "PPolicyUtil::getPolicyOid-index(1),Index invalid");
     }
-}
-
-// ---- against OpenSSL ----
-
-namespace {
-
-std::string keyUsage(X509* x)
-{
-    static const char* const names[] = {"digitalSignature", "nonRepudiation", "keyEncipherment", "dataEncipherment", "keyAgreement",
-                                        "keyCertSign",      "crlSign",        "encipherOnly",    "decipherOnly"};
-    std::string list;
-    for (int i = 0; i < 9; ++i) {
-        if (X509_get_key_usage(x) & (i < 8 ? 0x80U >> i : 0x8000U)) list += (list.empty() ? "" : ", ") + std::string(names[i]);
-    }
-    return list;
-}
-
-std::string basicConstraints(X509* x)
-{
-    const std::string text = X509_get_extension_flags(x) & EXFLAG_CA ? "CA : TRUE" : "CA : FALSE";
-    const long pathLength = X509_get_pathlen(x);
-    return pathLength < 0 ? text : text + ", PathLenConstraint : " + std::to_string(pathLength);
-}
-
-// Every getter gives a text or finds its extension absent, and what OpenSSL decodes is in it.
-void compare(X509* x, std::map<std::string, int>& texts)
-{
-    const ASN1_OCTET_STRING* const keyId = X509_get0_subject_key_id(x);
-    const std::map<std::string, std::string> values = {
-        {"GetKeyUsage", keyUsage(x)}, {"GetBasicConstraints", basicConstraints(x)}, {"GetSubKeyID", keyId ? hexOf(keyId) : ""}};
-    Context context;
-    ASSERT_EQ(context.load(encoded(i2d_X509, x)), 0) << context.error();
-    for (const Case& c : cases("getters.txt", 6)) {
-        if (c[3].empty()) continue;
-        SCOPED_TRACE(c[0]);
-        const Owned<ASN1_OBJECT> oid = decoded(d2i_ASN1_OBJECT, der("06{" + c[3] + "}"));
-        const Result result = getText(context, c[0]);
-        EXPECT_EQ(result.code, X509_get_ext_by_OBJ(x, oid.get(), -1) < 0 ? 1502 : 0) << context.error();
-        texts[c[0]] += result.code == 0;
-        const auto value = values.find(c[0]);
-        if (value != values.end() && result.code == 0) { EXPECT_EQ(result.output, value->second); }
-    }
-}
-
-} // namespace
-
-TEST(Extensions, OfTheSystemsCertificatesReadAsOpenSSLReadsThem)
-{
-    std::map<std::string, int> texts;
-    int all = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(CA_CERTIFICATES)) {
-        SCOPED_TRACE(entry.path());
-        const Certificate x = readPem(entry.path());
-        ASSERT_TRUE(x);
-        // One that ends beyond 2038 does not load. With another end its extensions can still be looked at.
-        X509_gmtime_adj(X509_getm_notAfter(x.get()), 0);
-        i2d_re_X509_tbs(x.get(), nullptr);
-        compare(x.get(), texts);
-        ++all;
-    }
-    EXPECT_GT(all, 100);
-    for (const auto& [getter, count] : texts) RecordProperty(getter, count);
 }
