@@ -249,17 +249,6 @@ template <std::size_t n> void drawRow(std::uint32_t (&row)[n])
         word = static_cast<std::uint32_t>(numbers() % 3 ? numbers() : numbers() % 2 ? ~0U : numbers() % 3);
 }
 
-// Rows of words are compared by the divisions and powers over each layer.
-TEST(BigNumber, WordLayersDivideAlike)
-{
-    for (int turn = 0; turn < 50000; ++turn) {
-        std::uint32_t words[3];
-        drawRow(words);
-        const auto [w, high, low] = words;
-        if (high < w || w == 0) { ASSERT_EQ(WordsPortable::bnDivWords(high, low, w), WordsNative::bnDivWords(high, low, w)); }
-    }
-}
-
 // Every layer's quotient, times the divisor, plus the remainder, is the dividend.
 template <class Layer> void divideAndMultiply()
 {
