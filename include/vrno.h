@@ -43,12 +43,13 @@
 
 #include <stddef.h>
 
-#if defined(_WIN32)
-#if defined(VRNO_BUILDING)
+/* VRNO_STATIC is defined by programs that link the static library, VRNO_BUILDING by the library's own build. */
+#if defined(_WIN32) && defined(VRNO_STATIC)
+#define VRNO_API
+#elif defined(_WIN32) && defined(VRNO_BUILDING)
 #define VRNO_API __declspec(dllexport)
-#else
+#elif defined(_WIN32)
 #define VRNO_API __declspec(dllimport)
-#endif
 #else
 #define VRNO_API __attribute__((visibility("default")))
 #endif

@@ -30,6 +30,23 @@ struct Descriptor {
     }
 };
 
+// Opens a file for reading, if it can be, and looks what it is. A pipe without a writer does not block us, and no terminal
+// becomes that of the process.
+struct OpenFile : Descriptor {
+    struct stat status {};
+    bool isKnown;
+    explicit OpenFile(const char* path) : Descriptor(opened(path)), isKnown(fd >= 0 && fstat(fd, &status) == 0) {}
+
+private:
+    static int opened(const char* path)
+    {
+        int fd = -1;
+        do fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        while (fd < 0 && errno == EINTR);
+        return fd;
+    }
+};
+
 // Reads up to `length` bytes; fewer only at the end of the file.
 bool readUpTo(int fd, unsigned char* to, std::size_t length, std::size_t& got)
 {
@@ -75,11 +92,10 @@ FileError readWhole(int fd, std::uint64_t size, FileBlock& out)
 FileError readFile(const char* path, FileBlock& out)
 {
     if (path == nullptr || *path == '\0') return FileError::emptyPath;
-    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)); // a pipe without a writer must not block us
+    const OpenFile file(path);
     if (file.fd < 0) return FileError::open;
-    struct stat status;
-    if (fstat(file.fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size < 0) return FileError::size;
-    return readWhole(file.fd, static_cast<std::uint64_t>(status.st_size), out);
+    if (!file.isKnown || !S_ISREG(file.status.st_mode) || file.status.st_size < 0) return FileError::size;
+    return readWhole(file.fd, static_cast<std::uint64_t>(file.status.st_size), out);
 }
 
 // ---- dynamic libraries ----
@@ -92,21 +108,22 @@ static bool saysMissing(const char* message, const char* name)
            std::strstr(message, std::strerror(ENOENT));
 }
 
-// dlopen has no error number. One of a path is found by opening the file; a bare name is looked for in the search path, which
-// only dlopen itself knows.
-static int loadError(const char* path, const char* message)
+// The error of a path that names no file for dlopen, which would wait for the writer of a pipe; 0 for one that it can try.
+static int pathError(const char* path)
 {
-    if (!std::strchr(path, '/')) return saysMissing(message, path) ? ENOENT : ENOEXEC;
-    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (file.fd >= 0) return ENOEXEC;
+    const OpenFile file(path);
+    if (file.fd >= 0) return file.isKnown && S_ISREG(file.status.st_mode) ? 0 : ENOEXEC;
     if (errno == EACCES) return EACCES;
     return errno == ENOENT || errno == ENOTDIR ? ENOENT : ENOEXEC;
 }
 
+// dlopen has no error number. A bare name is looked for in the search path, which only dlopen itself knows.
 void* loadLibrary(const char* path, int& error)
 {
-    void* const library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-    if (!library) error = loadError(path, dlerror());
+    const bool isBareName = !std::strchr(path, '/');
+    const int refused = isBareName ? 0 : pathError(path);
+    void* const library = refused ? nullptr : dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (!library) error = refused ? refused : isBareName && saysMissing(dlerror(), path) ? ENOENT : ENOEXEC;
     return library;
 }
 
@@ -197,9 +214,8 @@ bool utcTime(std::int64_t seconds, std::tm& out)
 // From the device, for systems that lack the call or forbid it.
 static bool deviceBytes(unsigned char* to, std::size_t length)
 {
-    const Descriptor device(open("/dev/urandom", O_RDONLY | O_CLOEXEC));
-    struct stat status;
-    if (device.fd < 0 || fstat(device.fd, &status) != 0 || !S_ISCHR(status.st_mode)) return false;
+    const OpenFile device("/dev/urandom");
+    if (!device.isKnown || !S_ISCHR(device.status.st_mode)) return false;
     std::size_t got = 0;
     return readUpTo(device.fd, to, length, got) && got == length;
 }
