@@ -116,9 +116,9 @@ TEST(Libraries, FinishReleasesTheLoadedOne)
 // The storage library, and this library as a program loads it.
 TEST(Libraries, AreLoadedAThousandTimes)
 {
-    const auto mappings = [] {
+    const auto mapped = [] { // a sanitizer's own memory has no file
         std::ifstream maps("/proc/self/maps");
-        return std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+        return std::count(std::istreambuf_iterator<char>(maps), {}, '/');
     };
     const auto use = [] {
         void* const library = dlopen(VRNO_LIBRARY, RTLD_NOW);
@@ -134,8 +134,8 @@ TEST(Libraries, AreLoadedAThousandTimes)
         EXPECT_EQ(dlclose(library), 0);
     };
     use();
-    const auto before = mappings();
+    const auto before = mapped();
     for (int i = 0; i < 1000; ++i) use();
-    EXPECT_LE(mappings(), before + 2); // the heap may grow
+    EXPECT_EQ(mapped(), before);
     EXPECT_EQ(dlopen(VRNO_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
 }
