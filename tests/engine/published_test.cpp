@@ -76,7 +76,7 @@ std::string isPrime(const std::string& octets) // of an INTEGER
     DerReader reader(at(element), size(element));
     ZIRC_BN number;
     derReadInteger(reader, number); // without the sign
-    number.neg = octets[0] < 0;
+    number.neg = static_cast<unsigned char>(octets[0]) >= 0x80;
     return yes(bnIsPrime(number, 20));
 }
 
