@@ -10,6 +10,8 @@
  *
  * Messages are in code page 949, of which ASCII is a part.
  */
+#include "vrno.h"
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -30,7 +32,8 @@ enum {
     NOT_FOUND = 0x6A82
 };
 
-EXPORTED int PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length, char* message);
+/* What the toolkit calls. The compiler compares it with the definition below. */
+EXPORTED VRNO_STORAGE_READ PKI_STORAGE_Read;
 
 static FILE* open_file(const char* name)
 {
@@ -71,7 +74,7 @@ static int wanted_result(int item_code, char* message)
     return (int)result;
 }
 
-EXPORTED int PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length, char* message)
+EXPORTED int VRNO_CALL PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length, char* message)
 {
     char name[32];
     const int fits = pin_fits(pin);

@@ -40,7 +40,6 @@ namespace {
 
 // The one function of a storage library that is called.
 constexpr const char* readFunctionName = "PKI_STORAGE_Read";
-using ReadFunction = int(int itemCode, const char* pin, unsigned char* buffer, int* length, char* message);
 
 // The low byte of a data type is the role of an item. It selects the item code of a certificate or of its key.
 struct Role {
@@ -100,7 +99,7 @@ int itemCode(const ItemKind& kind, int nDataType)
 
 // Where an item comes from. The function is looked up at each call; it is null if the call has failed.
 struct ItemSource {
-    ReadFunction* read = nullptr;
+    VRNO_STORAGE_READ* read = nullptr;
     int itemCode = 0;
 };
 
@@ -115,7 +114,7 @@ ItemSource findItemSource(Call& call, const ItemKind& kind, int nDataType)
     }
     const int code = itemCode(kind, nDataType);
     if (!call.check(code > 0, VRNO_ERR_DATA_TYPE, kind.wrongType)) return {};
-    return {reinterpret_cast<ReadFunction*>(symbol), code};
+    return {reinterpret_cast<VRNO_STORAGE_READ*>(symbol), code};
 }
 
 // Stores the failure for a result of the storage library. A result without a meaning of its own is the failure of the kind.

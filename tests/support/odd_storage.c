@@ -2,13 +2,14 @@
  * A storage library that gives what the PIN asks for: "LENGTH,RESULT,MESSAGE", the result in hexadecimal. Each item is as many
  * letters e as the length says and the buffer holds. The message "endless" stands for one that fills its 512 bytes and has no end.
  */
+#include "vrno.h"
+
 #include <stdio.h>
 #include <string.h>
 
-__attribute__((visibility("default"))) int PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length,
-                                                            char* message);
+VRNO_API VRNO_STORAGE_READ PKI_STORAGE_Read;
 
-int PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length, char* message)
+int VRNO_CALL PKI_STORAGE_Read(int item_code, const char* pin, unsigned char* buffer, int* length, char* message)
 {
     unsigned int result = 0;
     int wanted = 0;
