@@ -17,6 +17,12 @@
 #include <string.h>
 #include <sys/stat.h>
 
+#ifdef _WIN32
+#include <direct.h>
+#define mkdir(path, mode) _mkdir(path)
+#define setenv(name, value, replaces) _putenv_s(name, value)
+#endif
+
 static const char *samples, *out_folder;
 static VRNO_API_CTX* ctx;
 static int failures;

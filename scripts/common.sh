@@ -29,5 +29,22 @@ build() {
     cmake --build --preset "$preset"
 }
 
+# Shortens the output of a build: every four seconds the last step, and at once whatever is not a step, such as an error.
+progress() {
+    local line step="preparing" shown=$SECONDS got
+    while true; do
+        got=0
+        IFS= read -r -t 4 line || got=$?
+        [ "$got" -eq 0 ] || [ "$got" -gt 128 ] || return 0 # the end, which is not a time-out
+        case $got$line in
+        0"["*) step=$line ;;
+        0*) echo "$line" ;;
+        esac
+        [ $((SECONDS - shown)) -lt 4 ] && continue
+        echo "  $SECONDS s  $step"
+        shown=$SECONDS
+    done
+}
+
 tools=(cmake ninja-build g++)
 case "${CXX:-}" in *clang*) tools+=(clang-14) ;; esac

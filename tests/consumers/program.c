@@ -1,4 +1,4 @@
-/* What a user of the installed library builds first, as C and as C++: prints the serial number of a certificate. */
+/* What a user of the installed library builds first in C: prints the serial number of a certificate. */
 #include <vrno.h>
 
 #include <stdio.h>

@@ -1,7 +1,8 @@
 #include "support/bytes.h"
 
+#include "vrno_cp949.hpp"
+
 #include <gtest/gtest.h>
-#include <iconv.h>
 
 #include <cctype>
 #include <fstream>
@@ -53,17 +54,7 @@ std::string hex(const std::string& bytes)
     return out;
 }
 
-std::string fromKsc(const std::string& cp949)
-{
-    std::string in = cp949, out(2 * cp949.size() + 8, '\0');
-    char *from = in.data(), *to = out.data();
-    std::size_t fromLeft = in.size(), toLeft = out.size();
-    const iconv_t converter = iconv_open("UTF-8", "CP949");
-    const bool converted = iconv(converter, &from, &fromLeft, &to, &toLeft) != static_cast<std::size_t>(-1);
-    iconv_close(converter);
-    out.resize(out.size() - toLeft);
-    return converted ? out : "not code page 949: " + hex(cp949);
-}
+std::string fromKsc(const std::string& cp949) { return vrno::utf8FromCp949(cp949); }
 
 std::string readFile(const std::string& path)
 {

@@ -16,7 +16,7 @@ static std::string utf8Of(int point)
             static_cast<char>(0x80 | (point & 63))};
 }
 
-TEST(Text, AllSyllablesAreThoseOfTheCLibrary)
+TEST(Text, AllSyllablesAreThoseOfTheCodePage)
 {
     for (int point = 0xAC00; point <= 0xD7A3; ++point) {
         ByteString utf8 = byteString(utf8Of(point)), ksc;

@@ -1,35 +1,27 @@
 #include "console.h"
 
-#include <iconv.h>
-#include <stdio.h>
-#include <string.h>
+#include "vrno.hpp"
 
-/* ---- code page 949 on a UTF-8 terminal ---- */
+#include <cstdio>
+#include <cstring>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+// ---- code page 949 on a UTF-8 terminal ----
 
 void print_ksc(const char* ksc)
 {
-    const iconv_t converter = iconv_open("UTF-8", "CP949");
-    char* from = (char*)ksc;
-    size_t from_left = strlen(ksc);
-    while (from_left > 0) {
-        char text[512];
-        char* to = text;
-        size_t to_left = sizeof text;
-        const size_t before = from_left;
-        iconv(converter, &from, &from_left, &to, &to_left);
-        fwrite(text, 1, sizeof text - to_left, stdout);
-        if (from_left == before) { /* a byte that cannot be converted */
-            putchar('?');
-            ++from;
-            --from_left;
-        }
-    }
-    iconv_close(converter);
+#ifdef _WIN32
+    SetConsoleOutputCP(CP_UTF8);
+#endif
+    std::fputs(vrno::utf8FromCp949(ksc).c_str(), stdout);
 }
 
-/* ---- failures ---- */
+// ---- failures ----
 
-/* How often each reason was counted. A value in the message, such as a date out of range, is not part of the reason. */
+// How often each reason was counted. A value in the message, such as a date out of range, is not part of the reason.
 static struct reason {
     int code;
     char text[160];
@@ -41,7 +33,7 @@ static void count_reason(int code, const char* message)
     const char* innermost = message;
     for (const char* at = message; (at = strstr(at, "),")) != NULL; at += 2) innermost = at + 2;
     innermost += strspn(innermost, "0123456789Z ");
-    for (size_t i = 0; i < sizeof reasons / sizeof *reasons; ++i) {
+    for (std::size_t i = 0; i < sizeof reasons / sizeof *reasons; ++i) {
         struct reason* const reason = &reasons[i];
         if (reason->count == 0) {
             reason->code = code;
@@ -67,7 +59,7 @@ int explain(VRNO_API_CTX* ctx, int code)
 
 void print_reasons(void)
 {
-    for (size_t i = 0; i < sizeof reasons / sizeof *reasons && reasons[i].count > 0; ++i) {
+    for (std::size_t i = 0; i < sizeof reasons / sizeof *reasons && reasons[i].count > 0; ++i) {
         printf("%5d  %d  ", reasons[i].count, reasons[i].code);
         print_ksc(reasons[i].text);
         putchar('\n');

@@ -1,0 +1,72 @@
+// The wrapper for C++20: its code page beside that of the C library, and a session through it.
+#include "vrno.hpp"
+
+#include <gtest/gtest.h>
+#include <iconv.h>
+
+static std::string byIconv(const char* to, const char* from, std::string text)
+{
+    std::string out(4 * text.size() + 8, '\0');
+    char *at = text.data(), *end = out.data();
+    std::size_t left = text.size(), room = out.size();
+    const iconv_t converter = iconv_open(to, from);
+    const bool isGood = iconv(converter, &at, &left, &end, &room) != static_cast<std::size_t>(-1);
+    iconv_close(converter);
+    return isGood ? out.substr(0, out.size() - room) : "";
+}
+
+TEST(Wrapper, CodePageIsThatOfTheCLibrary)
+{
+    for (int lead = 0x80; lead < 0x100; ++lead) {
+        for (int trail = 0; trail < 0x100; ++trail) {
+            const std::string octets{static_cast<char>(lead), static_cast<char>(trail)};
+            const std::string expected = byIconv("UTF-8", "CP949", octets), told = vrno::utf8FromCp949(octets);
+            if (lead == 0xC9 || lead == 0xFE || expected.empty()) { // rows for the user, which glibc maps to its private use area
+                EXPECT_TRUE(told.starts_with("\xEF\xBF\xBD")) << lead << ' ' << trail;
+            } else {
+                EXPECT_EQ(told, expected) << lead << ' ' << trail;
+                EXPECT_EQ(vrno::cp949FromUtf8(told), octets) << lead << ' ' << trail;
+            }
+        }
+    }
+    EXPECT_EQ(vrno::utf8FromCp949("a\xB0"), "a\xEF\xBF\xBD");
+    EXPECT_EQ(vrno::utf8FromCp949({"\0\xFFz", 3}), std::string("\0\xEF\xBF\xBDz", 5));
+    for (const char* const bad : {"\xEA\xB0", "\xC0\x80", "\xF0\x9F\x98\x80", "\xFF", "ā", "\xED\xA0\x80"}) {
+        EXPECT_EQ(vrno::cp949FromUtf8(bad), std::nullopt) << bad;
+    }
+}
+
+TEST(Wrapper, ASessionGoesThrough)
+{
+    vrno::Context context = *vrno::Context::make();
+    const vrno::Octets der = *context.readCertificate(SAMPLES "/hong.der"), key = *context.readFile(SAMPLES "/hong.key");
+    const vrno::Octets message = {'m', 'e', 's', 's', 'a', 'g', 'e'};
+    vrno::Result<vrno::Certificate> loaded = vrno::Certificate::load(der);
+    ASSERT_TRUE(loaded) << loaded.error().text;
+    vrno::Certificate certificate = std::move(*loaded);
+    EXPECT_EQ(*certificate.subject(), "cn=홍길동(Gildong)0001,ou=개인,o=한국시험인증,c=KR");
+    EXPECT_EQ(*certificate.keyUsage(), "keyEncipherment, dataEncipherment"); // whose buffer is larger than it
+    EXPECT_EQ(*certificate.version(), 3);
+    EXPECT_EQ(certificate.publicKey()->algorithm, "1 2 840 113549 1 1 1");
+    EXPECT_EQ(certificate.validity()->notBefore.size(), 19U);
+    EXPECT_EQ(certificate.subjectAltName().error().name(), "VRNO_ERR_EXTENSION_ABSENT");
+    EXPECT_EQ(certificate.subjectAltName().error().text, "[VRNO_CERT_GetSubjectAltName] 주체 대체 이름 필드가 없습니다.");
+
+    const vrno::Octets blob = *context.protectPrivateKey(key, "비밀번호");
+    EXPECT_EQ(context.openPrivateKey(blob, "another").code(), VRNO_ERR_PRIKEY_PASSWORD);
+    EXPECT_EQ(*context.openPrivateKey(blob, "비밀번호"), key);
+    EXPECT_TRUE(context.checkKeyPair(der, key));
+    EXPECT_GT(context.envelop(der, message)->size(), context.envelop(der, message, false)->size());
+    const vrno::SessionKey session = *context.sessionKey();
+    const vrno::Octets enciphered = *context.encrypt(message);
+    vrno::Context other = *vrno::Context::make();
+    EXPECT_EQ(other.decrypt(enciphered).error().name(), "VRNO_ERR_KEY_NOT_SET");
+    ASSERT_TRUE(other.setSessionKey(session.key, session.iv));
+    EXPECT_EQ(*other.decrypt(enciphered), message);
+    EXPECT_EQ(*context.decodeBase64(*context.encodeBase64(message)), message);
+    EXPECT_EQ(context.decodeBase64("?").error().name(), "VRNO_ERR_BASE64_DECODE");
+    EXPECT_EQ(context.readCardCertificate(1, "1234").code(), VRNO_ERR_LIB_NOT_LOADED);
+    ASSERT_TRUE(context.loadStorage(STORAGE_LIBRARY));
+    EXPECT_EQ(context.readCardCertificate(1, "1234").code(), VRNO_ERR_CARD_ABSENT);
+    EXPECT_TRUE(context.unloadStorage());
+}
