@@ -1,0 +1,17 @@
+# Windows on x86_64, by mingw-w64. Its threads are those of Windows (`posix` gives a program std::thread), and its run time goes into what is
+# built, so that this needs nothing but the system's own DLLs.
+set(VRNO_MINGW_THREADS win32 CACHE STRING "win32 or posix")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VRNO_MINGW_THREADS)
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-${VRNO_MINGW_THREADS})
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-${VRNO_MINGW_THREADS})
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+foreach(kind EXE SHARED MODULE)
+  set(CMAKE_${kind}_LINKER_FLAGS_INIT -static)
+endforeach()
