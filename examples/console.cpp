@@ -16,7 +16,7 @@ void print_ksc(const char* ksc)
 #ifdef _WIN32
     SetConsoleOutputCP(CP_UTF8);
 #endif
-    std::fputs(vrno::utf8FromCp949(ksc).c_str(), stdout);
+    std::fputs(vrno::toUtf8(ksc).c_str(), stdout);
 }
 
 // ---- failures ----

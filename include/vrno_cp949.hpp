@@ -1,4 +1,7 @@
-// Code page 949 (Unified Hangul Code) from and to UTF-8: the texts of libvrno for programs in C++20. Written by scripts/make-cp949.
+/**
+ * @file
+ * Code page 949 (Unified Hangul Code) from and to UTF-8: the texts of libvrno for programs in C++20. Written by scripts/make-cp949.
+ */
 #pragma once
 
 #include <algorithm>
@@ -10,6 +13,7 @@
 namespace vrno {
 inline namespace wrapper { // so that no name of it is one of the static library's
 
+/// @cond
 namespace cp949 {
 
 // KS X 1001 by rows of 94 characters, whose two octets are 0xA1 to 0xFE each. U+FFFD where there is none.
@@ -184,9 +188,12 @@ inline std::optional<char32_t> takeFirst(std::string_view& text)
 }
 
 } // namespace cp949
+/// @endcond
 
-// A text of code page 949 in UTF-8. An octet that is no part of a character becomes U+FFFD.
-inline std::string utf8FromCp949(std::string_view text)
+/** Converts a text to UTF-8. An octet that is no part of a character becomes U+FFFD.
+ * @param text  in code page 949
+ * @return in UTF-8 */
+inline std::string toUtf8(std::string_view text)
 {
     std::string out;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -200,8 +207,10 @@ inline std::string utf8FromCp949(std::string_view text)
     return out;
 }
 
-// A text of UTF-8 in code page 949; nullopt when it has a character that is not there, or is no UTF-8.
-inline std::optional<std::string> cp949FromUtf8(std::string_view text)
+/** Converts a text to code page 949.
+ * @param text  in UTF-8
+ * @return in code page 949; nothing if the text is not UTF-8 or has a character that the code page lacks */
+inline std::optional<std::string> toCodePage949(std::string_view text)
 {
     std::string out;
     while (!text.empty()) {

@@ -5,10 +5,7 @@
 
 int main(int argc, char** argv)
 {
-    auto context = vrno::Context::make();
-    const auto file = context->readCertificate(argc > 1 ? argv[1] : "");
-    if (!file) return 1;
-    auto certificate = vrno::Certificate::load(*file);
+    const auto certificate = vrno::Certificate::read(argc > 1 ? argv[1] : "");
     if (!certificate) return 1;
     std::puts(certificate->serialNumber()->c_str());
 }

@@ -54,7 +54,7 @@ std::string hex(const std::string& bytes)
     return out;
 }
 
-std::string fromKsc(const std::string& cp949) { return vrno::utf8FromCp949(cp949); }
+std::string fromKsc(const std::string& cp949) { return vrno::toUtf8(cp949); }
 
 std::string readFile(const std::string& path)
 {
