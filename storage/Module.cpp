@@ -3,12 +3,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 
 #if defined(_WIN32)
 #include <windows.h>
 #else
 #include <dlfcn.h>
+#include <mutex>
 #endif
 
 namespace storage {
@@ -25,14 +25,21 @@ constexpr const char* getFunctionListName = "C_GetFunctionList";
 #if defined(_WIN32)
 GetFunctionList* loadModule(const char* path, char (&text)[256])
 {
+    constexpr DWORD oneLine = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
     const HMODULE library = LoadLibraryA(path);
     const FARPROC function = library ? GetProcAddress(library, getFunctionListName) : nullptr;
-    if (!function) {
-        FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, GetLastError(),
-                       MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), text, sizeof text, nullptr);
+    if (function) return reinterpret_cast<GetFunctionList*>(reinterpret_cast<void*>(function));
+    const DWORD error = GetLastError();
+    const DWORD english = MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
+    if (FormatMessageA(oneLine, nullptr, error, english, text, sizeof text, nullptr) == 0) {
+        std::snprintf(text, sizeof text, "error %lu", error);
     }
-    return reinterpret_cast<GetFunctionList*>(reinterpret_cast<void*>(function));
+    return nullptr;
 }
+
+constinit SRWLOCK lock = SRWLOCK_INIT;
+void acquire() { AcquireSRWLockExclusive(&lock); }
+void letGo() { ReleaseSRWLockExclusive(&lock); }
 #else
 GetFunctionList* loadModule(const char* path, char (&text)[256])
 {
@@ -44,6 +51,10 @@ GetFunctionList* loadModule(const char* path, char (&text)[256])
     }
     return reinterpret_cast<GetFunctionList*>(function);
 }
+
+constinit std::mutex lock;
+void acquire() { lock.lock(); }
+void letGo() { lock.unlock(); }
 #endif
 
 // ---- the module in use ----
@@ -54,7 +65,6 @@ struct Used {
     bool isInitialisedHere;
 };
 constinit Used used{};
-constinit std::mutex lock;
 
 // Finalising closes the sessions of everybody in the process. A module that does not count sessions may have others.
 bool mayHaveSessions(const CK_FUNCTION_LIST& module)
@@ -120,8 +130,8 @@ int load(Answer& answer, const char* path)
 
 // ---- for the others ----
 
-ModuleLock::ModuleLock() { lock.lock(); }
-ModuleLock::~ModuleLock() { lock.unlock(); }
+ModuleLock::ModuleLock() { acquire(); }
+ModuleLock::~ModuleLock() { letGo(); }
 
 int useModule(Answer& answer, const CK_FUNCTION_LIST*& module)
 {

@@ -9,9 +9,9 @@ namespace {
 // The copy of a PIN that a module may take for its own, wiped on destruction.
 struct Pin {
     unsigned char bytes[256];
-    std::size_t length;
+    CK_ULONG length;
 
-    explicit Pin(const char* text) : length(std::strlen(text))
+    explicit Pin(const char* text) : length(static_cast<CK_ULONG>(std::strlen(text)))
     {
         if (fits()) std::memcpy(bytes, text, length);
     }
@@ -37,10 +37,9 @@ Session::~Session()
 CK_RV Session::login(const char* pin)
 {
     // Not every module refuses a second login, and one that does not may leave the PIN untested.
-    CK_SESSION_INFO info;
-    const CK_RV code = m_module.C_GetSessionInfo(m_session, &info);
-    if (code != CKR_OK) return code;
-    if (info.state != CKS_RO_PUBLIC_SESSION) return CKR_USER_ALREADY_LOGGED_IN;
+    CK_SESSION_INFO info{};
+    const bool isKnown = m_module.C_GetSessionInfo(m_session, &info) == CKR_OK;
+    if (isKnown && info.state != CKS_RO_PUBLIC_SESSION && info.state != CKS_RW_PUBLIC_SESSION) return CKR_USER_ALREADY_LOGGED_IN;
     Pin copy(pin);
     return copy.fits() ? m_module.C_Login(m_session, CKU_USER, copy.bytes, copy.length) : CKR_PIN_LEN_RANGE;
 }

@@ -137,7 +137,9 @@ int findToken(Answer& answer, const CK_FUNCTION_LIST& module, int device, Token&
     std::string_view names = variable ? variable : "", entry;
     if (!names.empty()) {
         for (int skipped = 0; skipped <= device; ++skipped) entry = trimmed(cut(names, ','));
-        if (entry.empty()) return answer.fail(noToken, "VRNO_P11_TOKENS names no token for the device 0x%x", device * 0x1000u);
+        if (entry.empty())
+            return answer.fail(noToken, "VRNO_P11_TOKENS names no token for the device 0x%x",
+                               static_cast<unsigned int>(device) * 0x1000);
     }
     Slots slots;
     Matches found;

@@ -202,10 +202,9 @@ TEST_F(Pkcs11, ServesEveryRole)
 
 TEST_F(Pkcs11, ServesEachDeviceFromItsToken)
 {
-    {
-        Application("b").putCertificate("item-01", "of b");
-    }
-    const std::string a = "item-01", b = "of b", serial = Application("b").serial();
+    Application application("b");
+    application.putCertificate("item-01", "of b");
+    const std::string a = "item-01", b = "of b", serial = application.serial();
     const struct {
         std::string tokens;
         int device;
@@ -326,26 +325,25 @@ TEST_F(Pkcs11, HasResultsForCodesOfTheModule)
     void* const mock = dlopen(MOCK_MODULE, RTLD_NOW);
     const auto count = [mock](const char* name) -> int& { return *static_cast<int*>(dlsym(mock, name)); };
     const struct {
-        const char *variable, *value;
-        int result;
+        const char* variable;
+        std::vector<std::pair<const char*, int>> results;
     } cases[] = {
-        {"MOCK_LOGIN", "a4", 0x63C0},
-        {"MOCK_LOGIN", "a0", 257},
-        {"MOCK_LOGIN", "a1", 257},
-        {"MOCK_LOGIN", "a2", 257},
-        {"MOCK_LOGIN", "a3", 0x100A3},
-        {"MOCK_LOGIN", "32", 256},
-        {"MOCK_LOGIN", "100", 0x10100},
-        {"MOCK_LOGIN", "101", 0x10101},
-        {"MOCK_LOGIN", "104", 0x10104},
-        {"MOCK_LOGIN", "6300", 0x16300},
-        {"MOCK_LOGIN", "80000100", 0x10100},
-        {"MOCK_LOGIN", "0", 0x10082},
-        {"MOCK_OPEN", "e0", 256},
-        {"MOCK_OPEN", "e1", 256},
-        {"MOCK_OPEN", "b8", 0x100B8},
-        {"MOCK_FIND", "30", 0x10030},
-        {"MOCK_STATE", "1", 0x10100},
+        {"MOCK_LOGIN", {{"a4", 0x63C0}, {"a0", 257}, {"a1", 257}, {"a2", 257}, {"a3", 0x100A3}, {"32", 256}, {"100", 0x10100}}},
+        {"MOCK_LOGIN", {{"101", 0x10101}, {"104", 0x10104}, {"6300", 0x16300}, {"80000100", 0x10100}, {"0", 0x10082}}},
+        {"MOCK_OPEN", {{"e0", 256}, {"e1", 256}, {"b8", 0x100B8}}},
+        {"MOCK_FIND", {{"30", 0x10030}}},
+        {"MOCK_STATE", {{"1", 0x10100}}},
+    };
+    const auto expectResults = [&](int sessions) {
+        for (const auto& [variable, results] : cases) {
+            for (const auto& [code, result] : results) {
+                setenv(variable, code, 1);
+                EXPECT_EQ(result, read(0x20).code) << variable << code;
+                EXPECT_EQ(sessions, count("mock_sessions"));
+                EXPECT_EQ(0, count("mock_logged_in"));
+            }
+            unsetenv(variable);
+        }
     };
     const struct {
         const char* initialised;
@@ -357,14 +355,11 @@ TEST_F(Pkcs11, HasResultsForCodesOfTheModule)
         count("mock_sessions") = othersSessions;
         {
             Cards loaded;
-            for (const auto& [variable, value, result] : cases) {
-                setenv(variable, value, 1);
-                EXPECT_EQ(result, read(0x20).code) << variable << value;
-                EXPECT_EQ(othersSessions, count("mock_sessions"));
-                EXPECT_EQ(0, count("mock_logged_in"));
-                unsetenv(variable);
-            }
+            expectResults(othersSessions);
             EXPECT_EQ(1, count("mock_initialised"));
+            setenv("VRNO_P11_MODULE", softhsm.c_str(), 1);
+            expectFailure(256, "there are 3 tokens", read(0x20));
+            setenv("VRNO_P11_MODULE", MOCK_MODULE, 1);
         }
         EXPECT_EQ(finalised, count("mock_finalised"));
     }
