@@ -15,7 +15,7 @@ import tempfile
 import time
 
 LIST = "tests/data/mutations.txt"
-COPIED = ["CMakeLists.txt", "CMakePresets.json", "examples", "fuzz", "include", "packaging", "scripts", "src", "tests"]
+COPIED = ["CMakeLists.txt", "CMakePresets.json", "examples", "fuzz", "include", "packaging", "scripts", "src", "storage", "tests"]
 
 # Included in front of every file of the copy. A switch that is asked leaves a mark in the file VRNO_REACHED.
 HEADER = """\
