@@ -46,5 +46,5 @@ progress() {
     done
 }
 
-tools=(cmake ninja-build g++)
+tools=(cmake ninja-build g++ libcli11-dev libp11-kit-dev)
 case "${CXX:-}" in *clang*) tools+=(clang-14) ;; esac
